@@ -1,0 +1,229 @@
+#include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Client/ClientTransport.h>
+#include <Pegasus/Client/TransportFactories.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+namespace
+{
+const Uint32 kDefaultTimeoutMilliseconds = 20000;
+}
+
+CIMClient::CIMClient() : _timeoutMilliseconds(kDefaultTimeoutMilliseconds)
+{
+}
+
+CIMClient::~CIMClient() = default;
+
+Uint32 CIMClient::getTimeout() const
+{
+    return _timeoutMilliseconds;
+}
+
+void CIMClient::setTimeout(Uint32 timeoutMilliseconds)
+{
+    _timeoutMilliseconds = timeoutMilliseconds;
+    if (_transport)
+        _transport->setTimeout(timeoutMilliseconds);
+}
+
+void CIMClient::_attach(
+    std::unique_ptr<ClientTransport> transport,
+    const String& target)
+{
+    if (!transport)
+    {
+        throw CannotConnectException(
+            "Cannot connect to " + target +
+            ": the transport factory returned no connection");
+    }
+    _transport = std::move(transport);
+}
+
+void CIMClient::connect(
+    const String& host,
+    const Uint32 portNumber,
+    const String& userName,
+    const String& password)
+{
+    if (_transport)
+        throw AlreadyConnectedException();
+    String hostName = host;
+    if (hostName.size() == 0 && portNumber != 0)
+        hostName = "localhost";
+    String target = hostName;
+    target.appendPrintf(":%u", portNumber);
+
+    TcpTransportFactory factory = currentTcpTransportFactory();
+    if (!factory)
+    {
+        throw CannotConnectException(
+            "Cannot connect to " + target +
+            ": no CIM-XML transport is installed in this process");
+    }
+    _attach(
+        factory(hostName, portNumber, userName, password, _timeoutMilliseconds),
+        target);
+}
+
+void CIMClient::connectLocal()
+{
+    if (_transport)
+        throw AlreadyConnectedException();
+    const String target("the local CIM server");
+    LocalTransportFactory factory = currentLocalTransportFactory();
+    if (!factory)
+    {
+        throw CannotConnectException(
+            "Cannot connect to " + target +
+            ": no local transport is installed in this process");
+    }
+    _attach(factory(_timeoutMilliseconds), target);
+}
+
+void CIMClient::disconnect()
+{
+    _transport.reset();
+}
+
+ClientTransport& CIMClient::_connection()
+{
+    if (!_transport)
+        throw NotConnectedException();
+    return *_transport;
+}
+
+CIMClass CIMClient::getClass(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _connection().getClass(
+        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
+}
+
+CIMInstance CIMClient::getInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _connection().getInstance(
+        nameSpace, instanceName, localOnly, includeQualifiers,
+        includeClassOrigin, propertyList);
+}
+
+void CIMClient::deleteInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName)
+{
+    _connection().deleteInstance(nameSpace, instanceName);
+}
+
+CIMObjectPath CIMClient::createInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& newInstance)
+{
+    return _connection().createInstance(nameSpace, newInstance);
+}
+
+void CIMClient::modifyInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers,
+    const CIMPropertyList& propertyList)
+{
+    _connection().modifyInstance(
+        nameSpace, modifiedInstance, includeQualifiers, propertyList);
+}
+
+Array<CIMInstance> CIMClient::enumerateInstances(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _connection().enumerateInstances(
+        nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+        includeClassOrigin, propertyList);
+}
+
+Array<CIMObjectPath> CIMClient::enumerateInstanceNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className)
+{
+    return _connection().enumerateInstanceNames(nameSpace, className);
+}
+
+Array<CIMObject> CIMClient::associators(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _connection().associators(
+        nameSpace, objectName, assocClass, resultClass, role, resultRole,
+        includeQualifiers, includeClassOrigin, propertyList);
+}
+
+Array<CIMObjectPath> CIMClient::associatorNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole)
+{
+    return _connection().associatorNames(
+        nameSpace, objectName, assocClass, resultClass, role, resultRole);
+}
+
+Array<CIMObject> CIMClient::references(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _connection().references(
+        nameSpace, objectName, resultClass, role, includeQualifiers,
+        includeClassOrigin, propertyList);
+}
+
+Array<CIMObjectPath> CIMClient::referenceNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role)
+{
+    return _connection().referenceNames(nameSpace, objectName, resultClass, role);
+}
+
+CIMValue CIMClient::invokeMethod(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters,
+    Array<CIMParamValue>& outParameters)
+{
+    return _connection().invokeMethod(
+        nameSpace, instanceName, methodName, inParameters, outParameters);
+}
+
+PEGASUS_NAMESPACE_END

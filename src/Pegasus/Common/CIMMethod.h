@@ -1,0 +1,116 @@
+// A method declaration of a class: name, return type, class origin,
+// propagated flag, qualifiers and parameters. Shared handle with clone();
+// CIMConstMethod is read-only.
+#ifndef Pegasus_Method_h
+#define Pegasus_Method_h
+
+#include <memory>
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Linkage.h>
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMParameter.h>
+#include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/CIMType.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+class CIMConstMethod;
+class CIMMethodRep;
+template <class H> class NamedElementList;
+
+class PEGASUS_COMMON_LINKAGE CIMMethod
+{
+public:
+    CIMMethod();
+    CIMMethod(const CIMMethod& x);
+    // A null name throws UninitializedObjectException.
+    CIMMethod(
+        const CIMName& name,
+        CIMType type,
+        const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
+    ~CIMMethod();
+    CIMMethod& operator=(const CIMMethod& x);
+
+    const CIMName& getName() const;
+    // Renaming a method that sits in a class throws Exception.
+    void setName(const CIMName& name);
+    CIMType getType() const;
+    void setType(CIMType type);
+    const CIMName& getClassOrigin() const;
+    void setClassOrigin(const CIMName& classOrigin);
+    Boolean getPropagated() const;
+    void setPropagated(Boolean propagated);
+
+    CIMMethod& addQualifier(const CIMQualifier& x);
+    Uint32 findQualifier(const CIMName& name) const;
+    CIMQualifier getQualifier(Uint32 index);
+    CIMConstQualifier getQualifier(Uint32 index) const;
+    void removeQualifier(Uint32 index);
+    Uint32 getQualifierCount() const;
+
+    // A parameter name already present (ignoring case) throws
+    // AlreadyExistsException.
+    CIMMethod& addParameter(const CIMParameter& x);
+    Uint32 findParameter(const CIMName& name) const;
+    CIMParameter getParameter(Uint32 index);
+    CIMConstParameter getParameter(Uint32 index) const;
+    void removeParameter(Uint32 index);
+    Uint32 getParameterCount() const;
+
+    Boolean isUninitialized() const;
+    Boolean identical(const CIMConstMethod& x) const;
+    CIMMethod clone() const;
+
+private:
+    explicit CIMMethod(std::shared_ptr<CIMMethodRep> rep);
+    void _changeOwnerCount(int delta) const;
+
+    std::shared_ptr<CIMMethodRep> _rep;
+
+    friend class CIMConstMethod;
+    template <class H> friend class NamedElementList;
+};
+
+class PEGASUS_COMMON_LINKAGE CIMConstMethod
+{
+public:
+    CIMConstMethod();
+    CIMConstMethod(const CIMConstMethod& x);
+    CIMConstMethod(const CIMMethod& x);
+    CIMConstMethod(
+        const CIMName& name,
+        CIMType type,
+        const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
+    ~CIMConstMethod();
+    CIMConstMethod& operator=(const CIMConstMethod& x);
+    CIMConstMethod& operator=(const CIMMethod& x);
+
+    const CIMName& getName() const;
+    CIMType getType() const;
+    const CIMName& getClassOrigin() const;
+    Boolean getPropagated() const;
+
+    Uint32 findQualifier(const CIMName& name) const;
+    CIMConstQualifier getQualifier(Uint32 index) const;
+    Uint32 getQualifierCount() const;
+
+    Uint32 findParameter(const CIMName& name) const;
+    CIMConstParameter getParameter(Uint32 index) const;
+    Uint32 getParameterCount() const;
+
+    Boolean isUninitialized() const;
+    Boolean identical(const CIMConstMethod& x) const;
+    CIMMethod clone() const;
+
+private:
+    std::shared_ptr<CIMMethodRep> _rep;
+
+    friend class CIMMethod;
+};
+
+PEGASUS_NAMESPACE_END
+
+#endif /* Pegasus_Method_h */

@@ -1,0 +1,296 @@
+#include <Pegasus/Common/CIMObject.h>
+#include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMObjectRep.h>
+#include <Pegasus/Common/CheckRep.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+// CIMObjectRep
+
+CIMObjectRep::CIMObjectRep(const CIMObjectPath& reference_)
+    : reference(reference_)
+{
+    if (reference.getClassName().isNull())
+        throw UninitializedObjectException();
+}
+
+CIMObjectRep::CIMObjectRep(const CIMObjectRep& x) : reference(x.reference)
+{
+    x.qualifiers.cloneTo(qualifiers);
+    x.properties.cloneTo(properties);
+}
+
+CIMObjectRep::~CIMObjectRep() = default;
+
+bool CIMObjectRep::identical(const CIMObjectRep& x) const
+{
+    return this == &x ||
+        (reference.identical(x.reference) &&
+         qualifiers.identical(x.qualifiers) &&
+         properties.identical(x.properties));
+}
+
+void CIMObjectRep::addProperty(const CIMProperty& x)
+{
+    properties.add(x);
+}
+
+void CIMObjectRep::setPath(const CIMObjectPath& path)
+{
+    if (path.getClassName().isNull())
+        throw UninitializedObjectException();
+    if (!getClassName().equal(path.getClassName()))
+        throw TypeMismatchException();
+    reference = path;
+}
+
+void CIMObjectRep::instanceFilter(
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    if (!includeQualifiers)
+        qualifiers.clear();
+    for (Uint32 i = 0; i < properties.size();)
+    {
+        CIMProperty& p = properties.at(i);
+        if (!propertyList.useThisProperty(p.getName()))
+        {
+            properties.remove(i);
+            continue;
+        }
+        if (!includeClassOrigin)
+            p.setClassOrigin(CIMName());
+        if (!includeQualifiers)
+        {
+            while (p.getQualifierCount() != 0)
+                p.removeQualifier(0);
+        }
+        i++;
+    }
+}
+
+// CIMObject
+
+CIMObject::CIMObject() = default;
+CIMObject::CIMObject(const CIMObject& x) = default;
+CIMObject& CIMObject::operator=(const CIMObject& x) = default;
+CIMObject::~CIMObject() = default;
+
+CIMObject::CIMObject(const CIMClass& x) : _rep(x._rep)
+{
+}
+
+CIMObject::CIMObject(const CIMInstance& x) : _rep(x._rep)
+{
+}
+
+CIMObject::CIMObject(std::shared_ptr<CIMObjectRep> rep) : _rep(std::move(rep))
+{
+}
+
+const CIMName& CIMObject::getClassName() const
+{
+    return checkRep(_rep).getClassName();
+}
+
+const CIMObjectPath& CIMObject::getPath() const
+{
+    return checkRep(_rep).reference;
+}
+
+void CIMObject::setPath(const CIMObjectPath& path)
+{
+    checkRep(_rep).setPath(path);
+}
+
+CIMObject& CIMObject::addQualifier(const CIMQualifier& qualifier)
+{
+    checkRep(_rep).qualifiers.add(qualifier);
+    return *this;
+}
+
+Uint32 CIMObject::findQualifier(const CIMName& name) const
+{
+    return checkRep(_rep).qualifiers.find(name);
+}
+
+CIMQualifier CIMObject::getQualifier(Uint32 index)
+{
+    return checkRep(_rep).qualifiers.at(index);
+}
+
+CIMConstQualifier CIMObject::getQualifier(Uint32 index) const
+{
+    return checkRep(_rep).qualifiers.at(index);
+}
+
+void CIMObject::removeQualifier(Uint32 index)
+{
+    checkRep(_rep).qualifiers.remove(index);
+}
+
+Uint32 CIMObject::getQualifierCount() const
+{
+    return checkRep(_rep).qualifiers.size();
+}
+
+CIMObject& CIMObject::addProperty(const CIMProperty& x)
+{
+    checkRep(_rep).addProperty(x);
+    return *this;
+}
+
+Uint32 CIMObject::findProperty(const CIMName& name) const
+{
+    return checkRep(_rep).properties.find(name);
+}
+
+CIMProperty CIMObject::getProperty(Uint32 index)
+{
+    return checkRep(_rep).properties.at(index);
+}
+
+CIMConstProperty CIMObject::getProperty(Uint32 index) const
+{
+    return checkRep(_rep).properties.at(index);
+}
+
+void CIMObject::removeProperty(Uint32 index)
+{
+    checkRep(_rep).properties.remove(index);
+}
+
+Uint32 CIMObject::getPropertyCount() const
+{
+    return checkRep(_rep).properties.size();
+}
+
+CIMObject CIMObject::clone() const
+{
+    return CIMObject(checkRep(_rep).cloneObject());
+}
+
+Boolean CIMObject::identical(const CIMConstObject& x) const
+{
+    return checkRep(_rep).identical(checkRep(x._rep));
+}
+
+Boolean CIMObject::isUninitialized() const
+{
+    return !_rep;
+}
+
+Boolean CIMObject::isClass() const
+{
+    return dynamic_cast<const CIMClassRep*>(_rep.get()) != nullptr;
+}
+
+Boolean CIMObject::isInstance() const
+{
+    return dynamic_cast<const CIMInstanceRep*>(_rep.get()) != nullptr;
+}
+
+void CIMObject::instanceFilter(
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    checkRep(_rep).instanceFilter(
+        includeQualifiers, includeClassOrigin, propertyList);
+}
+
+// CIMConstObject
+
+CIMConstObject::CIMConstObject() = default;
+CIMConstObject::CIMConstObject(const CIMConstObject& x) = default;
+CIMConstObject& CIMConstObject::operator=(const CIMConstObject& x) = default;
+CIMConstObject::~CIMConstObject() = default;
+
+CIMConstObject::CIMConstObject(const CIMObject& x) : _rep(x._rep)
+{
+}
+
+CIMConstObject::CIMConstObject(const CIMClass& x) : _rep(x._rep)
+{
+}
+
+CIMConstObject::CIMConstObject(const CIMInstance& x) : _rep(x._rep)
+{
+}
+
+CIMConstObject::CIMConstObject(const CIMConstClass& x) : _rep(x._rep)
+{
+}
+
+CIMConstObject::CIMConstObject(const CIMConstInstance& x) : _rep(x._rep)
+{
+}
+
+const CIMName& CIMConstObject::getClassName() const
+{
+    return checkRep(_rep).getClassName();
+}
+
+const CIMObjectPath& CIMConstObject::getPath() const
+{
+    return checkRep(_rep).reference;
+}
+
+Uint32 CIMConstObject::findQualifier(const CIMName& name) const
+{
+    return checkRep(_rep).qualifiers.find(name);
+}
+
+CIMConstQualifier CIMConstObject::getQualifier(Uint32 index) const
+{
+    return checkRep(_rep).qualifiers.at(index);
+}
+
+Uint32 CIMConstObject::getQualifierCount() const
+{
+    return checkRep(_rep).qualifiers.size();
+}
+
+Uint32 CIMConstObject::findProperty(const CIMName& name) const
+{
+    return checkRep(_rep).properties.find(name);
+}
+
+CIMConstProperty CIMConstObject::getProperty(Uint32 index) const
+{
+    return checkRep(_rep).properties.at(index);
+}
+
+Uint32 CIMConstObject::getPropertyCount() const
+{
+    return checkRep(_rep).properties.size();
+}
+
+CIMObject CIMConstObject::clone() const
+{
+    return CIMObject(checkRep(_rep).cloneObject());
+}
+
+Boolean CIMConstObject::identical(const CIMConstObject& x) const
+{
+    return checkRep(_rep).identical(checkRep(x._rep));
+}
+
+Boolean CIMConstObject::isUninitialized() const
+{
+    return !_rep;
+}
+
+Boolean CIMConstObject::isClass() const
+{
+    return dynamic_cast<const CIMClassRep*>(_rep.get()) != nullptr;
+}
+
+Boolean CIMConstObject::isInstance() const
+{
+    return dynamic_cast<const CIMInstanceRep*>(_rep.get()) != nullptr;
+}
+
+PEGASUS_NAMESPACE_END

@@ -1,0 +1,165 @@
+// Internal: the ordered, case-insensitively named member list shared by
+// classes, instances, methods and properties (for their properties,
+// qualifiers, methods and parameters).
+//
+// Elements are shared handles. While an element sits in a list its rep's
+// ownerCount is raised, which is what forbids renaming it (two members with
+// names equal ignoring case would otherwise be possible).
+#ifndef Pegasus_NamedElementList_h
+#define Pegasus_NamedElementList_h
+
+#include <vector>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Common/Exception.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+// H is a handle class (CIMProperty, CIMQualifier, CIMMethod, CIMParameter)
+// that befriends NamedElementList and has a private
+// `void _changeOwnerCount(int delta) const`.
+template <class H>
+class NamedElementList
+{
+public:
+    // `kind` names the element in duplicate errors: already exists: property "X".
+    explicit NamedElementList(const char* kind) : _kind(kind) {}
+
+    ~NamedElementList() { clear(); }
+
+    NamedElementList(const NamedElementList&) = delete;
+    NamedElementList& operator=(const NamedElementList&) = delete;
+
+    Uint32 size() const { return Uint32(_items.size()); }
+
+    Uint32 find(const CIMName& name) const
+    {
+        const Uint32 tag = _tagOf(name);
+        for (size_t i = 0; i < _items.size(); i++)
+        {
+            if (_tags[i] == tag && _items[i].getName().equal(name))
+                return Uint32(i);
+        }
+        return PEG_NOT_FOUND;
+    }
+
+    // Appends x itself (not a copy): later changes through x show here.
+    void add(const H& x)
+    {
+        if (x.isUninitialized())
+            throw UninitializedObjectException();
+        if (find(x.getName()) != PEG_NOT_FOUND)
+        {
+            throw AlreadyExistsException(
+                String(_kind) + " \"" + x.getName().getString() + "\"");
+        }
+        _append(x);
+    }
+
+    // For elements copied from another list of this kind, whose names are
+    // known to be distinct: skips the duplicate search.
+    void addDistinct(const H& x) { _append(x); }
+
+    H& at(Uint32 index)
+    {
+        _checkIndex(index);
+        return _items[index];
+    }
+
+    const H& at(Uint32 index) const
+    {
+        _checkIndex(index);
+        return _items[index];
+    }
+
+    void remove(Uint32 index)
+    {
+        _checkIndex(index);
+        _release(_items[index]);
+        _items.erase(_items.begin() + index);
+        _tags.erase(_tags.begin() + index);
+    }
+
+    void clear()
+    {
+        for (auto& x : _items)
+            _release(x);
+        _items.clear();
+        _tags.clear();
+    }
+
+    // Deep copy: every element cloned into `out`, which is emptied first.
+    void cloneTo(NamedElementList& out) const
+    {
+        out.clear();
+        out._items.reserve(_items.size());
+        out._tags.reserve(_items.size());
+        for (const auto& x : _items)
+            out._append(x.clone());
+    }
+
+    // Same length and pairwise identical, in order.
+    bool identical(const NamedElementList& other) const
+    {
+        if (_items.size() != other._items.size())
+            return false;
+        for (size_t i = 0; i < _items.size(); i++)
+        {
+            if (!_items[i].identical(other._items[i]))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    void _checkIndex(Uint32 index) const
+    {
+        if (index >= _items.size())
+            throw IndexOutOfBoundsException();
+    }
+
+    void _append(const H& x)
+    {
+        const Uint32 tag = _tagOf(x.getName());
+        _items.push_back(x);
+        try
+        {
+            _tags.push_back(tag);
+        }
+        catch (...)
+        {
+            _items.pop_back();
+            throw;
+        }
+        x._changeOwnerCount(1);
+    }
+
+    static void _release(const H& x) { x._changeOwnerCount(-1); }
+
+    // A cheap fingerprint that names equal ignoring (ASCII) case share:
+    // length, first and last unit. Lets find() skip most full comparisons.
+    // Stays valid while an element is contained, since renaming is then
+    // limited to changes of case.
+    static Uint32 _tagOf(const CIMName& name)
+    {
+        const String& s = name.getString();
+        const Uint32 n = s.size();
+        if (n == 0)
+            return 0;
+        const Char16* d = s.getChar16Data();
+        return (n << 16) ^ (Uint32(_fold(d[0])) << 8) ^ _fold(d[n - 1]);
+    }
+
+    static Uint16 _fold(Uint16 c)
+    {
+        return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
+    }
+
+    const char* _kind;
+    std::vector<H> _items;
+    std::vector<Uint32> _tags;  // _tagOf() of each element's name
+};
+
+PEGASUS_NAMESPACE_END
+
+#endif /* Pegasus_NamedElementList_h */

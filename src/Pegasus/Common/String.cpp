@@ -1,0 +1,810 @@
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/InternalException.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+PEGASUS_NAMESPACE_BEGIN
+
+// Shared text buffer: a header followed by cap + 1 code units (the last one
+// reserved for the terminating 0). The static empty rep is never counted.
+struct StringRep
+{
+    std::atomic<Uint32> refs;
+    Uint32 size;
+    Uint32 cap;
+
+    Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
+
+    static StringRep* empty();
+    static StringRep* alloc(Uint32 cap);
+    static void ref(StringRep* rep);
+    static void unref(StringRep* rep);
+};
+
+namespace
+{
+alignas(StringRep) unsigned char _emptyStorage[sizeof(StringRep) + sizeof(Char16)];
+
+StringRep* _makeEmpty()
+{
+    StringRep* rep = reinterpret_cast<StringRep*>(_emptyStorage);
+    new (&rep->refs) std::atomic<Uint32>(1);
+    rep->size = 0;
+    rep->cap = 0;
+    new (rep->data()) Char16(0);
+    return rep;
+}
+
+inline Uint16 _lower(Uint16 c)
+{
+    return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
+}
+
+inline Uint16 _upper(Uint16 c)
+{
+    return (c >= 'a' && c <= 'z') ? Uint16(c - ('a' - 'A')) : c;
+}
+
+inline void _checkNull(const void* p)
+{
+    if (!p)
+        throw NullPointer();
+}
+
+inline Uint32 _lengthOf(const Char16* s)
+{
+    const Char16* e = s;
+    while (Uint16(*e))
+        ++e;
+    return Uint32(e - s);
+}
+
+Uint32 _roundUp(Uint32 n)
+{
+    Uint32 cap = 8;
+    while (cap < n && cap < 0x80000000u)
+        cap <<= 1;
+    return cap < n ? n : cap;
+}
+
+// Describes the bad bytes as the original runtime does: up to 40 preceding
+// bytes as they are, then the offending byte and up to 10 following ones
+// in hex (" 0xFF").
+[[noreturn]] void _throwBadUtf8(size_t index, const char* text, size_t n)
+{
+    size_t clear = index < 40 ? index : 40;
+    size_t rest = n - index - 1;
+    size_t hex = rest < 10 ? rest : 10;
+    std::string detail(text + index - clear, clear);
+    for (size_t j = 0; j <= hex; ++j)
+    {
+        char buf[8];
+        snprintf(buf, sizeof(buf), " 0x%02X",
+            unsigned(static_cast<unsigned char>(text[index + j])));
+        detail += buf;
+    }
+    char head[96];
+    snprintf(head, sizeof(head),
+        "The byte sequence starting at index %u is not valid UTF-8 encoding: ",
+        unsigned(index));
+    throw Exception(String(head) + String(detail.c_str()));
+}
+
+// Decodes n bytes of UTF-8 into out (which has room for n units) and
+// returns the number of units written. Surrogate code points and the
+// non-characters U+xFFFE/U+xFFFF of the basic plane become U+FFFD.
+size_t _decodeUtf8(Char16* out, const char* text, size_t n)
+{
+    const unsigned char* q = reinterpret_cast<const unsigned char*>(text);
+    size_t i = 0;
+    Char16* p = out;
+    while (i < n)
+    {
+        unsigned char c = q[i];
+        if (c < 0x80)
+        {
+            *p++ = Char16(c);
+            ++i;
+            continue;
+        }
+        size_t len = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : 2;
+        if (c < 0xC2 || c > 0xF4 || len > n - i)
+            _throwBadUtf8(i, text, n);
+        for (size_t k = 1; k < len; ++k)
+        {
+            if (q[i + k] < 0x80 || q[i + k] > 0xBF)
+                _throwBadUtf8(i, text, n);
+        }
+        unsigned char c1 = q[i + 1];
+        if ((c == 0xE0 && c1 < 0xA0) || (c == 0xF0 && c1 < 0x90) ||
+            (c == 0xF4 && c1 > 0x8F))
+        {
+            _throwBadUtf8(i, text, n);
+        }
+        Uint32 cp = len == 2 ? (c & 0x1Fu) : len == 3 ? (c & 0x0Fu) : (c & 0x07u);
+        for (size_t k = 1; k < len; ++k)
+            cp = (cp << 6) | (q[i + k] & 0x3Fu);
+        i += len;
+        if (cp <= 0xFFFF)
+        {
+            bool surrogate = cp >= 0xD800 && cp <= 0xDFFF;
+            *p++ = Char16(Uint16((surrogate || (cp & 0xFFFE) == 0xFFFE) ? 0xFFFD : cp));
+        }
+        else
+        {
+            cp -= 0x10000;
+            *p++ = Char16(Uint16(0xD800 + (cp >> 10)));
+            *p++ = Char16(Uint16(0xDC00 + (cp & 0x3FF)));
+        }
+    }
+    return size_t(p - out);
+}
+
+// UTF-16 to UTF-8 into out (nullptr: only count); returns the byte count.
+// A lone surrogate is encoded as its own 3-byte sequence.
+size_t _encodeUtf8(char* out, const Char16* s, Uint32 n)
+{
+    size_t k = 0;
+    for (Uint32 i = 0; i < n; ++i)
+    {
+        Uint32 cp = Uint16(s[i]);
+        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n &&
+            Uint16(s[i + 1]) >= 0xDC00 && Uint16(s[i + 1]) <= 0xDFFF)
+        {
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (Uint16(s[i + 1]) - 0xDC00);
+            ++i;
+        }
+        if (cp < 0x80)
+        {
+            if (out)
+                out[k] = char(cp);
+            k += 1;
+        }
+        else if (cp < 0x800)
+        {
+            if (out)
+            {
+                out[k] = char(0xC0 | (cp >> 6));
+                out[k + 1] = char(0x80 | (cp & 0x3F));
+            }
+            k += 2;
+        }
+        else if (cp < 0x10000)
+        {
+            if (out)
+            {
+                out[k] = char(0xE0 | (cp >> 12));
+                out[k + 1] = char(0x80 | ((cp >> 6) & 0x3F));
+                out[k + 2] = char(0x80 | (cp & 0x3F));
+            }
+            k += 3;
+        }
+        else
+        {
+            if (out)
+            {
+                out[k] = char(0xF0 | (cp >> 18));
+                out[k + 1] = char(0x80 | ((cp >> 12) & 0x3F));
+                out[k + 2] = char(0x80 | ((cp >> 6) & 0x3F));
+                out[k + 3] = char(0x80 | (cp & 0x3F));
+            }
+            k += 4;
+        }
+    }
+    return k;
+}
+
+// Compares up to the first 0 unit of either text.
+template <class Fold>
+int _compareUnits(const Char16* s1, const Char16* s2, Fold fold)
+{
+    while (Uint16(*s1) && Uint16(*s2))
+    {
+        int r = int(fold(Uint16(*s1++))) - int(fold(Uint16(*s2++)));
+        if (r)
+            return r;
+    }
+    if (Uint16(*s2))
+        return -1;
+    if (Uint16(*s1))
+        return 1;
+    return 0;
+}
+
+inline Uint16 _same(Uint16 c) { return c; }
+}  // namespace
+
+StringRep* StringRep::empty()
+{
+    static StringRep* rep = _makeEmpty();
+    return rep;
+}
+
+StringRep* StringRep::alloc(Uint32 cap)
+{
+    void* mem = ::operator new(sizeof(StringRep) + (size_t(cap) + 1) * sizeof(Char16));
+    StringRep* rep = static_cast<StringRep*>(mem);
+    new (&rep->refs) std::atomic<Uint32>(1);
+    rep->size = 0;
+    rep->cap = cap;
+    new (rep->data()) Char16(0);
+    return rep;
+}
+
+void StringRep::ref(StringRep* rep)
+{
+    if (rep != empty())
+        rep->refs.fetch_add(1, std::memory_order_relaxed);
+}
+
+void StringRep::unref(StringRep* rep)
+{
+    if (rep != empty() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    {
+        rep->refs.~atomic<Uint32>();
+        ::operator delete(rep);
+    }
+}
+
+//
+// CString
+//
+
+CString::CString() : _rep(nullptr) {}
+
+CString::CString(char* cstr) : _rep(cstr) {}
+
+CString::CString(const CString& cstr) : _rep(nullptr)
+{
+    if (cstr._rep)
+    {
+        size_t n = strlen(cstr._rep) + 1;
+        _rep = new char[n];
+        memcpy(_rep, cstr._rep, n);
+    }
+}
+
+CString::~CString() { delete[] _rep; }
+
+CString& CString::operator=(const CString& cstr)
+{
+    if (this != &cstr)
+    {
+        CString tmp(cstr);
+        std::swap(_rep, tmp._rep);
+    }
+    return *this;
+}
+
+CString::operator const char*() const { return _rep; }
+
+//
+// String
+//
+
+const String String::EMPTY;
+
+String::String() : _rep(StringRep::empty()) {}
+
+String::String(const String& str) : _rep(str._rep) { StringRep::ref(_rep); }
+
+String::String(String&& str) noexcept : _rep(str._rep) { str._rep = StringRep::empty(); }
+
+String::String(const String& str, Uint32 n) : _rep(StringRep::empty())
+{
+    if (n > str.size())
+        throw IndexOutOfBoundsException();
+    append(str.getChar16Data(), n);
+}
+
+String::String(const Char16* str) : _rep(StringRep::empty())
+{
+    _checkNull(str);
+    append(str, _lengthOf(str));
+}
+
+String::String(const Char16* str, Uint32 n) : _rep(StringRep::empty())
+{
+    _checkNull(str);
+    append(str, n);
+}
+
+String::String(const char* str) : _rep(StringRep::empty())
+{
+    _checkNull(str);
+    _appendUtf8(str, strlen(str));
+}
+
+String::String(const char* str, Uint32 n) : _rep(StringRep::empty())
+{
+    _checkNull(str);
+    _appendUtf8(str, n);
+}
+
+String::String(const String& s1, const String& s2) : _rep(StringRep::empty())
+{
+    _reserve(s1.size() + s2.size());
+    append(s1);
+    append(s2);
+}
+
+String::String(const String& s1, const char* s2) : String(s1)
+{
+    _checkNull(s2);
+    _appendUtf8(s2, strlen(s2));
+}
+
+String::String(const char* s1, const String& s2) : String(s1)
+{
+    append(s2);
+}
+
+String::~String() { StringRep::unref(_rep); }
+
+String& String::operator=(const String& str) { return assign(str); }
+
+String& String::operator=(String&& str) noexcept
+{
+    if (this != &str)
+    {
+        StringRep::unref(_rep);
+        _rep = str._rep;
+        str._rep = StringRep::empty();
+    }
+    return *this;
+}
+
+String& String::operator=(const char* str) { return assign(str); }
+
+String& String::assign(const String& str)
+{
+    if (_rep != str._rep)
+    {
+        StringRep::ref(str._rep);
+        StringRep::unref(_rep);
+        _rep = str._rep;
+    }
+    return *this;
+}
+
+String& String::assign(const Char16* str)
+{
+    _checkNull(str);
+    return assign(String(str));
+}
+
+String& String::assign(const Char16* str, Uint32 n)
+{
+    _checkNull(str);
+    return assign(String(str, n));
+}
+
+String& String::assign(const char* str)
+{
+    _checkNull(str);
+    return assign(String(str));
+}
+
+String& String::assign(const char* str, Uint32 n)
+{
+    _checkNull(str);
+    return assign(String(str, n));
+}
+
+void String::clear()
+{
+    if (_rep->refs.load() == 1 && _rep != StringRep::empty())
+    {
+        _rep->size = 0;
+        _rep->data()[0] = 0;
+    }
+    else
+    {
+        StringRep::unref(_rep);
+        _rep = StringRep::empty();
+    }
+}
+
+void String::reserveCapacity(Uint32 capacity) { _reserve(capacity); }
+
+Uint32 String::size() const { return _rep->size; }
+
+const Char16* String::getChar16Data() const { return _rep->data(); }
+
+CString String::getCString() const
+{
+    size_t n = _encodeUtf8(nullptr, _rep->data(), _rep->size);
+    char* buf = new char[n + 1];
+    _encodeUtf8(buf, _rep->data(), _rep->size);
+    buf[n] = '\0';
+    return CString(buf);
+}
+
+Char16& String::operator[](Uint32 index)
+{
+    if (index > _rep->size)
+        throw IndexOutOfBoundsException();
+    _unshare();
+    return _rep->data()[index];
+}
+
+const Char16 String::operator[](Uint32 index) const
+{
+    if (index > _rep->size)
+        throw IndexOutOfBoundsException();
+    return _rep->data()[index];
+}
+
+String& String::append(const Char16& c)
+{
+    Char16 copy(c);  // c may live in this string
+    _reserve(_rep->size + 1);
+    _rep->data()[_rep->size++] = copy;
+    _rep->data()[_rep->size] = 0;
+    return *this;
+}
+
+String& String::append(const Char16* str, Uint32 n)
+{
+    _checkNull(str);
+    if (n == 0)
+        return *this;
+    if (str >= _rep->data() && str <= _rep->data() + _rep->size)
+    {
+        // str points into this string, which may move while growing.
+        std::vector<Char16> copy(str, str + n);
+        return append(copy.data(), n);
+    }
+    _reserve(_rep->size + n);
+    memcpy(static_cast<void*>(_rep->data() + _rep->size), str, n * sizeof(Char16));
+    _rep->size += n;
+    _rep->data()[_rep->size] = 0;
+    return *this;
+}
+
+String& String::append(const String& str)
+{
+    String keep(str);  // str may be this string
+    return append(keep.getChar16Data(), keep.size());
+}
+
+String& String::append(const char* str)
+{
+    _checkNull(str);
+    _appendUtf8(str, strlen(str));
+    return *this;
+}
+
+String& String::append(const char* str, Uint32 size)
+{
+    _checkNull(str);
+    _appendUtf8(str, size);
+    return *this;
+}
+
+void String::remove(Uint32 index, Uint32 size)
+{
+    Uint32 n = _rep->size;
+    if (index > n)
+        throw IndexOutOfBoundsException();
+    if (size == PEG_NOT_FOUND)
+        size = n - index;
+    if (Uint64(index) + size > n)
+        throw IndexOutOfBoundsException();
+    if (size == 0)
+        return;
+    _unshare();
+    Char16* d = _rep->data();
+    memmove(static_cast<void*>(d + index), d + index + size, (n - index - size) * sizeof(Char16));
+    _rep->size = n - size;
+    d[_rep->size] = 0;
+}
+
+String String::subString(Uint32 index, Uint32 n) const
+{
+    if (index >= _rep->size)
+        return String();
+    if (n == PEG_NOT_FOUND || n > _rep->size - index)
+        n = _rep->size - index;
+    if (index == 0 && n == _rep->size)
+        return *this;
+    return String(_rep->data() + index, n);
+}
+
+Uint32 String::find(Char16 c) const
+{
+    const Char16* d = _rep->data();
+    for (Uint32 i = 0; i < _rep->size; ++i)
+    {
+        if (d[i] == c)
+            return i;
+    }
+    return PEG_NOT_FOUND;
+}
+
+Uint32 String::find(Uint32 index, Char16 c) const
+{
+    if (index > _rep->size)
+        throw IndexOutOfBoundsException();
+    const Char16* d = _rep->data();
+    for (Uint32 i = index; i < _rep->size; ++i)
+    {
+        if (d[i] == c)
+            return i;
+    }
+    return PEG_NOT_FOUND;
+}
+
+Uint32 String::find(const String& s) const
+{
+    Uint32 n = _rep->size;
+    Uint32 m = s.size();
+    if (m == 0 || m > n)
+        return PEG_NOT_FOUND;
+    const Char16* d = _rep->data();
+    const Char16* p = s.getChar16Data();
+    for (Uint32 i = 0; i + m <= n; ++i)
+    {
+        if (d[i] == p[0] && memcmp(d + i, p, m * sizeof(Char16)) == 0)
+            return i;
+    }
+    return PEG_NOT_FOUND;
+}
+
+Uint32 String::find(const char* s) const
+{
+    _checkNull(s);
+    return find(String(s));
+}
+
+Uint32 String::reverseFind(Char16 c) const
+{
+    const Char16* d = _rep->data();
+    for (Uint32 i = _rep->size; i > 0; --i)
+    {
+        if (d[i - 1] == c)
+            return i - 1;
+    }
+    return PEG_NOT_FOUND;
+}
+
+void String::toLower()
+{
+    _unshare();
+    Char16* d = _rep->data();
+    for (Uint32 i = 0; i < _rep->size; ++i)
+        d[i] = _lower(d[i]);
+}
+
+void String::toUpper()
+{
+    _unshare();
+    Char16* d = _rep->data();
+    for (Uint32 i = 0; i < _rep->size; ++i)
+        d[i] = _upper(d[i]);
+}
+
+void String::appendPrintf(const char* format, ...)
+{
+    _checkNull(format);
+    va_list ap;
+    va_start(ap, format);
+    va_list again;
+    va_copy(again, ap);
+    char small[256];
+    int n = vsnprintf(small, sizeof(small), format, ap);
+    va_end(ap);
+    if (n < 0)
+    {
+        va_end(again);
+        return;
+    }
+    if (size_t(n) < sizeof(small))
+    {
+        va_end(again);
+        _appendUtf8(small, size_t(n));
+        return;
+    }
+    std::vector<char> big(size_t(n) + 1);
+    vsnprintf(big.data(), big.size(), format, again);
+    va_end(again);
+    _appendUtf8(big.data(), size_t(n));
+}
+
+int String::compare(const String& s1, const String& s2, Uint32 n)
+{
+    const Char16* p1 = s1.getChar16Data();
+    const Char16* p2 = s2.getChar16Data();
+    for (Uint32 i = 0; i < n; ++i)
+    {
+        int r = int(Uint16(p1[i])) - int(Uint16(p2[i]));
+        if (r)
+            return r;
+        if (!Uint16(p1[i]))
+            return 0;
+    }
+    return 0;
+}
+
+int String::compare(const String& s1, const String& s2)
+{
+    return _compareUnits(s1.getChar16Data(), s2.getChar16Data(), _same);
+}
+
+int String::compare(const String& s1, const char* s2)
+{
+    _checkNull(s2);
+    return compare(s1, String(s2));
+}
+
+int String::compareNoCase(const String& s1, const String& s2)
+{
+    return _compareUnits(s1.getChar16Data(), s2.getChar16Data(), _lower);
+}
+
+Boolean String::equal(const String& s1, const String& s2)
+{
+    if (s1._rep == s2._rep)
+        return true;
+    return s1.size() == s2.size() &&
+        memcmp(s1.getChar16Data(), s2.getChar16Data(), s1.size() * sizeof(Char16)) == 0;
+}
+
+Boolean String::equal(const String& s1, const char* s2)
+{
+    _checkNull(s2);
+    // Pure ASCII texts are compared in place; anything else is decoded.
+    const Char16* p = s1.getChar16Data();
+    Uint32 n = s1.size();
+    Uint32 i = 0;
+    for (; s2[i] && !(static_cast<unsigned char>(s2[i]) & 0x80); ++i)
+    {
+        if (i >= n || Uint16(p[i]) != Uint16(static_cast<unsigned char>(s2[i])))
+            return false;
+    }
+    if (!s2[i])
+        return i == n;
+    return equal(s1, String(s2));
+}
+
+Boolean String::equalNoCase(const String& s1, const String& s2)
+{
+    Uint32 n = s1.size();
+    if (n != s2.size())
+        return false;
+    const Char16* p = s1.getChar16Data();
+    const Char16* q = s2.getChar16Data();
+    for (Uint32 i = 0; i < n; ++i)
+    {
+        Uint16 a = p[i];
+        Uint16 b = q[i];
+        if (a != b && _lower(a) != _lower(b))
+            return false;
+    }
+    return true;
+}
+
+Boolean String::equalNoCase(const String& s1, const char* s2)
+{
+    _checkNull(s2);
+    // Pure ASCII texts are compared in place; anything else is decoded.
+    const Char16* p = s1.getChar16Data();
+    Uint32 n = s1.size();
+    Uint32 i = 0;
+    for (; s2[i] && !(static_cast<unsigned char>(s2[i]) & 0x80); ++i)
+    {
+        Uint16 a = i < n ? Uint16(p[i]) : 0;
+        Uint16 b = Uint16(static_cast<unsigned char>(s2[i]));
+        if (i >= n || (a != b && _lower(a) != _lower(b)))
+            return false;
+    }
+    if (!s2[i])
+        return i == n;
+    return equalNoCase(s1, String(s2));
+}
+
+void String::_unshare()
+{
+    if (_rep == StringRep::empty() || _rep->refs.load() != 1)
+    {
+        StringRep* rep = StringRep::alloc(_rep->size);
+        memcpy(static_cast<void*>(rep->data()), _rep->data(), (_rep->size + 1) * sizeof(Char16));
+        rep->size = _rep->size;
+        StringRep::unref(_rep);
+        _rep = rep;
+    }
+}
+
+void String::_reserve(Uint32 capacity)
+{
+    bool shared = _rep == StringRep::empty() || _rep->refs.load() != 1;
+    if (!shared && capacity <= _rep->cap)
+        return;
+    Uint32 cap = capacity < _rep->size ? _rep->size : capacity;
+    StringRep* rep = StringRep::alloc(_roundUp(cap));
+    memcpy(static_cast<void*>(rep->data()), _rep->data(), (_rep->size + 1) * sizeof(Char16));
+    rep->size = _rep->size;
+    StringRep::unref(_rep);
+    _rep = rep;
+}
+
+void String::_appendUtf8(const char* str, size_t n)
+{
+    if (n == 0)
+        return;
+    if (n >= 0xFFFFFFFFu - _rep->size)
+        throw std::bad_alloc();
+    size_t ascii = 0;
+    while (ascii < n && !(static_cast<unsigned char>(str[ascii]) & 0x80))
+        ++ascii;
+    if (ascii == n)
+    {
+        _reserve(_rep->size + Uint32(n));
+        Char16* d = _rep->data() + _rep->size;
+        for (size_t i = 0; i < n; ++i)
+            d[i] = Char16(static_cast<unsigned char>(str[i]));
+        _rep->size += Uint32(n);
+        _rep->data()[_rep->size] = 0;
+        return;
+    }
+    // Decode first so that a bad text leaves this string unchanged.
+    std::vector<Char16> units(n);
+    size_t m = _decodeUtf8(units.data(), str, n);
+    append(units.data(), Uint32(m));
+}
+
+//
+// Free operators
+//
+
+Boolean operator==(const String& s1, const String& s2) { return String::equal(s1, s2); }
+Boolean operator==(const String& s1, const char* s2) { return String::equal(s1, s2); }
+Boolean operator==(const char* s1, const String& s2) { return String::equal(s2, s1); }
+Boolean operator!=(const String& s1, const String& s2) { return !String::equal(s1, s2); }
+Boolean operator!=(const String& s1, const char* s2) { return !String::equal(s1, s2); }
+Boolean operator!=(const char* s1, const String& s2) { return !String::equal(s2, s1); }
+Boolean operator<(const String& s1, const String& s2) { return String::compare(s1, s2) < 0; }
+Boolean operator<(const String& s1, const char* s2) { return String::compare(s1, s2) < 0; }
+Boolean operator<(const char* s1, const String& s2) { return String::compare(s2, s1) > 0; }
+Boolean operator>(const String& s1, const String& s2) { return String::compare(s1, s2) > 0; }
+Boolean operator>(const String& s1, const char* s2) { return String::compare(s1, s2) > 0; }
+Boolean operator>(const char* s1, const String& s2) { return String::compare(s2, s1) < 0; }
+Boolean operator<=(const String& s1, const String& s2) { return String::compare(s1, s2) <= 0; }
+Boolean operator<=(const String& s1, const char* s2) { return String::compare(s1, s2) <= 0; }
+Boolean operator<=(const char* s1, const String& s2) { return String::compare(s2, s1) >= 0; }
+Boolean operator>=(const String& s1, const String& s2) { return String::compare(s1, s2) >= 0; }
+Boolean operator>=(const String& s1, const char* s2) { return String::compare(s1, s2) >= 0; }
+Boolean operator>=(const char* s1, const String& s2) { return String::compare(s2, s1) <= 0; }
+
+String operator+(const String& s1, const String& s2) { return String(s1, s2); }
+String operator+(const String& s1, const char* s2) { return String(s1, s2); }
+String operator+(const char* s1, const String& s2) { return String(s1, s2); }
+
+std::ostream& operator<<(std::ostream& os, const String& str)
+{
+    const Char16* d = str.getChar16Data();
+    for (Uint32 i = 0, n = str.size(); i < n; ++i)
+    {
+        Uint16 code = d[i];
+        if (code > 0 && !(code & 0xFF00))
+            os << char(code);
+        else
+        {
+            char buf[8];
+            snprintf(buf, sizeof(buf), "\\x%04X", unsigned(code));
+            os << buf;
+        }
+    }
+    return os;
+}
+
+PEGASUS_NAMESPACE_END

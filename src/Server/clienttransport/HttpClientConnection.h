@@ -1,0 +1,47 @@
+// One kept-alive HTTP/1.1 connection from a CIM client to the server, over TCP or the
+// local Unix socket, with a time limit on every exchange.
+#ifndef QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
+#define QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qel {
+namespace client {
+
+struct HttpResult {
+  int status = 0;
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;
+  std::string header(const std::string& name) const;  // "" when absent
+};
+
+// Connection failures throw Pegasus::CannotConnectException, time-outs
+// Pegasus::ConnectionTimeoutException.
+class HttpClientConnection {
+ public:
+  virtual ~HttpClientConnection() = default;
+
+  static std::unique_ptr<HttpClientConnection> tcp(const std::string& host, unsigned port,
+                                                   std::chrono::milliseconds timeout);
+  static std::unique_ptr<HttpClientConnection> local(const std::string& socketPath,
+                                                     std::chrono::milliseconds timeout);
+
+  void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
+
+  // POSTs `body` to /cimom with the given extra headers and returns the reply. A kept-alive
+  // connection the server has meanwhile closed is reopened once, before anything is read.
+  virtual HttpResult post(const std::vector<std::pair<std::string, std::string>>& headers,
+                          const std::string& body) = 0;
+
+ protected:
+  std::chrono::milliseconds timeout_{20000};
+};
+
+}  // namespace client
+}  // namespace qel
+
+#endif

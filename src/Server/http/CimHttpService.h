@@ -1,0 +1,53 @@
+// CIM-XML over HTTP: checks method, path and the CIM operation headers, authenticates
+// the client (Basic on TCP, peer credentials on the local socket), decodes the request,
+// runs it on a worker and encodes the answer. Protocol failures become the HTTP status
+// and CIMError header the CIM mapping prescribes; everything else a CIM ERROR.
+#ifndef QEL_SERVER_HTTP_CIMHTTPSERVICE_H
+#define QEL_SERVER_HTTP_CIMHTTPSERVICE_H
+
+#include "HttpServer.h"
+#include "OperationExecutor.h"
+
+#include <Server/auth/BasicAuthenticator.h>
+
+#include <functional>
+#include <string>
+
+namespace qel {
+namespace http {
+
+struct CimHttpServiceOptions {
+  std::string realm = "qel-cimserver";
+  // Completes the host of association results; empty: this machine's name.
+  std::string hostName;
+};
+
+class CimHttpService : public RequestHandler {
+ public:
+  // Queues a job; false when the queue refuses it (full or stopping).
+  using Submit = std::function<bool(std::function<void()>)>;
+
+  CimHttpService(CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
+                 OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers);
+
+  void handle(HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
+              std::function<void(HttpResponse)> done) override;
+
+  // The whole exchange on the calling thread (what a worker runs); public for tests.
+  HttpResponse process(const HttpRequest& request, ConnectionInfo& connection);
+
+ private:
+  bool authenticate(const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
+                    HttpResponse& refusal);
+
+  CimHttpServiceOptions options_;
+  auth::BasicAuthenticator& authenticator_;
+  OperationExecutor& executor_;
+  Submit tcpWorkers_;
+  Submit localWorkers_;
+};
+
+}  // namespace http
+}  // namespace qel
+
+#endif

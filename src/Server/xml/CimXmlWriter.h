@@ -1,0 +1,54 @@
+// Writes object-model values as CIM-XML elements (one function per element family).
+// Every function appends to `out`; nothing here knows about messages or HTTP.
+#ifndef QEL_SERVER_XML_CIMXMLWRITER_H
+#define QEL_SERVER_XML_CIMXMLWRITER_H
+
+#include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMObject.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/CIMValue.h>
+
+#include <string>
+
+namespace qel {
+namespace cimxml {
+
+void writeLocalNamespacePath(std::string& out, const Pegasus::CIMNamespaceName& ns);
+void writeNamespacePath(std::string& out, const Pegasus::String& host, const Pegasus::CIMNamespaceName& ns);
+void writeClassName(std::string& out, const Pegasus::CIMName& name);
+// KEYBINDINGs of the path (host and namespace are not written).
+void writeInstanceName(std::string& out, const Pegasus::CIMObjectPath& path);
+// INSTANCEPATH or CLASSPATH (chosen by the presence of keys); host and namespace required.
+void writeObjectPathBody(std::string& out, const Pegasus::CIMObjectPath& path);
+// OBJECTPATH wrapping the above.
+void writeObjectPath(std::string& out, const Pegasus::CIMObjectPath& path);
+// LOCALINSTANCEPATH or LOCALCLASSPATH.
+void writeLocalObjectPath(std::string& out, const Pegasus::CIMObjectPath& path);
+// VALUE.REFERENCE with the most complete path form the path allows.
+void writeValueReference(std::string& out, const Pegasus::CIMObjectPath& path);
+
+// VALUE, VALUE.ARRAY, VALUE.REFERENCE or VALUE.REFARRAY; nothing for a null value.
+void writeValue(std::string& out, const Pegasus::CIMValue& value);
+
+void writeInstance(std::string& out, const Pegasus::CIMConstInstance& instance);
+void writeClass(std::string& out, const Pegasus::CIMConstClass& cimClass);
+// VALUE.NAMEDINSTANCE: the instance's path as INSTANCENAME followed by the INSTANCE.
+void writeNamedInstance(std::string& out, const Pegasus::CIMConstInstance& instance);
+// VALUE.OBJECTWITHPATH of `object` named by `path`, which must carry host and namespace.
+void writeObjectWithPath(std::string& out, const Pegasus::CIMObject& object, const Pegasus::CIMObjectPath& path);
+
+// PARAMVALUE with PARAMTYPE (and EmbeddedObject for embedded values).
+void writeParamValue(std::string& out, const Pegasus::CIMParamValue& param);
+// RETURNVALUE of an extrinsic call; nothing for a null value.
+void writeReturnValue(std::string& out, const Pegasus::CIMValue& value);
+// ERROR with CODE and DESCRIPTION "<CIM_ERR_NAME>: <message>" (name alone when empty).
+void writeError(std::string& out, const Pegasus::CIMException& error);
+
+}  // namespace cimxml
+}  // namespace qel
+
+#endif

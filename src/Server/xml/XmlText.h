@@ -1,0 +1,26 @@
+// Text helpers for writing CIM-XML: escaping and Pegasus String <-> UTF-8.
+#ifndef QEL_SERVER_XML_XMLTEXT_H
+#define QEL_SERVER_XML_XMLTEXT_H
+
+#include <Pegasus/Common/String.h>
+
+#include <string>
+
+namespace qel {
+namespace cimxml {
+
+// Appends text with the five XML special characters replaced by entity references.
+// Control characters other than TAB, LF and CR cannot appear in XML 1.0, so they are
+// written as character references a reader can still round-trip.
+void appendEscaped(std::string& out, const char* text, size_t length);
+void appendEscaped(std::string& out, const std::string& text);
+void appendEscaped(std::string& out, const Pegasus::String& text);
+
+std::string toUtf8(const Pegasus::String& text);
+// Throws CIMException(CIM_ERR_INVALID_PARAMETER) naming `where` when the bytes are not UTF-8.
+Pegasus::String fromUtf8(const char* text, const char* where);
+
+}  // namespace cimxml
+}  // namespace qel
+
+#endif

@@ -1,0 +1,29 @@
+// The audit log: one JSON object per line for every change asked of the array
+// (time, user, address, method, op, param, call, ports, result). Lines are
+// appended with one write each, so processes sharing the file never mix lines.
+#ifndef QELSIM_AUDIT_H
+#define QELSIM_AUDIT_H
+
+#include "qelapi.h"
+
+#include <string>
+#include <vector>
+
+namespace qelsim {
+
+struct AuditEntry {
+    const api_evtparam_t* event = nullptr; // user, addr, method, inst_op, inst_param
+    std::string call;
+    std::vector<std::string> ports;        // positions of the ports concerned
+    int result = 0;
+};
+
+// Appends one line to path; false with *error when it cannot.
+bool appendAudit(const std::string& path, const AuditEntry& e, std::string* error);
+
+// An event record for changes made by the qelsim tool.
+api_evtparam_t toolEvent(const std::string& actor, const std::string& method);
+
+} // namespace qelsim
+
+#endif

@@ -1,0 +1,46 @@
+// Destination of log_message: lines at or below the array's level threshold go
+// to standard error or to a file, one line per call, whole lines even when
+// threads write at once. Tests may also capture every line, whatever its level.
+#ifndef QELSIM_LOGGER_H
+#define QELSIM_LOGGER_H
+
+#include "model.h"
+#include "qelsim_control.h"
+
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace qelsim {
+
+class Logger {
+public:
+    static Logger& instance();
+
+    // Takes the threshold and destination; a file that cannot be opened leaves
+    // standard error as the destination and says so there.
+    void configure(const LogConfig& cfg);
+    void write(int level, const std::string& text);
+    // Whether a line of this level is kept or captured (saves formatting it).
+    bool wants(int level);
+
+    void setCapture(bool on);
+    std::vector<LogLine> captured();
+    void clearCaptured();
+
+private:
+    Logger() = default;
+    void emit(int level, const std::string& text); // the caller holds mu_
+
+    std::mutex mu_;
+    int level_ = API_LOG_FAILURE;
+    std::string file_;
+    FILE* out_ = nullptr; // null: standard error
+    bool capture_ = false;
+    std::vector<LogLine> captured_;
+};
+
+} // namespace qelsim
+
+#endif

@@ -1,0 +1,72 @@
+// The shared state file of a simulated array. Every process that simulates the
+// same array (the CIM server, the qelsim tool) uses one state file and its lock
+// file "<state>.lock": writers hold the lock exclusively while they re-read,
+// change and atomically replace the state, then count up the generation number
+// kept in the lock file; readers notice a new generation (or a replaced file)
+// and re-read. So no update is lost and every reader sees the latest state.
+#ifndef QELSIM_STATE_STORE_H
+#define QELSIM_STATE_STORE_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+namespace qelsim {
+
+class StateStore {
+public:
+    StateStore() = default;
+    ~StateStore();
+    StateStore(const StateStore&) = delete;
+    StateStore& operator=(const StateStore&) = delete;
+
+    // Opens (creating if needed) the lock file of statePath and its folder.
+    bool open(const std::string& statePath, std::string* error);
+    void close();
+    bool enabled() const { return lockFd_ >= 0; }
+    const std::string& path() const { return path_; }
+    bool exists() const;
+
+    // What identifies one version of the state file.
+    struct Stamp {
+        uint64_t generation = 0;
+        dev_t dev = 0;
+        ino_t ino = 0;
+        off_t size = -1;
+        struct timespec mtime {};
+        bool operator==(const Stamp& o) const;
+        bool operator!=(const Stamp& o) const { return !(*this == o); }
+    };
+    Stamp stamp() const;
+
+    enum class Mode { Shared, Exclusive };
+    // Holds the lock file's lock for its lifetime.
+    class Lock {
+    public:
+        Lock(const StateStore& s, Mode m);
+        ~Lock();
+        Lock(const Lock&) = delete;
+        Lock& operator=(const Lock&) = delete;
+        bool held() const { return held_; }
+
+    private:
+        int fd_;
+        bool held_;
+    };
+
+    bool read(std::string* text, std::string* error) const;
+    // Replaces the state (the caller holds the exclusive lock) and counts up the generation.
+    bool write(const std::string& text, std::string* error);
+
+private:
+    uint64_t generation() const;
+
+    std::string path_;
+    int lockFd_ = -1;
+};
+
+} // namespace qelsim
+
+#endif

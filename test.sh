@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test:
+#   1. the whole suite under AddressSanitizer + UndefinedBehaviorSanitizer,
+#   2. the concurrency suites under ThreadSanitizer,
+#   3. a smoke run of every benchmark program and a short run of every fuzz target.
+set -euo pipefail
+cd "$(dirname "$0")"
+./scripts/setup.sh
+
+jobs=${JOBS:-$(nproc)}
+generator=()
+command -v ninja >/dev/null && generator=(-G Ninja)
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+
+echo "== ASan + UBSan build =="
+cmake -S . -B build/asan "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=Debug -DQEL_SANITIZE=ON
+cmake --build build/asan -j "$jobs"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+ctest --test-dir build/asan --output-on-failure -j "$jobs"
+
+echo "== ThreadSanitizer build (concurrency suites) =="
+cmake -S . -B build/tsan "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=Debug -DQEL_TSAN=ON \
+      -DQEL_BUILD_BENCH=OFF
+cmake --build build/tsan -j "$jobs"
+TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+  ctest --test-dir build/tsan --output-on-failure -j "$jobs" -L concurrency
+
+echo "== Benchmark smoke run =="
+while IFS= read -r b; do
+  echo "-- $b"
+  "$b" --benchmark_min_time=0.001 >/dev/null
+done < <(find build/asan/bench -type f -perm -u+x -name 'bench_*' | sort)
+
+echo "== Fuzz targets, short run =="
+FUZZ_SECONDS=${FUZZ_SECONDS:-15} fuzz/run-short.sh
+echo "All test stages passed."

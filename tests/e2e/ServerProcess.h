@@ -1,0 +1,45 @@
+// A qel-cimserver child process on a free loopback port with its own users, socket and
+// simulator state, stopped with SIGTERM like Ctrl-C would.
+#ifndef QEL_TESTS_E2E_SERVERPROCESS_H
+#define QEL_TESTS_E2E_SERVERPROCESS_H
+
+#include <map>
+#include <vector>
+#include <string>
+#include <sys/types.h>
+
+namespace e2e {
+
+struct CommandResult {
+  int exitCode = -1;
+  std::string output;  // standard output and error together
+};
+
+// Runs a program (no shell) and collects what it prints.
+CommandResult run(const std::vector<std::string>& argv, const std::string& input = "");
+
+class ServerProcess {
+ public:
+  // Users and their roles in the demo array: each gets a generated password.
+  explicit ServerProcess(const std::map<std::string, std::string>& users);
+  ~ServerProcess();
+
+  // Sends SIGTERM and waits; returns the exit status and leaves the log readable.
+  int stop();
+
+  unsigned short port() const { return port_; }
+  const std::string& password(const std::string& user) const { return passwords_.at(user); }
+  std::string url(const std::string& user, const std::string& password) const;
+  std::string log() const;
+  const std::string& dir() const { return dir_; }
+
+ private:
+  std::string dir_;
+  pid_t pid_ = -1;
+  unsigned short port_ = 0;
+  std::map<std::string, std::string> passwords_;
+};
+
+}  // namespace e2e
+
+#endif

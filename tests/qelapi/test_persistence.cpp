@@ -1,0 +1,193 @@
+// The shared state file: changes survive restarts, reach other processes, are
+// never lost when two processes write, and a killed writer never tears the file.
+#include "sim_fixture.h"
+
+#include "atomic_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <cstdlib>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace qelsimtest;
+
+namespace {
+
+class Persistence : public SimTest {
+protected:
+    qelsim::AttachOptions options(const ScratchDir& dir) {
+        qelsim::AttachOptions o;
+        o.arrayPath = dir.file("array.json");
+        o.statePath = dir.file("array.state.json");
+        return o;
+    }
+    void writeDemo(const ScratchDir& dir) { writeFile(dir.file("array.json"), qelsim::demoArrayText()); }
+};
+
+// Runs f in a child process attached to the same array; returns the child's exit status.
+int inChild(const qelsim::AttachOptions& o, const std::function<int()>& f) {
+    pid_t pid = ::fork();
+    if (pid == 0) {
+        int rc = qelsim::attach(o).ok ? f() : 99;
+        ::_exit(rc);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 100;
+}
+
+TEST_F(Persistence, ChangesSurviveAReattachAndReachOtherProcesses) {
+    ScratchDir dir;
+    writeDemo(dir);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    api_evtparam_t ev = event();
+    uint16_t id = lpid(kOkPort);
+    ASSERT_EQ(api_setPortOffline(&ev, 1, &id), API_OK);
+
+    // Another process sees the change and makes one of its own.
+    EXPECT_EQ(inChild(options(dir), [] {
+                  api_FCPortList_t l{};
+                  api_getFCPorts(kOkPort, 3, 0, &l);
+                  int seen = l.count == 1 && l.ports[0].portStatus == PORT_OFFLINE;
+                  api_freeFCPorts(&l);
+                  return seen && qelsim::setPortState("1:1:2", PORT_OK, "child") == API_OK ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(port(kErrorPort).portStatus, PORT_OK); // picked up without reattaching
+
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok); // as after a server restart
+    EXPECT_EQ(port(kOkPort).portStatus, PORT_OFFLINE);
+    ASSERT_TRUE(qelsim::resetToArray().ok);
+    EXPECT_EQ(port(kOkPort).portStatus, PORT_OK);
+}
+
+TEST_F(Persistence, AnEditedArrayFileSeedsTheStateAgain) {
+    ScratchDir dir;
+    writeDemo(dir);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    ASSERT_EQ(qelsim::setPortState("0:1:1", PORT_ERROR, "t"), API_OK);
+    std::string edited = qelsim::demoArrayText();
+    edited.replace(edited.find("\"DEMO01\""), 8, "\"DEMO02\"");
+    writeFile(dir.file("array.json"), edited);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    api_sysident_t id{};
+    ASSERT_EQ(api_getSystemIdentity(&id), API_OK);
+    EXPECT_STREQ(id.systemName, "DEMO02");
+    EXPECT_EQ(port(kOkPort).portStatus, PORT_OK);
+}
+
+TEST_F(Persistence, FaultCountsAreSharedThroughTheState) {
+    ScratchDir dir;
+    writeDemo(dir);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    ASSERT_TRUE(qelsim::injectFault("api_getISCSIPorts", 9, 2).ok);
+    EXPECT_EQ(inChild(options(dir), [] {
+                  api_iSCSIPortList_t l{};
+                  return api_getISCSIPorts(&l) == 9 ? 0 : 1;
+              }),
+              0);
+    api_iSCSIPortList_t l{};
+    EXPECT_EQ(api_getISCSIPorts(&l), 9);
+    EXPECT_EQ(api_getISCSIPorts(&l), API_OK);
+    std::free(l.ports);
+}
+
+TEST_F(Persistence, TwoProcessesWritingAtOnceLoseNoUpdate) {
+    ScratchDir dir;
+    writeDemo(dir);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    constexpr int kChildren = 3, kBumps = 15;
+    std::vector<pid_t> pids;
+    for (int c = 0; c < kChildren; ++c) {
+        pid_t pid = ::fork();
+        if (pid == 0) {
+            int bad = !qelsim::attach(options(dir)).ok;
+            for (int i = 0; i < kBumps; ++i) bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "child") != API_OK;
+            ::_exit(bad);
+        }
+        pids.push_back(pid);
+    }
+    int bad = 0;
+    for (int i = 0; i < kBumps; ++i) bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "parent") != API_OK;
+    for (pid_t pid : pids) {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        bad |= !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+    }
+    EXPECT_EQ(bad, 0);
+    api_portLESBList_t l{};
+    ASSERT_EQ(api_getPortLESB(kLockedPort, &l), API_OK);
+    EXPECT_EQ(l.lesb[0].crcErrors, static_cast<uint64_t>((kChildren + 1) * kBumps));
+    std::free(l.lesb);
+}
+
+TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne) {
+    // On a memory file system a write costs no disk wait, so nearly all of the
+    // writer's time is spent writing: an unsafe writer is caught at once.
+    ScratchDir dir(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "");
+    const std::string path = dir.file("state.json");
+    // Every version has the same size, large enough that a write takes a while.
+    auto version = [](int n) {
+        nlohmann::json j;
+        j["version"] = n;
+        j["padding"] = std::string(1u << 20, static_cast<char>('a' + n % 26));
+        std::string text = j.dump();
+        return text + std::string(8 - std::to_string(n).size(), ' ');
+    };
+    constexpr int kRounds = 8;
+    std::vector<std::string> texts;
+    for (int n = 0; n <= 2 * kRounds; ++n) texts.push_back(version(n));
+    const size_t size = texts[0].size();
+    std::string err;
+    ASSERT_TRUE(qelsim::writeFileAtomically(path, texts[0], &err)) << err;
+    int written = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const std::string before = readFile(path);
+        pid_t pid = ::fork();
+        if (pid == 0) {
+            for (int n = 0;; ++n) {
+                std::string e;
+                qelsim::writeFileAtomically(path, texts[2 * round + 1 + n % 2], &e);
+            }
+        }
+        // Meanwhile a reader must never find the file missing or unfinished.
+        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(20 + round * 10);
+        struct stat st;
+        bool unfinished = false;
+        while (!unfinished && std::chrono::steady_clock::now() < until)
+            unfinished = ::stat(path.c_str(), &st) != 0 || static_cast<size_t>(st.st_size) != size;
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+        EXPECT_FALSE(unfinished) << "a reader saw an unfinished state file in round " << round;
+        const std::string text = readFile(path);
+        const bool complete = text == before || text == texts[2 * round + 1] || text == texts[2 * round + 2];
+        ASSERT_TRUE(complete) << "torn state file in round " << round << " (" << text.size() << " bytes)";
+        written += text != before;
+    }
+    EXPECT_GT(written, 0) << "the writer never got to write; the test proved nothing";
+    // The killed writers' temporaries are cleared away, the state stays.
+    EXPECT_LE(qelsim::removeStaleTemporaries(path), kRounds);
+    std::vector<std::string> left;
+    for (const auto& e : std::filesystem::directory_iterator(dir.path())) left.push_back(e.path().filename());
+    EXPECT_EQ(left, std::vector<std::string>{"state.json"});
+    EXPECT_EQ(readFile(path).size(), size);
+}
+
+TEST_F(Persistence, ADamagedStateFileIsReportedNotOverwritten) {
+    ScratchDir dir;
+    writeDemo(dir);
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);
+    writeFile(dir.file("array.state.json"), "{ \"system\": ");
+    const qelsim::Result r = qelsim::attach(options(dir));
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.error.find(dir.file("array.state.json") + ": line 1"), std::string::npos) << r.error;
+    EXPECT_NE(r.error.find("qelsim reset"), std::string::npos);
+    EXPECT_EQ(readFile(dir.file("array.state.json")), "{ \"system\": ");
+}
+
+} // namespace

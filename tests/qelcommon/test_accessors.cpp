@@ -1,0 +1,235 @@
+// Typed property and parameter access: result codes, the out-argument rule,
+// the trace texts, and the writers' silence on absent properties.
+#include "QEL_Common.h"
+#include "qelcommon_test_support.h"
+
+#include <Pegasus/Common/CIMProperty.h>
+
+#include <gtest/gtest.h>
+
+using namespace Pegasus;
+using namespace qelcommontest;
+
+namespace
+{
+
+template <class T>
+bool same(const T& a, const T& b)
+{
+    return a == b;
+}
+
+template <class T>
+bool same(const Array<T>& a, const Array<T>& b)
+{
+    bool equal = a.size() == b.size();
+    for (Uint32 i = 0; equal && i < a.size(); i++)
+    {
+        equal = a[i] == b[i];
+    }
+    return equal;
+}
+
+std::string str(const String& s)
+{
+    return (const char*)s.getCString();
+}
+
+CIMValue typedNull(const CIMValue& like)
+{
+    CIMValue v;
+    v.setNullValue(like.getType(), like.isArray());
+    return v;
+}
+
+// One getProperty overload through found (name in other case), absent,
+// illegal name and null: codes, the out-argument and the traces.
+template <class T>
+void checkPropertyReader(const std::string& label, const CIMValue& stored, const T& sentinel, const T& expected,
+    const std::vector<std::string>& exitFound)
+{
+    SCOPED_TRACE(label);
+    CIMInstance inst("QEL_Test");
+    inst.addProperty(CIMProperty("Present", stored));
+    inst.addProperty(CIMProperty("Empty", typedNull(stored)));
+    TraceCapture trace;
+    T out = sentinel;
+    EXPECT_EQ(0u, QEL_Common::getProperty(inst, "pRESENT", out));
+    EXPECT_TRUE(same(out, expected));
+    std::vector<std::string> want = {"-->QEL_Common::getProperty(" + label + "), propertyName = pRESENT\n"};
+    want.insert(want.end(), exitFound.begin(), exitFound.end());
+    EXPECT_EQ(want, trace.texts());
+    out = sentinel;
+    EXPECT_EQ(3u, QEL_Common::getProperty(inst, "Missing", out));
+    EXPECT_EQ(3u, QEL_Common::getProperty(inst, "", out));
+    EXPECT_EQ(4u, QEL_Common::getProperty(inst, "Empty", out));
+    EXPECT_TRUE(same(out, sentinel));
+}
+
+// One getParameter overload: name in other case, null-then-valued, null
+// only (3, never 4) and absent.
+template <class T>
+void checkParameterReader(const std::string& label, const CIMValue& stored, const T& sentinel, const T& expected,
+    const std::string& exitFound)
+{
+    SCOPED_TRACE(label);
+    Array<CIMParamValue> params;
+    params.append(CIMParamValue("Other", CIMValue(Uint8(1))));
+    params.append(CIMParamValue("Wanted", typedNull(stored)));
+    params.append(CIMParamValue("WANTED", stored));
+    params.append(CIMParamValue("OnlyNull", typedNull(stored)));
+    TraceCapture trace;
+    T out = sentinel;
+    EXPECT_EQ(0u, QEL_Common::getParameter(params, "wanted", out));
+    EXPECT_TRUE(same(out, expected));
+    EXPECT_EQ((std::vector<std::string>{"-->QEL_Common::getParameter(" + label + "), paramName = wanted\n", exitFound}),
+        trace.texts());
+    out = sentinel;
+    EXPECT_EQ(3u, QEL_Common::getParameter(params, "OnlyNull", out));
+    EXPECT_EQ(3u, QEL_Common::getParameter(params, "Missing", out));
+    EXPECT_TRUE(same(out, sentinel));
+}
+
+} // namespace
+
+TEST(Accessors, EveryGetPropertyOverloadReportsFoundAbsentAndNull)
+{
+    loadTestArray();
+    Array<String> names;
+    names.append("a");
+    names.append("b");
+    CIMObjectPath path("root/qel:QEL_FCPort.DeviceID=\"20110002AC00A001\"");
+    CIMDateTime when("20090301140509.000000-300");
+    // The path reader carries the Array<String> reader's trace texts.
+    checkPropertyReader<CIMObjectPath>("Array<String>", CIMValue(path), CIMObjectPath(), path,
+        {"<--QEL_Common::getProperty(Array<String>), value = " + str(path.toString()) + "\n"});
+    checkPropertyReader<Array<String>>("Array<String>", CIMValue(names), Array<String>(), names,
+        {"<--QEL_Common::getProperty(Array<String>), value = a\n",
+            "<--QEL_Common::getProperty(Array<String>), value = b\n"});
+    checkPropertyReader<Array<Sint32>>("Array<Sint32>", CIMValue(Array<Sint32>(2, -7)), Array<Sint32>(),
+        Array<Sint32>(2, -7), {"<--QEL_Common::getProperty(Array<Sint32>)\n"});
+    checkPropertyReader<Array<Uint16>>("Array<Uint16>", CIMValue(Array<Uint16>(1, 2)), Array<Uint16>(),
+        Array<Uint16>(1, 2), {"<--QEL_Common::getProperty(Array<Uint16>)\n"});
+    checkPropertyReader<Uint64>("uint64", CIMValue(Uint64(18446744073709551615ULL)), Uint64(1),
+        Uint64(18446744073709551615ULL), {"<--QEL_Common::getProperty(uint64), value = 18446744073709551615\n"});
+    checkPropertyReader<Uint32>("uint32", CIMValue(Uint32(70000)), Uint32(1), Uint32(70000),
+        {"<--QEL_Common::getProperty(uint32), value = 70000\n"});
+    checkPropertyReader<Uint16>("uint16", CIMValue(Uint16(7)), Uint16(99), Uint16(7),
+        {"<--QEL_Common::getProperty(uint16), value = 7\n"});
+    checkPropertyReader<Uint8>("uint8", CIMValue(Uint8(255)), Uint8(1), Uint8(255),
+        {"<--QEL_Common::getProperty(uint8), value = 255\n"});
+    checkPropertyReader<Boolean>("Boolean", CIMValue(true), false, true,
+        {"<--QEL_Common::getProperty(Boolean), value = 1\n"});
+    checkPropertyReader<CIMDateTime>("CIMDateTime", CIMValue(when), CIMDateTime(), when,
+        {"<--QEL_Common::getProperty(CIMDateTime), value = 20090301140509.000000-300\n"});
+}
+
+TEST(Accessors, EveryGetParameterOverloadSkipsNullsAndNeverReportsFour)
+{
+    loadTestArray();
+    CIMObjectPath path("QEL_FCPort.DeviceID=\"20110002AC00A001\"");
+    checkParameterReader<Uint8>("Uint8", CIMValue(Uint8(200)), Uint8(1), Uint8(200),
+        "<--QEL_Common::getParameter(Uint8), paramValue = 200\n");
+    checkParameterReader<Uint16>("Uint16", CIMValue(Uint16(65535)), Uint16(1), Uint16(65535),
+        "<--QEL_Common::getParameter(Uint16), paramValue = 65535\n");
+    checkParameterReader<Array<Uint16>>("Array<Uint16>", CIMValue(Array<Uint16>(2, 5)), Array<Uint16>(),
+        Array<Uint16>(2, 5), "<--QEL_Common::getParameter(Array<Uint16>)\n");
+    checkParameterReader<Uint32>("Uint32", CIMValue(Uint32(123456)), Uint32(1), Uint32(123456),
+        "<--QEL_Common::getParameter(Uint32), paramValue = 123456\n");
+    checkParameterReader<Uint64>("Uint64", CIMValue(Uint64(1ULL << 40)), Uint64(1), Uint64(1ULL << 40),
+        "<--QEL_Common::getParameter(Uint64), paramValue = 1099511627776\n");
+    checkParameterReader<Boolean>("Boolean", CIMValue(true), false, true,
+        "<--QEL_Common::getParameter(Boolean), paramValue = 1\n");
+    checkParameterReader<CIMDateTime>("CIMDateTime", CIMValue(CIMDateTime("20240131120000.000000+000")),
+        CIMDateTime(), CIMDateTime("20240131120000.000000+000"),
+        "<--QEL_Common::getParameter(CIMDateTime), paramValue = 20240131120000.000000+000\n");
+    checkParameterReader<CIMObjectPath>("CIMObjectPath", CIMValue(path), CIMObjectPath(), path,
+        "<--QEL_Common::getParameter(CIMObjectPath), paramValue = " + str(path.toString()) + "\n");
+    checkParameterReader<String>("String", CIMValue(String("abc")), String("keep"), String("abc"),
+        "<--QEL_Common::getParameter(String), paramValue = abc\n");
+    // Its exit trace has no line end.
+    checkParameterReader<Array<String>>("Array<String>", CIMValue(Array<String>(1, "x")), Array<String>(),
+        Array<String>(1, "x"), "<--QEL_Common::getParameter(Array<String>)");
+}
+
+TEST(Accessors, ObjectModelErrorsPassThroughAndAbsentOutArgumentIsTraced)
+{
+    loadTestArray();
+    CIMInstance inst("QEL_Test");
+    inst.addProperty(CIMProperty("Code", CIMValue(Uint16(7))));
+    Uint32 wide = 0;
+    EXPECT_THROW(QEL_Common::getProperty(inst, "Code", wide), TypeMismatchException);
+    Array<Uint16> many;
+    EXPECT_THROW(QEL_Common::getProperty(inst, "Code", many), TypeMismatchException);
+    CIMInstance uninitialized;
+    Uint16 out = 42;
+    EXPECT_THROW(QEL_Common::getProperty(uninitialized, "Code", out), UninitializedObjectException);
+    EXPECT_THROW(QEL_Common::getParameter(Array<CIMParamValue>(1, CIMParamValue("Code", CIMValue(Uint32(2)))),
+                     "code", out),
+        TypeMismatchException);
+    TraceCapture trace;
+    EXPECT_EQ(3u, QEL_Common::getProperty(inst, "Missing", out));
+    EXPECT_TRUE(trace.has(4, "<--QEL_Common::getProperty(uint16), value = 42\n"));
+}
+
+TEST(Accessors, StringReadersRefuseBadNamesAndTakeTheLastKeyBinding)
+{
+    loadTestArray();
+    CIMInstance inst("QEL_Test");
+    inst.addProperty(CIMProperty("Code", CIMValue(Uint16(9))));
+    TraceCapture trace;
+    EXPECT_EQ(String(), QEL_Common::getStringProperty(inst, ""));
+    EXPECT_EQ(String(), QEL_Common::getStringProperty(CIMInstance(), "Code"));
+    EXPECT_TRUE(QEL_Common::getPropertyValue(CIMInstance(), "Code").isNull());
+    EXPECT_EQ(3u, trace.count(3, "\tInvalid property name.\n"));
+    EXPECT_THROW(QEL_Common::getStringProperty(inst, "Code"), TypeMismatchException);
+    EXPECT_EQ(CIMValue(Uint16(9)), QEL_Common::getPropertyValue(inst, "code"));
+    EXPECT_TRUE(trace.has(4, "<--QEL_Common::getStringProperty()\n"));  // getPropertyValue's exit
+
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding("Count", "0x10", CIMKeyBinding::NUMERIC));
+    keys.append(CIMKeyBinding("Tag", "first", CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding("TAG", "second", CIMKeyBinding::STRING));
+    CIMObjectPath path(String(), CIMNamespaceName(), "QEL_SFP", keys);
+    // Bindings of names equal but for case are stored in no fixed order.
+    String last = path.getKeyBindings()[2].getName().getString() == "TAG" ? "second" : "first";
+    EXPECT_EQ(last, QEL_Common::getStringProperty(path, "tag"));
+    EXPECT_EQ(String("0x10"), QEL_Common::getStringProperty(path, "count"));
+}
+
+TEST(Accessors, WritersSetPresentPropertiesAndIgnoreAbsentOnes)
+{
+    loadTestArray();
+    CIMClass cls = makeTestClass("QEL_Test");
+    cls.addProperty(CIMProperty("Ref", CIMValue(CIMTYPE_REFERENCE, false), 0, "QEL_FCPort"));
+    TraceCapture trace;
+    CIMInstance inst = QEL_Common::buildInstanceSkeleton(cls);
+    EXPECT_EQ((std::vector<std::string>{"-->QEL_Common::_buildInstanceSkeleton()\n",
+                  "<--QEL_Common::_buildInstanceSkeleton()\n"}),
+        trace.texts());
+    const Uint32 count = inst.getPropertyCount();
+    EXPECT_EQ(cls.getPropertyCount(), count);
+    EXPECT_EQ(String("default"), QEL_Common::getStringProperty(inst, "Name"));
+
+    QEL_Common::setPropertyValue(inst, "InstanceID", "literal text");  // a text, not a Boolean
+    CIMObjectPath ref("QEL_FCPort.DeviceID=\"20110002AC00A001\"");
+    QEL_Common::setPropertyValue(inst, "Ref", ref);
+    QEL_Common::setPropertyValue(inst, "NotInClass", Uint32(1));
+    QEL_Common::setPropertyValueToNull(inst, "NotInClass", CIMTYPE_UINT32);
+    EXPECT_EQ(count, inst.getPropertyCount());
+    EXPECT_EQ(String("literal text"), QEL_Common::getStringProperty(inst, "InstanceID"));
+    CIMObjectPath readBack;
+    EXPECT_EQ(0u, QEL_Common::getProperty(inst, "Ref", readBack));
+    EXPECT_EQ(ref, readBack);
+    EXPECT_THROW(QEL_Common::setPropertyValue(inst, "Code", Uint32(3)), TypeMismatchException);
+    QEL_Common::setPropertyValue(inst, "Code", Uint16(3));
+    QEL_Common::setPropertyValueToNull(inst, "Code", CIMTYPE_UINT16);
+    Uint16 code = 77;
+    EXPECT_EQ(4u, QEL_Common::getProperty(inst, "Code", code));
+
+    CIMInstance embedded("QEL_Embedded");
+    QEL_Common::setPropertyValue(inst, "Name", embedded);
+    QEL_Common::setPropertyValue(inst, "Absent", embedded);
+    EXPECT_EQ(count, inst.getPropertyCount());
+    EXPECT_EQ(CIMTYPE_INSTANCE, inst.getProperty(inst.findProperty("Name")).getType());
+}

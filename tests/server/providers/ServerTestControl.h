@@ -1,0 +1,27 @@
+// Test controls of the server tests' provider module (libQELServerTestProvider).
+// The test programs link the module, so the server's dlopen() finds it
+// already loaded and these functions reach the very state its providers use.
+#ifndef QEL_Tests_ServerTestControl_h
+#define QEL_Tests_ServerTestControl_h
+
+#include <string>
+
+namespace servertest {
+
+// Forgets knobs, counters and the call record.
+void reset();
+
+// How a provider operation misbehaves, keyed "<Provider>.<operation>"
+// (e.g. "Item.enumerateInstances"); "" behaves normally. Modes are listed
+// in ServerTestProviders.cpp.
+void setKnob(const std::string& target, const std::string& mode);
+
+// Events counted by the providers ("InitFail.initialize", "Item.terminate"...).
+unsigned counter(const std::string& name);
+
+// What the last recorded provider call received, as text.
+std::string lastCall();
+
+}  // namespace servertest
+
+#endif

@@ -1,0 +1,140 @@
+// Provider lifecycle: modules loaded on first use, providers that cannot be
+// loaded or initialized, terminate on stop, and a server that refuses to
+// start on a broken schema or registration.
+#include "ServerFixture.h"
+
+#include <Server/core/Dispatcher.h>
+#include <Server/core/ProviderManager.h>
+
+#include <cstdio>
+#include <fstream>
+
+using namespace Pegasus;
+using namespace servertest;
+
+namespace {
+
+using ProviderLifecycle = ServerTest;
+
+std::string writeTempMof(const std::string& name, const std::string& content)
+{
+    std::string path = ::testing::TempDir() + name;
+    std::ofstream(path) << content;
+    return path;
+}
+
+}  // namespace
+
+TEST_F(ProviderLifecycle, ProvidersThatCannotBeUsedFailTheirRequestsOnly)
+{
+    setKnob("Test_InitFail.initialize", "fail");
+    const std::string dir = providerDirectories()[0];
+    struct Case
+    {
+        const char* className;
+        CIMStatusCode code;
+        std::string message;
+        std::string logLine;
+    };
+    const Case cases[] = {
+        {"Test_Missing", CIM_ERR_FAILED,
+         "File \"libQELServerTestMissing.so\" was not found for provider module \"ServerTestMissingModule\".",
+         "cannot create provider ServerTestMissingModule:MissingProvider"},
+        {"Test_NoEntry", CIM_ERR_FAILED,
+         "ProviderLoadFailure (" + dir + "/libQELServerTestNoEntry.so:NoEntryProvider):entry point not found.",
+         "cannot create provider ServerTestNoEntryModule:NoEntryProvider"},
+        {"Test_Refused", CIM_ERR_FAILED,
+         "ProviderLoadFailure (" + dir + "/libQELServerTestProvider.so:RefusedProvider):provider is not a CIMProvider.",
+         "cannot create provider ServerTestModule:RefusedProvider"},
+        {"Test_InitFail", CIM_ERR_FAILED, "provider initialization failed",
+         "initialization of provider ServerTestModule:InitFailProvider failed: cannot reach the array"},
+        {"Test_WrongInterface", CIM_ERR_NOT_SUPPORTED, "Invalid provider interface.", ""},
+    };
+    for (const Case& c : cases)
+    {
+        // Twice: a failure is not remembered, the next request tries again.
+        for (int attempt = 0; attempt < 2; ++attempt)
+        {
+            CIMException e = cimErrorOf([&] { dispatcher().enumerateInstanceNames(context, ns, c.className); });
+            EXPECT_EQ(e.getCode(), c.code) << c.className;
+            EXPECT_EQ(text(e.getMessage()), c.message) << c.className;
+        }
+        if (!c.logLine.empty())
+        {
+            EXPECT_TRUE(log->contains(c.logLine)) << c.logLine;
+        }
+        // Everything else is still served.
+        EXPECT_EQ(dispatcher().getInstance(context, ns, item("b")).getPropertyCount(), 4u) << c.className;
+    }
+
+    // The failed initializations were each followed by terminate().
+    EXPECT_EQ(counter("Test_InitFail.initialize"), 2u);
+    EXPECT_EQ(counter("Test_InitFail.terminate"), 2u);
+    setKnob("Test_InitFail.initialize", "");
+    EXPECT_EQ(dispatcher().enumerateInstanceNames(context, ns, "Test_InitFail").size(), 1u);
+    EXPECT_EQ(counter("Test_InitFail.created"), 3u);
+}
+
+TEST_F(ProviderLifecycle, AProviderCalledFromItsOwnInitializeIsRefusedNotDeadlocked)
+{
+    setKnob("Test_SelfCall.initialize", "self-call");
+    CIMException e = cimErrorOf([&] { dispatcher().enumerateInstanceNames(context, ns, "Test_SelfCall"); });
+    EXPECT_EQ(text(e.getMessage()), "provider initialization failed");
+    EXPECT_EQ(lastCall(), "Provider ServerTestModule:SelfCallProvider was called back during its own initialization.");
+}
+
+TEST_F(ProviderLifecycle, InitializeOnceOnFirstUseTerminateOnceOnStop)
+{
+    const ProviderId* itemProvider = server().registry().instanceProvider(ns, "Test_Item");
+    EXPECT_FALSE(server().providers().isInitialized(*itemProvider));
+    EXPECT_EQ(counter("Item.initialize"), 0u);
+
+    for (int i = 0; i < 3; ++i)
+        dispatcher().getInstance(context, ns, item("a"));
+    EXPECT_TRUE(server().providers().isInitialized(*itemProvider));
+    EXPECT_EQ(counter("Item.initialize"), 1u);
+
+    server().stop();
+    EXPECT_EQ(counter("Item.terminate"), 1u);
+    EXPECT_EQ(counter("Nested.terminate"), 0u);  // never used, never made
+    EXPECT_TRUE(log->contains("provider ServerTestModule:ItemProvider terminated"));
+    EXPECT_THROW(server().dispatcher(), Exception);
+
+    // A new start loads afresh.
+    restart();
+    dispatcher().getInstance(context, ns, item("a"));
+    EXPECT_EQ(counter("Item.initialize"), 2u);
+}
+
+TEST_F(ProviderLifecycle, BrokenSchemaOrRegistrationStopsTheStart)
+{
+    struct Case
+    {
+        const char* what;
+        std::string mof;
+        std::string message;
+    };
+    const std::string bad = writeTempMof("bad.mof", "class Broken {\n  string x\n};\n");
+    const Case cases[] = {
+        {"malformed MOF", bad, bad + ":3:1: "},
+        {"broken registration",
+         writeTempMof("badreg.mof",
+                      "#pragma namespace(\"root/PG_InterOp\")\n"
+                      "instance of PG_Provider { ProviderModuleName = \"NoModule\"; Name = \"P\"; };\n"),
+         "provider registration: PG_Provider \"P\" of module \"NoModule\": no PG_ProviderModule named \"NoModule\""},
+    };
+    for (const Case& c : cases)
+    {
+        try
+        {
+            restart({c.mof});
+            ADD_FAILURE() << c.what << ": the server started";
+        }
+        catch (const Exception& e)
+        {
+            EXPECT_EQ(text(e.getMessage()).rfind(c.message, 0), 0u) << c.what << ": " << text(e.getMessage());
+        }
+        EXPECT_FALSE(server().isRunning()) << c.what;
+        EXPECT_FALSE(server().submit([] {})) << c.what;
+    }
+}
