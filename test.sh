@@ -20,6 +20,7 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 ctest --test-dir build/asan --output-on-failure -j "$jobs"
 
+echo "(ASan + UBSan stage done at ${SECONDS}s)"
 echo "== ThreadSanitizer build (concurrency suites) =="
 cmake -S . -B build/tsan "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=Debug -DQEL_TSAN=ON \
       -DQEL_BUILD_BENCH=OFF
@@ -27,12 +28,12 @@ cmake --build build/tsan -j "$jobs"
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
   ctest --test-dir build/tsan --output-on-failure -j "$jobs" -L concurrency
 
-echo "== Benchmark smoke run =="
+echo "== Benchmark smoke run (every program runs; the 10,000-port sizes are left to docs/performance.md) =="
 while IFS= read -r b; do
   echo "-- $b"
-  "$b" --benchmark_min_time=0.001 >/dev/null
+  "$b" --benchmark_min_time=0.001 --benchmark_filter='-/10000' >/dev/null
 done < <(find build/asan/bench -type f -perm -u+x -name 'bench_*' | sort)
 
 echo "== Fuzz targets, short run =="
 FUZZ_SECONDS=${FUZZ_SECONDS:-15} fuzz/run-short.sh
-echo "All test stages passed."
+echo "All test stages passed in $((SECONDS / 60)) min $((SECONDS % 60)) s."

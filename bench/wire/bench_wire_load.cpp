@@ -1,7 +1,9 @@
 // The whole server under load, in one process: qel-cimserver's assembly on a generated
 // array of 100, 1,000 or 10,000 FC ports, driven by CIMClient over HTTP on loopback with
-// 1 and 8 concurrent clients. Reports requests per second, p50/p99 latency and the
-// process's resident memory (server and clients together) idle and after the run.
+// 1 and 8 concurrent clients. Reports requests per second, p50/p99 latency, the CPU time
+// per request (the whole process, and the server's part: the process less the client
+// threads) and the process's resident memory (server and clients together) idle and after
+// the run. On a busy machine the CPU times are steadier than the wall-clock figures.
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 #include <Server/clienttransport/InstallTransports.h>
@@ -14,9 +16,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <ctime>
 #include <fstream>
 #include <mutex>
 #include <sstream>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -38,8 +44,13 @@ struct Server {
   long idleKiB = 0;
 };
 
-Server& serverFor(unsigned ports) {
+Server& theServer() {
   static Server s;
+  return s;
+}
+
+Server& serverFor(unsigned ports) {
+  Server& s = theServer();
   if (s.wire && s.ports == ports) return s;
   if (s.wire) s.wire->stop();
   s.wire.reset();
@@ -78,8 +89,25 @@ Server& serverFor(unsigned ports) {
   return s;
 }
 
+double processCpuMs() {
+  rusage u{};
+  getrusage(RUSAGE_SELF, &u);
+  return (u.ru_utime.tv_sec + u.ru_stime.tv_sec) * 1e3 + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e3;
+}
+
+double threadCpuMs() {
+  timespec t{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
+}
+
+// What the client threads of the current run report once their loop is over.
 std::mutex latencyMutex;
+std::condition_variable allReported;
+int reported = 0;
 std::vector<double> latencies;
+double clientCpuMs = 0;
+double processStartMs = 0;
 
 template <class Call>
 void drive(benchmark::State& state, Call call) {
@@ -88,13 +116,22 @@ void drive(benchmark::State& state, Call call) {
     s = &serverFor(static_cast<unsigned>(state.range(0)));
     std::lock_guard<std::mutex> lock(latencyMutex);
     latencies.clear();
+    clientCpuMs = 0;
+    reported = 0;
   }
   static Server* shared;
   if (state.thread_index() == 0) shared = s;
   CIMClient client;
   std::vector<double> mine;
   bool connected = false;
+  double myCpuMs = 0;
   for (auto _ : state) {
+    // The loop's start waits for every thread: from here on the process's CPU time is
+    // this run's.
+    if (myCpuMs == 0) {
+      myCpuMs = threadCpuMs();
+      if (state.thread_index() == 0) processStartMs = processCpuMs();
+    }
     if (!connected) {
       client.connect("127.0.0.1", shared->wire->tcpPort(), shared->user.c_str(), shared->password.c_str());
       connected = true;
@@ -103,15 +140,19 @@ void drive(benchmark::State& state, Call call) {
     call(client);
     mine.push_back(std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - t0).count());
   }
+  myCpuMs = threadCpuMs() - myCpuMs;
   {
     std::lock_guard<std::mutex> lock(latencyMutex);
     latencies.insert(latencies.end(), mine.begin(), mine.end());
+    clientCpuMs += myCpuMs;
+    ++reported;
   }
+  allReported.notify_all();
   state.SetItemsProcessed(state.iterations());
   if (state.thread_index() == 0) {
-    // Percentiles over the first thread's view once all threads have added theirs is not
-    // guaranteed; every thread adds its own, and thread 0 reports what it sees last.
-    std::lock_guard<std::mutex> lock(latencyMutex);
+    // Thread 0 reports for the run once every thread has added its figures.
+    std::unique_lock<std::mutex> lock(latencyMutex);
+    allReported.wait(lock, [&] { return reported == state.threads(); });
     std::vector<double> all = latencies;
     std::sort(all.begin(), all.end());
     if (!all.empty()) {
@@ -120,6 +161,11 @@ void drive(benchmark::State& state, Call call) {
     }
     state.counters["rss_idle_MiB"] = shared->idleKiB / 1024.0;
     state.counters["rss_MiB"] = residentKiB() / 1024.0;
+    // Requests of all threads; the counters are per request.
+    const double requests = static_cast<double>(state.iterations()) * state.threads();
+    const double processMs = processCpuMs() - processStartMs;
+    state.counters["cpu_ms"] = processMs / requests;
+    state.counters["server_cpu_ms"] = (processMs - clientCpuMs) / requests;
   }
 }
 
@@ -153,5 +199,10 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
+  // Stopped here, not by the static's destructor after main: stopping restores process-wide
+  // settings (the local transport) whose own statics are gone by then.
+  if (theServer().wire) theServer().wire->stop();
+  theServer().wire.reset();
+  if (!theServer().dir.empty()) std::filesystem::remove_all(theServer().dir);
   return 0;
 }

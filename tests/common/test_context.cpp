@@ -1,14 +1,11 @@
 // OperationContext and IdentityContainer, CIMPropertyList, CIMParamValue.
-#include <vector>
-#include <gtest/gtest.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/CIMParamValue.h>
 #include "test_runtime_support.h"
 
 using namespace Pegasus;
-using qeltest::str;
-using qeltest::thrownMessage;
+using namespace qeltest;
 
 namespace
 {
@@ -27,32 +24,28 @@ private:
     String _role;
 };
 
+std::string userOf(const OperationContext& ctx)
+{
+    return str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getUserName());
+}
+
 TEST(OperationContextContainers, MissingAndDuplicateContainers)
 {
     OperationContext ctx;
-    EXPECT_FALSE(ctx.contains(IdentityContainer::NAME));
-    EXPECT_EQ(thrownMessage<Exception>(
-                  [&] { ctx.get(IdentityContainer::NAME); }),
-              "object not found");
-    EXPECT_EQ(thrownMessage<Exception>(
-                  [&] { ctx.set(IdentityContainer("root")); }),
-              "object not found");
-    EXPECT_EQ(thrownMessage<Exception>(
-                  [&] { ctx.remove(IdentityContainer::NAME); }),
-              "object not found");
-
+    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.get(IdentityContainer::NAME); }), "object not found");
+    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.set(IdentityContainer("root")); }), "object not found");
+    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.remove(IdentityContainer::NAME); }), "object not found");
     ctx.insert(IdentityContainer("root"));
-    EXPECT_EQ(thrownMessage<Exception>(
-                  [&] { ctx.insert(IdentityContainer("other")); }),
-              "object already exists.");
-    // Names are matched exactly.
-    EXPECT_FALSE(ctx.contains("identitycontainer"));
+    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.insert(IdentityContainer("other")); }), "object already exists.");
+    EXPECT_FALSE(ctx.contains("identitycontainer"));  // names are matched exactly
+    EXPECT_THROW(IdentityContainer{RoleContainer("x")}, DynamicCastFailedException);
 
-    ctx.set(IdentityContainer("admin", "10.0.0.7"));
-    IdentityContainer id(ctx.get(IdentityContainer::NAME));
-    EXPECT_EQ(str(id.getUserName()), "admin");
-    EXPECT_EQ(str(id.getIpAddress()), "10.0.0.7");
-
+    // User and client address come back as given, the address empty when none was.
+    ctx.set(IdentityContainer("admin", "fe80::1%eth0"));
+    EXPECT_EQ(userOf(ctx), "admin");
+    EXPECT_EQ(str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getIpAddress()), "fe80::1%eth0");
+    ctx.set(IdentityContainer("root"));
+    EXPECT_EQ(str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getIpAddress()), "");
     ctx.remove(IdentityContainer::NAME);
     EXPECT_FALSE(ctx.contains(IdentityContainer::NAME));
 }
@@ -62,127 +55,63 @@ TEST(OperationContextContainers, CopiesAreIndependent)
     OperationContext a;
     a.insert(IdentityContainer("alice", "192.0.2.1"));
     a.insert(RoleContainer("operator"));
-
     OperationContext b(a);
     b.set(IdentityContainer("bob"));
     b.remove("RoleContainer");
-    EXPECT_EQ(str(IdentityContainer(a.get(IdentityContainer::NAME))
-                      .getUserName()),
-              "alice");
+    EXPECT_EQ(userOf(a), "alice");
     EXPECT_TRUE(a.contains("RoleContainer"));
-
     OperationContext c;
     c.insert(RoleContainer("viewer"));
     c = a;
-    EXPECT_EQ(str(dynamic_cast<const RoleContainer&>(c.get("RoleContainer"))
-                      .role()),
-              "operator");
     OperationContext& alias = c;
     c = alias;  // self-assignment keeps the containers
-    EXPECT_TRUE(c.contains(IdentityContainer::NAME));
-    c.clear();
-    EXPECT_FALSE(c.contains("RoleContainer"));
-}
-
-TEST(IdentityContainerTest, RoundTripAndKindCheck)
-{
-    struct
-    {
-        IdentityContainer given;
-        const char* user;
-        const char* address;
-    } cases[] = {
-        {IdentityContainer("root"), "root", ""},
-        {IdentityContainer("", ""), "", ""},
-        {IdentityContainer("svc_qel", "fe80::1%eth0"), "svc_qel",
-         "fe80::1%eth0"},
-    };
-    for (const auto& c : cases)
-    {
-        OperationContext ctx;
-        ctx.insert(c.given);
-        IdentityContainer back(ctx.get(IdentityContainer::NAME));
-        EXPECT_EQ(str(back.getUserName()), c.user);
-        EXPECT_EQ(str(back.getIpAddress()), c.address);
-        EXPECT_EQ(str(back.getName()), "IdentityContainer");
-    }
-    EXPECT_THROW(IdentityContainer{RoleContainer("x")},
-                 DynamicCastFailedException);
-
-    IdentityContainer a("a", "1.1.1.1");
-    IdentityContainer b("b");
-    b = a;
-    EXPECT_EQ(str(b.getIpAddress()), "1.1.1.1");
+    EXPECT_EQ(str(dynamic_cast<const RoleContainer&>(c.get("RoleContainer")).role()), "operator");
+    EXPECT_EQ(userOf(c), "alice");
 }
 
 TEST(PropertyList, NullEmptyAndNames)
 {
+    // A null list selects everything, an empty one nothing.
     CIMPropertyList nullList;
-    EXPECT_TRUE(nullList.isNull());
-    EXPECT_EQ(nullList.size(), 0u);
     EXPECT_EQ(str(nullList.toString()), "NULL");
     EXPECT_TRUE(nullList.useThisProperty("Anything"));
     EXPECT_FALSE(nullList.contains("Anything"));
-
     CIMPropertyList empty{Array<CIMName>()};
-    EXPECT_FALSE(empty.isNull());
     EXPECT_EQ(str(empty.toString()), "EMPTY");
     EXPECT_FALSE(empty.useThisProperty("Anything"));
-
-    Array<CIMName> names;
-    names.append("DeviceID");
+    Array<CIMName> names(1, CIMName("DeviceID"));
     names.append("Speed");
     CIMPropertyList some(names);
     EXPECT_EQ(str(some.toString()), "DeviceID, Speed");
     EXPECT_TRUE(some.contains("deviceid"));
     EXPECT_FALSE(some.contains("Device"));
-    EXPECT_EQ(str(some[1].getString()), "Speed");
     EXPECT_THROW(some[2], IndexOutOfBoundsException);
-
-    // Value semantics: changing a copy leaves the original.
-    CIMPropertyList copy = some;
+    CIMPropertyList copy = some;  // value semantics
     copy.clear();
-    EXPECT_TRUE(copy.isNull());
     EXPECT_EQ(some.size(), 2u);
-    copy.set(Array<CIMName>());
-    EXPECT_FALSE(copy.isNull());
-    EXPECT_EQ(some.getPropertyNameArray().size(), 2u);
-
     Array<CIMName> withNull;
     withNull.append("A");
     withNull.append(CIMName());
     EXPECT_THROW(CIMPropertyList{withNull}, UninitializedObjectException);
+    copy.set(Array<CIMName>());
     EXPECT_THROW(copy.set(withNull), UninitializedObjectException);
     EXPECT_FALSE(copy.isNull()) << "a refused set changes nothing";
 }
 
 TEST(ParamValue, SharedHandleAndNameRules)
 {
-    EXPECT_THROW(CIMParamValue("", CIMValue(Uint16(1))),
-                 UninitializedObjectException);
-    CIMParamValue none;
-    EXPECT_TRUE(none.isUninitialized());
-    EXPECT_THROW(none.getValue(), UninitializedObjectException);
-    EXPECT_THROW(none.clone(), UninitializedObjectException);
-
+    EXPECT_THROW(CIMParamValue("", CIMValue(Uint16(1))), UninitializedObjectException);
+    EXPECT_THROW(CIMParamValue().getValue(), UninitializedObjectException);
     CIMParamValue p("PortID", CIMValue(Uint32(3)), false);
-    EXPECT_FALSE(p.isTyped());
     CIMParamValue shared = p;
     CIMParamValue deep = p.clone();
-    CIMValue v(Uint32(9));
-    shared.setValue(v);
-    shared.setIsTyped(true);
+    CIMValue nine(Uint32(9));  // setValue takes a non-const reference, as in the original
+    shared.setValue(nine);
     EXPECT_TRUE(p.getValue() == CIMValue(Uint32(9)));
-    EXPECT_TRUE(p.isTyped());
     EXPECT_TRUE(deep.getValue() == CIMValue(Uint32(3)));
-    EXPECT_FALSE(deep.isTyped());
-
     String empty;
     EXPECT_THROW(p.setParameterName(empty), UninitializedObjectException);
-    String name("Port");
-    p.setParameterName(name);
-    EXPECT_EQ(str(shared.getParameterName()), "Port");
-    EXPECT_EQ(str(deep.getParameterName()), "PortID");
+    EXPECT_EQ(str(shared.getParameterName()), "PortID");  // kept after the refusal
 }
 
 }  // namespace

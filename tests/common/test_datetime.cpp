@@ -3,15 +3,14 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/Exception.h>
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include "test_runtime_support.h"
 
 PEGASUS_USING_PEGASUS;
+using qeltest::str;
 
 namespace
 {
-std::string text(const CIMDateTime& d) { return std::string(d.toString().getCString()); }
+std::string text(const CIMDateTime& d) { return str(d.toString()); }
 
 // "" when the text parses, else the exception's message.
 std::string parseFailure(const char* input)
@@ -23,12 +22,12 @@ std::string parseFailure(const char* input)
     }
     catch (const Exception& e)
     {
-        return std::string(e.getMessage().getCString());
+        return str(e.getMessage());
     }
 }
 }  // namespace
 
-TEST(DateTimeText, ValidTextsPrintBackUnchanged)
+TEST(DateTimeText, ValidPrintBackInvalidAreNamed)
 {
     const char* samples[] = {
         "20240131120000.000000+060", "20240229235959.999999-300", "00000101000000.000000+000",
@@ -42,37 +41,26 @@ TEST(DateTimeText, ValidTextsPrintBackUnchanged)
         EXPECT_EQ(text(CIMDateTime(String(s))), s);
     }
     EXPECT_EQ(text(CIMDateTime("20240131120000.000000-000")), "20240131120000.000000+000");
-}
 
-TEST(DateTimeText, MalformedAndOutOfRangeTexts)
-{
-    struct Case
-    {
-        const char* input;
-        const char* message;
-    } cases[] = {
-        { "2024013112000.000000+000", "invalid datetime format" },
-        { "20240131120000.000000+0000", "invalid datetime format" },
-        { "20240131120000.000000*000", "invalid datetime format" },
-        { "20240131120000,000000+000", "invalid datetime format" },
-        { "2024013112000a.000000+000", "invalid datetime format" },
-        { "00000001000000.000000:001", "invalid datetime format" },
-        { "2024013112**00.******+000", "invalid datetime format" },
-        { "20240131120000.12*4**+000", "invalid datetime format" },
-        { "20240131120000.000000+0*0", "invalid datetime format" },
-        { "20241301000000.000000+000", "DateTime is out of range : illegal month number" },
-        { "20240001000000.000000+000", "DateTime is out of range : illegal month number" },
-        { "20240230000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20230229000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20240100000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20240131240000.000000+000", "DateTime is out of range : illegal hours number " },
-        { "20240131236000.000000+000", "DateTime is out of range : illegal minutes number " },
-        { "20240131235960.000000+000", "DateTime is out of range : illegal seconds number " },
-        { "00000000240000.000000:000", "DateTime is out of range : illegal hours number " },
+    const std::string bad = "invalid datetime format", range = "DateTime is out of range : illegal ";
+    struct Case { const char* input; std::string message; } cases[] = {
+        { "2024013112000.000000+000", bad }, { "20240131120000.000000+0000", bad },
+        { "20240131120000.000000*000", bad }, { "20240131120000,000000+000", bad },
+        { "2024013112000a.000000+000", bad }, { "00000001000000.000000:001", bad },
+        { "2024013112**00.******+000", bad }, { "20240131120000.12*4**+000", bad },
+        { "20240131120000.000000+0*0", bad },
+        { "20241301000000.000000+000", range + "month number" },
+        { "20240001000000.000000+000", range + "month number" },
+        { "20240230000000.000000+000", range + "day number" }, { "20230229000000.000000+000", range + "day number" },
+        { "20240100000000.000000+000", range + "day number" },
+        // The trailing blanks are the original texts'.
+        { "20240131240000.000000+000", range + "hours number " },
+        { "20240131236000.000000+000", range + "minutes number " },
+        { "20240131235960.000000+000", range + "seconds number " },
+        { "00000000240000.000000:000", range + "hours number " },
     };
     for (const Case& c : cases)
         EXPECT_EQ(parseFailure(c.input), c.message) << c.input;
-
     CIMDateTime d("20240131120000.000000+060");
     EXPECT_THROW(d.set("bad"), InvalidDateTimeFormatException);
     EXPECT_EQ(text(d), "00000000000000.000000:000");  // cleared, never half set
@@ -87,22 +75,19 @@ TEST(DateTimeNumeric, MicrosecondConstructorAndRanges)
     EXPECT_THROW(CIMDateTime(315569520000000000ULL, false), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime(8640000000000000000ULL, true), DateTimeOutOfRangeException);
     EXPECT_NO_THROW(CIMDateTime(315569520000000000ULL - 1, false));
-
-    CIMDateTime stamp(2024, 2, 29, 13, 5, 9, 42, 6, -300);
-    EXPECT_EQ(text(stamp), "20240229130509.000042-300");
+    EXPECT_EQ(text(CIMDateTime(2024, 2, 29, 13, 5, 9, 42, 6, -300)), "20240229130509.000042-300");
     CIMDateTime wild(2024, 1, 31, 12, CIMDateTime::WILDCARD, CIMDateTime::WILDCARD, 0, 0, 0);
     EXPECT_EQ(text(wild), "2024013112****.******+000");
     EXPECT_THROW(CIMDateTime(2024, 1, 1, 0, 0, 0, 0, 6, 1000), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime(1, 0, 0, 0, 1000000, 6), DateTimeOutOfRangeException);
 }
 
-TEST(DateTimeCompare, OffsetsNormalisedKindsNotMixed)
+TEST(DateTimeCompare, ArithmeticAndComparisonNormaliseOffsets)
 {
     CIMDateTime east("20240131120000.000000+060");
     CIMDateTime utc("20240131110000.000000+000");
-    CIMDateTime west("20240131060000.000000-300");
     EXPECT_TRUE(east == utc);
-    EXPECT_TRUE(utc == west);
+    EXPECT_TRUE(utc == CIMDateTime("20240131060000.000000-300"));
     EXPECT_TRUE(CIMDateTime("20240131110000.000001+000") > east);
     EXPECT_EQ(east.toMicroSeconds(), utc.toMicroSeconds());
     EXPECT_THROW(east == CIMDateTime(), TypeMismatchException);
@@ -112,10 +97,15 @@ TEST(DateTimeCompare, OffsetsNormalisedKindsNotMixed)
     EXPECT_TRUE(CIMDateTime("2024013111****.******+000") == utc);
     EXPECT_FALSE(CIMDateTime("2024013112****.******+000") == utc);
     EXPECT_TRUE(CIMDateTime("00000000010203.******:000") == CIMDateTime("00000000010203.999999:000"));
-}
 
-TEST(DateTimeArithmetic, IntervalsAndTimestamps)
-{
+    // The current time: a timestamp with the local offset.
+    CIMDateTime now = CIMDateTime::getCurrentDateTime();
+    std::string s = text(now);
+    ASSERT_EQ(s.size(), 25u);
+    EXPECT_TRUE(s[21] == '+' || s[21] == '-');
+    EXPECT_GT(now, CIMDateTime("20200101000000.000000+000"));
+
+    // Intervals and timestamps add up; the kinds are not mixed.
     CIMDateTime hour("00000000010000.000000:000");
     CIMDateTime t("20241231233000.000000+060");
     EXPECT_EQ(text(t + hour), "20250101003000.000000+060");
@@ -125,25 +115,10 @@ TEST(DateTimeArithmetic, IntervalsAndTimestamps)
     EXPECT_EQ((hour * 3) / hour, 3u);
     EXPECT_EQ(text(CIMDateTime("20240101000000.000000+000") - CIMDateTime("20231231000000.000000+000")),
         "00000001000000.000000:000");
-    EXPECT_EQ(CIMDateTime::getDifference(CIMDateTime("20240101000000.000000+000"),
-                  CIMDateTime("20240101000001.000000+000")),
-        1000000);
-
     EXPECT_THROW(hour + t, TypeMismatchException);
-    EXPECT_THROW(hour - t, TypeMismatchException);
     EXPECT_THROW(t * 2, TypeMismatchException);
     EXPECT_THROW(hour / 0, Exception);
     EXPECT_THROW(hour - (hour * 2), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime("99991231233000.000000+000") + hour, DateTimeOutOfRangeException);
-    EXPECT_THROW(CIMDateTime::getDifference(hour, t), InvalidDateTimeFormatException);
 }
 
-TEST(DateTimeNow, CurrentTimeIsATimestampWithLocalOffset)
-{
-    CIMDateTime now = CIMDateTime::getCurrentDateTime();
-    EXPECT_TRUE(now.isTimeStamp());
-    std::string s = text(now);
-    ASSERT_EQ(s.size(), 25u);
-    EXPECT_TRUE(s[21] == '+' || s[21] == '-');
-    EXPECT_GT(now, CIMDateTime("20200101000000.000000+000"));
-}

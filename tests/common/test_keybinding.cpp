@@ -10,18 +10,10 @@ PEGASUS_USING_PEGASUS;
 
 TEST(KeyBindingFromValue, TypeAndTextFollowTheValue)
 {
-    struct Case
-    {
-        CIMValue value;
-        CIMKeyBinding::Type type;
-        const char* text;
-    } cases[] = {
-        { CIMValue(Uint16(5)), CIMKeyBinding::NUMERIC, "5" },
+    struct Case { CIMValue value; CIMKeyBinding::Type type; const char* text; } cases[] = {
         { CIMValue(Sint64(-7)), CIMKeyBinding::NUMERIC, "-7" },
         { CIMValue(Real64(1.5)), CIMKeyBinding::NUMERIC, "1.5000000000000000e+00" },
         { CIMValue(true), CIMKeyBinding::BOOLEAN, "TRUE" },
-        { CIMValue(String("abc")), CIMKeyBinding::STRING, "abc" },
-        { CIMValue(Char16('z')), CIMKeyBinding::STRING, "z" },
         { CIMValue(CIMDateTime("20240131120000.000000+060")), CIMKeyBinding::STRING,
           "20240131120000.000000+060" },
         { CIMValue(CIMObjectPath("Y.a=1")), CIMKeyBinding::REFERENCE, "Y.a=1" },
@@ -36,14 +28,9 @@ TEST(KeyBindingFromValue, TypeAndTextFollowTheValue)
     EXPECT_THROW(CIMKeyBinding(CIMName("k"), CIMValue(CIMTYPE_INSTANCE, false)), TypeMismatchException);
 }
 
-TEST(KeyBindingCompare, EqualityPerType)
+TEST(KeyBindingCompare, EqualityPerTypeAndToValues)
 {
-    struct Case
-    {
-        CIMKeyBinding a;
-        CIMKeyBinding b;
-        bool same;
-    } cases[] = {
+    struct Case { CIMKeyBinding a; CIMKeyBinding b; bool same; } cases[] = {
         { { "K", "abc", CIMKeyBinding::STRING }, { "k", "abc", CIMKeyBinding::STRING }, true },
         { { "k", "abc", CIMKeyBinding::STRING }, { "k", "ABC", CIMKeyBinding::STRING }, false },
         { { "k", "true", CIMKeyBinding::BOOLEAN }, { "k", "TRUE", CIMKeyBinding::BOOLEAN }, true },
@@ -61,23 +48,14 @@ TEST(KeyBindingCompare, EqualityPerType)
         EXPECT_EQ(c.a == c.b, c.same) << c.a.getValue() << " vs " << c.b.getValue();
         EXPECT_EQ(c.b == c.a, c.same);
     }
-}
 
-TEST(KeyBindingCompare, EqualToValueConvertsTheText)
-{
-    struct Case
-    {
-        CIMKeyBinding kb;
-        CIMValue value;
-        bool same;
-    } cases[] = {
+    // equal(CIMValue) converts the text to the value's type.
+    struct ToValue { CIMKeyBinding kb; CIMValue value; bool same; } toValues[] = {
         { { "k", "5", CIMKeyBinding::NUMERIC }, CIMValue(Uint16(5)), true },
         { { "k", "0x5", CIMKeyBinding::NUMERIC }, CIMValue(Uint8(5)), true },
         { { "k", "300", CIMKeyBinding::NUMERIC }, CIMValue(Uint8(44)), false },
-        { { "k", "-1", CIMKeyBinding::NUMERIC }, CIMValue(Sint8(-1)), true },
         { { "k", "1.5", CIMKeyBinding::NUMERIC }, CIMValue(Real32(1.5)), true },
         { { "k", "5", CIMKeyBinding::STRING }, CIMValue(Uint16(5)), false },
-        { { "k", "abc", CIMKeyBinding::STRING }, CIMValue(String("abc")), true },
         { { "k", "true", CIMKeyBinding::BOOLEAN }, CIMValue(true), true },
         { { "k", "yes", CIMKeyBinding::BOOLEAN }, CIMValue(true), false },
         { { "k", "x", CIMKeyBinding::STRING }, CIMValue(Char16('x')), true },
@@ -85,6 +63,7 @@ TEST(KeyBindingCompare, EqualToValueConvertsTheText)
         { { "k", "Y.b=2,a=1", CIMKeyBinding::REFERENCE }, CIMValue(CIMObjectPath("Y.a=1,b=2")), true },
         { { "k", "1", CIMKeyBinding::NUMERIC }, CIMValue(Array<Uint32>(1, 1)), false },
     };
-    for (Case& c : cases)
+    for (ToValue& c : toValues)
         EXPECT_EQ(c.kb.equal(c.value), c.same) << c.kb.getValue();
 }
+

@@ -3,30 +3,14 @@
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMValue.h>
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include "test_runtime_support.h"
 
 PEGASUS_USING_PEGASUS;
+using namespace qeltest;
 
 namespace
 {
-std::string utf8(const String& s) { return std::string(s.getCString()); }
-
-std::string text(const CIMObjectPath& p) { return utf8(p.toString()); }
-
-std::string parseFailure(const char* input)
-{
-    try
-    {
-        CIMObjectPath p(input);
-        return "<parsed: " + text(p) + ">";
-    }
-    catch (const MalformedObjectNameException& e)
-    {
-        return utf8(e.getMessage());
-    }
-}
+std::string text(const CIMObjectPath& p) { return str(p.toString()); }
 
 Array<CIMKeyBinding> keys(std::initializer_list<CIMKeyBinding> list)
 {
@@ -37,13 +21,9 @@ Array<CIMKeyBinding> keys(std::initializer_list<CIMKeyBinding> list)
 }
 }  // namespace
 
-TEST(ObjectPathText, ParseAndPrintNormalisedForm)
+TEST(ObjectPathText, ParseUnescapeAndPrintNormalisedForm)
 {
-    struct Case
-    {
-        const char* input;
-        const char* printed;
-    } cases[] = {
+    struct Case { const char* input; const char* printed; } cases[] = {
         { "QEL_FCPort.DeviceID=\"ABC\",CreationClassName=\"QEL_FCPort\",SystemName=\"x\",A_B=1,AB=2,ab=3",
           "QEL_FCPort.A_B=1,AB=2,ab=3,CreationClassName=\"QEL_FCPort\",DeviceID=\"ABC\",SystemName=\"x\"" },
         { "//host/root/qel:QEL_FCPort.DeviceID=\"A\\\"B\\\\C\"",
@@ -62,16 +42,11 @@ TEST(ObjectPathText, ParseAndPrintNormalisedForm)
         EXPECT_EQ(text(p), c.printed) << c.input;
         EXPECT_TRUE(CIMObjectPath(p.toString()).identical(p)) << c.input;
     }
-}
 
-TEST(ObjectPathText, QuotedValuesAreUnescapedAndTyped)
-{
+    // Quoted values are unescaped; one that parses as a path is a reference.
     CIMObjectPath p("//host/root/qel:QEL_FCPort.DeviceID=\"A\\\"B\\\\C\"");
-    ASSERT_EQ(p.getKeyBindings().size(), 1u);
-    EXPECT_EQ(utf8(p.getKeyBindings()[0].getValue()), "A\"B\\C");
-    EXPECT_EQ(utf8(p.getHost()), "host");
-    EXPECT_EQ(utf8(p.getNameSpace().getString()), "root/qel");
-
+    EXPECT_EQ(str(p.getKeyBindings()[0].getValue()), "A\"B\\C");
+    EXPECT_EQ(str(p.getHost()) + " " + str(p.getNameSpace().getString()), "host root/qel");
     EXPECT_EQ(CIMObjectPath("X.r=\"Y.a=1\"").getKeyBindings()[0].getType(), CIMKeyBinding::REFERENCE);
     EXPECT_EQ(CIMObjectPath("X.r=\"a=b\"").getKeyBindings()[0].getType(), CIMKeyBinding::STRING);
     EXPECT_EQ(CIMObjectPath("X.r=\"Y\"").getKeyBindings()[0].getType(), CIMKeyBinding::STRING);
@@ -85,8 +60,6 @@ TEST(ObjectPathText, BuiltPathsPrintSortedAndEscaped)
                CIMKeyBinding("alpha", "12", CIMKeyBinding::NUMERIC),
                CIMKeyBinding("Beta", "TRUE", CIMKeyBinding::BOOLEAN) }));
     EXPECT_EQ(text(p), "root/qel:Cls.alpha=12,Beta=TRUE,Zed=\"v\\\"q\"");
-    EXPECT_EQ(utf8(p.getKeyBindings()[0].getName().getString()), "alpha");
-
     EXPECT_EQ(text(CIMObjectPath()), "");
     EXPECT_EQ(text(CIMObjectPath("myhost", CIMNamespaceName(), CIMName("Cls"))), "//myhost/:Cls");
 
@@ -104,25 +77,18 @@ TEST(ObjectPathText, ReferenceValuesAreNormalisedOrRejected)
 {
     CIMObjectPath p;
     p.setKeyBindings(keys({ CIMKeyBinding("r", "/root/qel:Y.k=true,a=0x10", CIMKeyBinding::REFERENCE) }));
-    EXPECT_EQ(utf8(p.getKeyBindings()[0].getValue()), "root/qel:Y.a=0x10,k=TRUE");
-
+    EXPECT_EQ(str(p.getKeyBindings()[0].getValue()), "root/qel:Y.a=0x10,k=TRUE");
     for (const char* bad : { "", "Y.k=", "1Y.a=1" })
-    {
         EXPECT_THROW(p.setKeyBindings(keys({ CIMKeyBinding("r", bad, CIMKeyBinding::REFERENCE) })),
             MalformedObjectNameException) << bad;
-    }
-    EXPECT_EQ(utf8(p.getKeyBindings()[0].getValue()), "root/qel:Y.a=0x10,k=TRUE");  // kept
+    EXPECT_EQ(str(p.getKeyBindings()[0].getValue()), "root/qel:Y.a=0x10,k=TRUE");  // kept
     p.setKeyBindings(keys({ CIMKeyBinding("r", "notapath", CIMKeyBinding::REFERENCE) }));
     EXPECT_EQ(text(p), ".r=\"notapath\"");
 }
 
 TEST(ObjectPathParse, MalformedTextsNameTheReason)
 {
-    struct Case
-    {
-        const char* input;
-        const char* reason;
-    } cases[] = {
+    struct Case { const char* input; const char* reason; } cases[] = {
         { "//hostonly", "missing slash after hostname" },
         { "//bad host/root:X", "invalid hostname" },
         { "//host.123/root:X", "invalid hostname" },
@@ -135,10 +101,8 @@ TEST(ObjectPathParse, MalformedTextsNameTheReason)
         { "X.k=\"a\", j=\"b\"", "invalid key-value pair, invalid key name: j" },
         { "X.=1", "invalid key-value pair, invalid key name:" },
         { "X.k=\"a\\b\"", "invalid key-value pair, malformed value" },
-        { "X.k=\"a\\", "invalid key-value pair, malformed value" },
         { "X.k=\"abc", "invalid key-value pair, missing quote in key value" },
         { "X.k=tru", "invalid key-value pair, value should be TRUE or FALSE" },
-        { "X.k=falsey", "invalid key-value pair, value should be TRUE or FALSE" },
         { "X.k=007", "invalid key-value pair, invalid number value 007" },
         { "X.k=+5", "invalid key-value pair, invalid number value +5" },
         { "X.k=1.5", "invalid key-value pair, invalid number value 1.5" },
@@ -152,26 +116,24 @@ TEST(ObjectPathParse, MalformedTextsNameTheReason)
     {
         std::string expected = std::string("malformed object name: ") + c.input +
             ", reason:\"" + c.reason + "\"";
-        EXPECT_EQ(parseFailure(c.input), expected);
+        EXPECT_EQ(thrownMessage<MalformedObjectNameException>([&] { CIMObjectPath p(c.input); }), expected);
     }
-}
 
-TEST(ObjectPathParse, FailedSetKeepsPreviousValue)
-{
     CIMObjectPath p("A.k=1");
     EXPECT_THROW(p.set("A.k=bad"), MalformedObjectNameException);
     EXPECT_THROW(p = String("//h"), MalformedObjectNameException);
     EXPECT_EQ(text(p), "A.k=1");
+    CIMObjectPath b(p);  // copies are independent
+    b.setClassName("Y");
+    b.setKeyBindings(Array<CIMKeyBinding>());
+    p.clear();
+    EXPECT_EQ(text(p), "");
+    EXPECT_EQ(text(b), "Y");
 }
 
 TEST(ObjectPathIdentity, IdenticalIgnoresCaseAndKeyOrder)
 {
-    struct Case
-    {
-        const char* a;
-        const char* b;
-        bool same;
-    } cases[] = {
+    struct Case { const char* a; const char* b; bool same; } cases[] = {
         { "//H/root/QEL:cls.b=\"x\",a=\"y\"", "//h/ROOT/qel:CLS.A=\"y\",B=\"x\"", true },
         { "//h/root/qel:X.k=1", "root/qel:X.k=1", false },
         { "X.k=1", "root/qel:X.k=1", false },
@@ -190,32 +152,9 @@ TEST(ObjectPathIdentity, IdenticalIgnoresCaseAndKeyOrder)
         EXPECT_EQ(a.identical(b), c.same) << c.a << " vs " << c.b;
         EXPECT_EQ(b == a, c.same) << c.b << " vs " << c.a;
         EXPECT_EQ(a != b, !c.same);
-        if (c.same)
-        {
-            EXPECT_EQ(a.makeHashCode(), b.makeHashCode()) << c.a;
-        }
+        EXPECT_TRUE(!c.same || a.makeHashCode() == b.makeHashCode()) << c.a;
     }
-}
-
-TEST(ObjectPathIdentity, HashCodeOfCanonicalText)
-{
-    EXPECT_EQ(CIMObjectPath("A").makeHashCode(), 97u);  // "a"
-    EXPECT_EQ(CIMObjectPath("A.k=TRUE").makeHashCode(), CIMObjectPath("a.K=true").makeHashCode());
     EXPECT_NE(CIMObjectPath("X.k=\"x\"").makeHashCode(), CIMObjectPath("X.k=\"y\"").makeHashCode());
-}
-
-TEST(ObjectPathValue, CopiesAreIndependent)
-{
-    CIMObjectPath a("root/qel:X.k=1");
-    CIMObjectPath b(a);
-    b.setClassName("Y");
-    b.setNameSpace(CIMNamespaceName("other"));
-    b.setKeyBindings(Array<CIMKeyBinding>());
-    EXPECT_EQ(text(a), "root/qel:X.k=1");
-    EXPECT_EQ(text(b), "other:Y");
-    a.clear();
-    EXPECT_EQ(text(a), "");
-    EXPECT_EQ(text(b), "other:Y");
 }
 
 TEST(ObjectPathHost, ValidAndInvalidHosts)
@@ -234,20 +173,9 @@ TEST(ObjectPathHost, ValidAndInvalidHosts)
     for (const char* h : invalid)
     {
         CIMObjectPath p("X");
-        try
-        {
-            p.setHost(h);
-            ADD_FAILURE() << "accepted " << h;
-        }
-        catch (const MalformedObjectNameException& e)
-        {
-            EXPECT_EQ(utf8(e.getMessage()),
-                std::string("malformed object name: ") + h + ", reason:\"invalid hostname\"");
-        }
+        EXPECT_EQ(thrownMessage<MalformedObjectNameException>([&] { p.setHost(h); }),
+            std::string("malformed object name: ") + h + ", reason:\"invalid hostname\"");
         EXPECT_THROW(p.set(h, CIMNamespaceName("root"), CIMName("X")), MalformedObjectNameException) << h;
         EXPECT_EQ(text(p), "X");
     }
-    CIMObjectPath p("X");
-    p.setHost("");
-    EXPECT_EQ(text(p), "X");
 }

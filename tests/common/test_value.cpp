@@ -5,95 +5,59 @@
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/CIMProperty.h>
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include "test_runtime_support.h"
 
 PEGASUS_USING_PEGASUS;
+using namespace qeltest;
 
-namespace
+TEST(ValueAccess, TypesNullsAndTypeMismatch)
 {
-std::string text(const CIMValue& v) { return std::string(v.toString().getCString()); }
-}  // namespace
+    EXPECT_TRUE(CIMValue().isNull());
+    EXPECT_EQ(CIMValue().getType(), CIMTYPE_BOOLEAN);
+    CIMValue arr(CIMTYPE_UINT16, true, 4);
+    EXPECT_TRUE(arr.isNull());
+    EXPECT_EQ(arr.getArraySize(), 4u);
+    EXPECT_EQ(CIMValue(CIMTYPE_UINT16, false, 4).getArraySize(), 0u);
+    Array<Uint16> out(2, 9);
+    arr.get(out);  // null: left as it was
+    EXPECT_EQ(out.size(), 2u);
+    EXPECT_EQ(str(arr.toString()), "");
+    CIMValue nulled(String("x"));
+    nulled.setNullValue(CIMTYPE_STRING, false);
+    String keep("keep");
+    nulled.get(keep);
+    EXPECT_EQ(keep, "keep");
 
-TEST(ValueTyping, OverloadSetPicksTheOriginalTypes)
-{
+    // get() checks type and shape; set() replaces both.
+    CIMValue v(Uint32(7));
+    Uint16 narrow = 0;
+    Array<Uint32> many;
+    Uint32 right = 0;
+    EXPECT_EQ(thrownMessage<TypeMismatchException>([&] { v.get(narrow); }), "type mismatch");
+    EXPECT_THROW(v.get(many), TypeMismatchException);
+    v.get(right);
+    EXPECT_EQ(right, 7u);
+    Boolean b = false;
+    EXPECT_THROW(CIMValue(CIMTYPE_STRING, false).get(b), TypeMismatchException);  // type checked first
+    v.set(String("now a string"));  // set() replaces type and value
+    String s;
+    v.get(s);
+    EXPECT_EQ(s, "now a string");
+
+    // The overload set picks the original's types.
     CIMValue literal("abc");  // no const char* constructor: a pointer is a Boolean
     EXPECT_EQ(literal.getType(), CIMTYPE_BOOLEAN);
-    EXPECT_EQ(text(literal), "TRUE");
+    EXPECT_EQ(str(literal.toString()), "TRUE");
     EXPECT_EQ(CIMValue(5).getType(), CIMTYPE_SINT32);
     EXPECT_EQ(CIMValue(Uint8(5)).getType(), CIMTYPE_UINT8);
-    EXPECT_EQ(CIMValue(String("abc")).getType(), CIMTYPE_STRING);
     EXPECT_EQ(CIMValue(CIMObjectPath("X.k=1")).getType(), CIMTYPE_REFERENCE);
     EXPECT_EQ(CIMValue(Array<Char16>()).getType(), CIMTYPE_CHAR16);
     EXPECT_TRUE(CIMValue(Array<Char16>()).isArray());
 }
 
-TEST(ValueNull, DefaultAndTypedNulls)
-{
-    CIMValue v;
-    EXPECT_TRUE(v.isNull());
-    EXPECT_EQ(v.getType(), CIMTYPE_BOOLEAN);
-    EXPECT_FALSE(v.isArray());
-
-    CIMValue arr(CIMTYPE_UINT16, true, 4);
-    EXPECT_TRUE(arr.isNull());
-    EXPECT_EQ(arr.getArraySize(), 4u);
-    EXPECT_EQ(CIMValue(CIMTYPE_UINT16, false, 4).getArraySize(), 0u);
-
-    Array<Uint16> out(2, 9);
-    arr.get(out);  // null: left as it was
-    EXPECT_EQ(out.size(), 2u);
-    EXPECT_EQ(text(arr), "");
-
-    CIMValue s(String("x"));
-    s.setNullValue(CIMTYPE_STRING, false);
-    EXPECT_TRUE(s.isNull());
-    String keep("keep");
-    s.get(keep);
-    EXPECT_EQ(keep, "keep");
-    s.clear();
-    EXPECT_EQ(s.getType(), CIMTYPE_BOOLEAN);
-}
-
-TEST(ValueAccess, WrongTypeOrShapeThrowsTypeMismatch)
-{
-    CIMValue v(Uint32(7));
-    Uint16 narrow = 0;
-    Array<Uint32> many;
-    Uint32 right = 0;
-    EXPECT_THROW(v.get(narrow), TypeMismatchException);
-    EXPECT_THROW(v.get(many), TypeMismatchException);
-    v.get(right);
-    EXPECT_EQ(right, 7u);
-
-    CIMValue nullString(CIMTYPE_STRING, false);
-    Boolean b = false;
-    EXPECT_THROW(nullString.get(b), TypeMismatchException);  // type checked first
-    try
-    {
-        v.get(narrow);
-    }
-    catch (const TypeMismatchException& e)
-    {
-        EXPECT_EQ(std::string(e.getMessage().getCString()), "type mismatch");
-    }
-
-    v.set(String("now a string"));  // set() replaces type and value
-    String s;
-    v.get(s);
-    EXPECT_EQ(s, "now a string");
-    EXPECT_EQ(v.getType(), CIMTYPE_STRING);
-}
-
 TEST(ValueEquality, TypeNullnessAndContent)
 {
-    struct Case
-    {
-        CIMValue a;
-        CIMValue b;
-        bool same;
-    } cases[] = {
+    struct Case { CIMValue a; CIMValue b; bool same; } cases[] = {
         { CIMValue(Uint16(1)), CIMValue(Uint16(1)), true },
         { CIMValue(Uint16(1)), CIMValue(Uint32(1)), false },
         { CIMValue(String("a")), CIMValue(String("A")), false },
@@ -108,27 +72,18 @@ TEST(ValueEquality, TypeNullnessAndContent)
     };
     for (const Case& c : cases)
     {
-        EXPECT_EQ(c.a.equal(c.b), c.same) << text(c.a) << " vs " << text(c.b);
-        EXPECT_EQ(c.a == c.b, c.same);
+        EXPECT_EQ(c.a == c.b, c.same) << str(c.a.toString()) << " vs " << str(c.b.toString());
         EXPECT_EQ(c.a != c.b, !c.same);
     }
-    EXPECT_THROW(CIMValue(CIMDateTime()).equal(CIMValue(CIMDateTime(Uint64(0), false))),
-        TypeMismatchException);
+    EXPECT_THROW(CIMValue(CIMDateTime()).equal(CIMValue(CIMDateTime(Uint64(0), false))), TypeMismatchException);
 }
 
 TEST(ValueText, DisplayForms)
 {
-    Array<Uint32> two;
-    two.append(1);
+    Array<Uint32> two(1, 1);
     two.append(2);
-    struct Case
-    {
-        CIMValue v;
-        const char* text;
-    } cases[] = {
+    struct Case { CIMValue v; const char* text; } cases[] = {
         { CIMValue(false), "FALSE" },
-        { CIMValue(Sint8(-5)), "-5" },
-        { CIMValue(Uint8(200)), "200" },
         { CIMValue(Uint64(18446744073709551615ULL)), "18446744073709551615" },
         { CIMValue(Sint64(-9223372036854775807LL - 1)), "-9223372036854775808" },
         { CIMValue(Real32(1.5)), "1.5000000000000000e+00" },
@@ -141,34 +96,25 @@ TEST(ValueText, DisplayForms)
         { CIMValue(Array<String>()), "" },
     };
     for (const Case& c : cases)
-        EXPECT_EQ(text(c.v), c.text);
+        EXPECT_EQ(str(c.v.toString()), c.text);
 }
 
 TEST(ValueEmbedded, InstancesAreClonedInAndOut)
 {
-    CIMInstance uninitialized;
-    EXPECT_THROW(CIMValue v(uninitialized), UninitializedObjectException);
+    EXPECT_THROW(CIMValue{CIMInstance()}, UninitializedObjectException);
     Array<CIMInstance> withHole;
     withHole.append(CIMInstance(CIMName("A")));
     withHole.append(CIMInstance());
     EXPECT_THROW(CIMValue v(withHole), UninitializedObjectException);
-
     CIMInstance original(CIMName("QEL_X"));
-    original.addProperty(CIMProperty(CIMName("Name"), CIMValue(String("n1"))));
     CIMValue v(original);
     EXPECT_EQ(v.getType(), CIMTYPE_INSTANCE);
-
     original.addProperty(CIMProperty(CIMName("Later"), CIMValue(Uint8(1))));
-    CIMInstance out;
+    CIMInstance out, again;
     v.get(out);
-    EXPECT_EQ(out.getPropertyCount(), 1u);  // stored before the change
     out.addProperty(CIMProperty(CIMName("Mine"), CIMValue(Uint8(2))));
-    CIMInstance again;
     v.get(again);
-    EXPECT_EQ(again.getPropertyCount(), 1u);  // each get hands out a clone
-
-    CIMValue copy(v);
-    EXPECT_TRUE(copy.equal(v));
+    EXPECT_EQ(out.getPropertyCount() + again.getPropertyCount(), 1u);  // stored as a clone, handed out as one
     CIMObject obj;
     EXPECT_THROW(v.get(obj), TypeMismatchException);
 }

@@ -1,5 +1,6 @@
 #include "ServerProcess.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -7,6 +8,7 @@
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -24,15 +26,16 @@ std::string readFile(const std::string& path) {
 }  // namespace
 
 CommandResult run(const std::vector<std::string>& argv, const std::string& input) {
-  int out[2], in[2];
-  if (pipe(out) != 0 || pipe(in) != 0) throw std::runtime_error("pipe failed");
+  int out[2], err[2], in[2];
+  if (pipe(out) != 0 || pipe(err) != 0 || pipe(in) != 0) throw std::runtime_error("pipe failed");
   const pid_t pid = fork();
   if (pid == 0) {
     dup2(in[0], 0);
     dup2(out[1], 1);
-    dup2(out[1], 2);
+    dup2(err[1], 2);
     close(in[1]);
     close(out[0]);
+    close(err[0]);
     std::vector<char*> args;
     for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
     args.push_back(nullptr);
@@ -41,16 +44,36 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
   }
   close(in[0]);
   close(out[1]);
+  close(err[1]);
   if (!input.empty() && write(in[1], input.data(), input.size()) < 0) {}
   close(in[1]);
+  // Both streams are drained together so that neither pipe can fill and stall the child.
   CommandResult r;
-  char buf[4096];
-  ssize_t n;
-  while ((n = read(out[0], buf, sizeof buf)) > 0) r.output.append(buf, static_cast<size_t>(n));
-  close(out[0]);
+  pollfd fds[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
+  std::string* sinks[2] = {&r.out, &r.err};
+  int open = 2;
+  while (open > 0) {
+    if (poll(fds, 2, -1) < 0) {
+      if (errno == EINTR) continue;
+      break;
+    }
+    for (int i = 0; i < 2; ++i) {
+      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
+      char buf[4096];
+      const ssize_t n = read(fds[i].fd, buf, sizeof buf);
+      if (n > 0) {
+        sinks[i]->append(buf, static_cast<size_t>(n));
+      } else {
+        close(fds[i].fd);
+        fds[i].fd = -1;
+        --open;
+      }
+    }
+  }
   int status = 0;
   waitpid(pid, &status, 0);
   r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  r.output = r.out + r.err;
   return r;
 }
 
@@ -62,16 +85,20 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users) {
   for (const auto& u : users) {
     const CommandResult r = run({QEL_E2E_PASSWD, "-f", passwd, "add", u.first, "--generate"});
     if (r.exitCode != 0) throw std::runtime_error("qel-passwd failed: " + r.output);
-    passwords_[u.first] = r.output.substr(0, r.output.find('\n'));
+    passwords_[u.first] = r.out.substr(0, r.out.find('\n'));
   }
   const std::string logPath = dir_ + "/server.log";
+  const pid_t parent = getpid();
   pid_ = fork();
   if (pid_ == 0) {
+    // A test that dies (a failed sanitizer check aborts it) takes its server along.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) _exit(127);
     const int fd = open(logPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(fd, 1);
     dup2(fd, 2);
     setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
-    setenv("QELSIM_STATE", (dir_ + "/state.json").c_str(), 1);
+    setenv("QELSIM_STATE", statePath().c_str(), 1);
     const std::string socket = dir_ + "/cim.socket";
     execl(QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(), "--password-file",
           passwd.c_str(), static_cast<char*>(nullptr));
@@ -116,5 +143,8 @@ std::string ServerProcess::url(const std::string& user, const std::string& passw
 }
 
 std::string ServerProcess::log() const { return readFile(dir_ + "/server.log"); }
+
+// The simulator keeps the audit log next to its state file.
+std::string ServerProcess::auditLog() const { return readFile(statePath() + ".audit.jsonl"); }
 
 }  // namespace e2e

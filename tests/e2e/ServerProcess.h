@@ -12,7 +12,9 @@ namespace e2e {
 
 struct CommandResult {
   int exitCode = -1;
-  std::string output;  // standard output and error together
+  std::string out;     // standard output
+  std::string err;     // standard error
+  std::string output;  // both: out followed by err
 };
 
 // Runs a program (no shell) and collects what it prints.
@@ -23,6 +25,8 @@ class ServerProcess {
   // Users and their roles in the demo array: each gets a generated password.
   explicit ServerProcess(const std::map<std::string, std::string>& users);
   ~ServerProcess();
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
 
   // Sends SIGTERM and waits; returns the exit status and leaves the log readable.
   int stop();
@@ -32,6 +36,9 @@ class ServerProcess {
   std::string url(const std::string& user, const std::string& password) const;
   std::string log() const;
   const std::string& dir() const { return dir_; }
+  // The simulated array's live state and the audit log of its changes, private to this server.
+  std::string statePath() const { return dir_ + "/state.json"; }
+  std::string auditLog() const;
 
  private:
   std::string dir_;

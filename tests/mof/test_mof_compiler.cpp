@@ -3,18 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
-#include <Pegasus/Common/CIMClass.h>
-#include <Pegasus/Common/CIMDateTime.h>
-#include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMMethod.h>
 #include <Pegasus/Common/CIMParameter.h>
-#include <Pegasus/Common/CIMProperty.h>
-#include <Pegasus/Common/CIMPropertyList.h>
-#include <Pegasus/Common/CIMQualifier.h>
-#include <Pegasus/Common/CIMValue.h>
-#include <Pegasus/Common/Char16.h>
-#include "MofCompiler.h"
 #include "mof_test_support.h"
 
 using namespace Pegasus;
@@ -28,41 +18,19 @@ class MofCompilerTest : public ::testing::Test
 {
 protected:
     void SetUp() override { moftest::loadQualifiers(repo); }
-
-    CIMClass cls(const char* name)
-    {
-        return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList());
-    }
-
-    CIMValue defaultOf(const char* className, const char* property)
-    {
-        CIMClass c = cls(className);
-        const Uint32 i = c.findProperty(property);
-        EXPECT_NE(i, PEG_NOT_FOUND) << property;
-        return i == PEG_NOT_FOUND ? CIMValue() : c.getProperty(i).getValue();
-    }
-
+    CIMClass cls(const char* name) { return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList()); }
     ClassRepository repo;
-};
-
-// One property default per row: the literal is converted to the declared type.
-struct ValueCase
-{
-    const char* declaration;     // "type name" with optional array part
-    const char* literal;
-    CIMValue expected;
 };
 
 TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
 {
-    Array<Uint16> u16;
-    u16.append(1);
+    Array<Uint16> u16(1, 1);
     u16.append(0x10);
     u16.append(5);
-    Array<String> strings;
-    strings.append("a,b");
+    Array<String> strings(1, "a,b");
     strings.append("");
-    const ValueCase cases[] = {
+    // One property default per row: the literal is converted to the declared type.
+    const struct { const char* declaration; const char* literal; CIMValue expected; } cases[] = {
         {"uint8 v", "255", CIMValue(Uint8(255))},
         {"sint8 v", "-128", CIMValue(Sint8(-128))},
         {"uint16 v", "0x1F", CIMValue(Uint16(31))},
@@ -73,14 +41,11 @@ TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
         {"sint32 v", "-0x10", CIMValue(Sint32(-16))},
         {"sint64 v", "-9223372036854775808", CIMValue(Sint64(-9223372036854775807LL - 1))},
         {"uint64 v", "18446744073709551615", CIMValue(Uint64(18446744073709551615ULL))},
-        {"uint64 v", "0", CIMValue(Uint64(0))},
         {"real64 v", "3", CIMValue(Real64(3.0))},
         {"real64 v", "-2.5e3", CIMValue(Real64(-2500.0))},
         {"real32 v", ".5", CIMValue(Real32(0.5f))},
         {"boolean v", "TRUE", CIMValue(Boolean(true))},
-        {"boolean v", "false", CIMValue(Boolean(false))},
         {"char16 v", "'a'", CIMValue(Char16('a'))},
-        {"char16 v", "'\\n'", CIMValue(Char16('\n'))},
         {"char16 v", "'\\x263A'", CIMValue(Char16(0x263A))},
         {"string v", "\"ab\" \"cd\"", CIMValue(String("abcd"))},
         {"string v", "\"q\\\"\\\\\\t\\x41\"", CIMValue(String("q\"\\\tA"))},
@@ -95,15 +60,14 @@ TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
         {"string v[]", "NULL", CIMValue(CIMTYPE_STRING, true)},
     };
     int n = 0;
-    for (const ValueCase& c : cases)
+    for (const auto& c : cases)
     {
         const std::string className = "V" + std::to_string(n++);
-        const std::string mof = "class " + className + " { " + c.declaration +
-            " = " + c.literal + "; };";
+        const std::string mof = "class " + className + " { " + c.declaration + " = " + c.literal + "; };";
         ASSERT_NO_THROW(compile(repo, mof)) << mof;
-        const CIMValue got = defaultOf(className.c_str(), "v");
-        EXPECT_TRUE(got.equal(c.expected))
-            << mof << "\n got " << got.toString() << " type " << cimTypeToString(got.getType());
+        const CIMValue got = cls(className.c_str()).getProperty(0).getValue();
+        EXPECT_TRUE(got.equal(c.expected)) << mof << "\n got " << got.toString() << " type "
+                                           << cimTypeToString(got.getType());
     }
 }
 
@@ -123,46 +87,30 @@ TEST_F(MofCompilerTest, ClassElementsKeepTheirDeclarations)
         "               [IN] T_A REF Peer, uint16 Pair[2]);\n"
         "};\n"
         "[Association] class T_Link { [Key] T_A REF Left; [Key] T_A REF Right = \"T_A.Id=\\\"x\\\"\"; };\n");
-
     CIMClass a = cls("T_A");
     EXPECT_TRUE(a.isAbstract());
-    EXPECT_EQ(a.getPropertyCount(), 3u);
-
     CIMProperty id = a.getProperty(a.findProperty("Id"));
-    EXPECT_EQ(id.getType(), CIMTYPE_STRING);
-    EXPECT_NE(id.findQualifier("Key"), PEG_NOT_FOUND);
-    CIMValue maxLen = id.getQualifier(id.findQualifier("MaxLen")).getValue();
-    EXPECT_TRUE(maxLen.equal(CIMValue(Uint32(16))));
-
+    EXPECT_TRUE(id.getQualifier(id.findQualifier("MaxLen")).getValue().equal(CIMValue(Uint32(16))));
     CIMProperty fixed = a.getProperty(a.findProperty("Fixed"));
-    EXPECT_TRUE(fixed.isArray());
     EXPECT_EQ(fixed.getArraySize(), 4u);
     EXPECT_TRUE(fixed.getValue().isNull());
-
     CIMProperty counter = a.getProperty(a.findProperty("counter"));
-    CIMConstQualifier desc = counter.getQualifier(counter.findQualifier("Description"));
-    EXPECT_TRUE(desc.getFlavor().hasFlavor(CIMFlavor::RESTRICTED));
-    EXPECT_FALSE(desc.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS));
-    EXPECT_TRUE(desc.getFlavor().hasFlavor(CIMFlavor::TRANSLATABLE));
+    CIMFlavor flavor = counter.getQualifier(counter.findQualifier("Description")).getFlavor();
+    EXPECT_TRUE(flavor.hasFlavor(CIMFlavor::RESTRICTED));
+    EXPECT_FALSE(flavor.hasFlavor(CIMFlavor::TOSUBCLASS));
+    EXPECT_TRUE(flavor.hasFlavor(CIMFlavor::TRANSLATABLE));  // from the declaration
     // A boolean qualifier named alone is true.
-    EXPECT_TRUE(counter.getQualifier(counter.findQualifier("Write")).getValue().equal(
-        CIMValue(Boolean(true))));
-
+    EXPECT_TRUE(counter.getQualifier(counter.findQualifier("Write")).getValue().equal(CIMValue(true)));
     CIMMethod run = a.getMethod(a.findMethod("Run"));
     EXPECT_EQ(run.getType(), CIMTYPE_SINT32);
     ASSERT_EQ(run.getParameterCount(), 4u);
     CIMParameter codes = run.getParameter(1);
     EXPECT_EQ(codes.getType(), CIMTYPE_UINT8);
     EXPECT_TRUE(codes.isArray());
-    EXPECT_TRUE(codes.getQualifier(codes.findQualifier("Out")).getValue().equal(
-        CIMValue(Boolean(true))));
-    EXPECT_TRUE(codes.getQualifier(codes.findQualifier("In")).getValue().equal(
-        CIMValue(Boolean(false))));
-    CIMParameter peer = run.getParameter(2);
-    EXPECT_EQ(peer.getType(), CIMTYPE_REFERENCE);
-    EXPECT_EQ(peer.getReferenceClassName(), CIMName("T_A"));
+    EXPECT_TRUE(codes.getQualifier(codes.findQualifier("Out")).getValue().equal(CIMValue(true)));
+    EXPECT_TRUE(codes.getQualifier(codes.findQualifier("In")).getValue().equal(CIMValue(false)));
+    EXPECT_EQ(run.getParameter(2).getReferenceClassName(), CIMName("T_A"));
     EXPECT_EQ(run.getParameter(3).getArraySize(), 2u);
-
     CIMClass link = cls("T_Link");
     EXPECT_TRUE(link.isAssociation());
     CIMProperty right = link.getProperty(link.findProperty("Right"));
@@ -178,14 +126,12 @@ TEST_F(MofCompilerTest, InstancesTakeClassTypesAndAliases)
         "instance of T_Node as $a { Name = \"a\"; Weights = {1, 2}; };\n"
         "instance of T_Node as $B { Name = \"b\"; Seen = \"20240101000000.000000+000\"; };\n"
         "instance of T_Edge { From = $a; To = $b; };\n");
-
     Array<CIMInstance> nodes = repo.enumerateInstances(testNamespace, "T_Node");
     ASSERT_EQ(nodes.size(), 2u);
     CIMInstance a = nodes[0];
     EXPECT_EQ(a.getPath().toString(), "root/test:T_Node.Name=\"a\"");
     EXPECT_EQ(a.getProperty(a.findProperty("Weights")).getValue().toString(), "1 2 ");
     EXPECT_EQ(nodes[1].getProperty(nodes[1].findProperty("Seen")).getType(), CIMTYPE_DATETIME);
-
     Array<CIMInstance> edges = repo.enumerateInstances(testNamespace, "T_Edge");
     ASSERT_EQ(edges.size(), 1u);
     CIMObjectPath from;
@@ -197,7 +143,7 @@ TEST_F(MofCompilerTest, InstancesTakeClassTypesAndAliases)
 TEST_F(MofCompilerTest, IncludesAreRelativeAndNamespacesAreScopedToTheirFile)
 {
     moftest::TempDir dir;
-    dir.write("qualifiers.mof", moftest::readText(moftest::schemaDir() + "/qualifiers.mof"));
+    std::filesystem::copy_file(moftest::schemaDir() + "/qualifiers.mof", dir.path() + "/qualifiers.mof");
     dir.write("sub/inner.mof", "class T_Inner { string S; };\n");
     dir.write("sub/mid.mof",
         "#pragma namespace(\"root/y\")\n"
@@ -209,7 +155,6 @@ TEST_F(MofCompilerTest, IncludesAreRelativeAndNamespacesAreScopedToTheirFile)
         "#pragma include(\"qualifiers.mof\")\n"
         "#pragma include(\"sub/mid.mof\")\n"
         "class T_Outer { string S; };\n");
-
     ClassRepository r;
     MofCompiler compiler(r);
     compiler.compileFile(main);
@@ -223,26 +168,17 @@ TEST_F(MofCompilerTest, IncludesAreRelativeAndNamespacesAreScopedToTheirFile)
 
 // Each row: MOF text compiled after the qualifier declarations, and the
 // "line:column: message" fragment the error must contain.
-struct BadCase
-{
-    const char* mof;
-    const char* expected;
-};
-
-const BadCase badCases[] = {
+const struct { const char* mof; const char* expected; } badCases[] = {
     {"class A : B { };", "test.mof:1:11: unknown superclass 'B' of class 'A'"},
     {"class A { [Nope] uint8 x; };", "1:12: qualifier 'Nope' is not declared"},
     {"class A { uint8 x = 256; };", "1:21: value 256 does not fit uint8"},
     {"class A { uint8 x = -1; };", "1:21: value -1 of property 'x' is negative"},
-    {"class A { sint8 x = -129; };", "1:21: value -129 does not fit sint8"},
     {"class A { uint64 x = 18446744073709551616; };", "1:22: value 18446744073709551616 does not fit"},
     {"class A { string s = 5; };", "1:22: type mismatch: property 's' is string but the value is an integer"},
     {"class A { uint8 x = 1.5; };", "1:21: type mismatch: property 'x' is uint8 but the value is a real"},
-    {"class A { boolean b = \"true\"; };", "1:23: type mismatch"},
     {"class A { uint16 x; uint16 X; };", "1:28: property 'X' is declared twice in class 'A'"},
     {"class A { uint8 x }", "1:19: expected ';' after the property declaration, found '}'"},
     {"class A { uint8 x; }", "1:21: expected ';' after the class body, found end of file"},
-    {"class A {\n  string s = \"abc; };", "2:14: string not closed"},
     {"#pragma include(\"missing.mof\")", "1:17: cannot open included file 'missing.mof'"},
     {"class A { uint8 a[2] = {1,2,3}; };", "1:24: property 'a' is an array of 2 elements but the value has 3"},
     {"class A { uint8 a[] = 1; };", "1:23: type mismatch: property 'a' is an array"},
@@ -250,7 +186,6 @@ const BadCase badCases[] = {
     {"class A { uint8 a[] = {1, null}; };", "1:27: an element of property 'a' is null"},
     {"class A { [Key(3)] string k; };", "1:16: type mismatch: qualifier 'Key' is boolean"},
     {"class A { [Key] sint32 M(); };", "1:12: qualifier Key may not be used on a method"},
-    {"class A { [Abstract] uint8 x; };", "1:12: qualifier Abstract may not be used on a property"},
     {"[Key] class A { };", "1:2: qualifier Key may not be used on a class"},
     {"class A { [Key, Key] string k; };", "1:17: qualifier 'Key' is given twice"},
     {"class A { B REF r; };", "1:11: reference 'r' is only allowed in an association"},
@@ -260,7 +195,6 @@ const BadCase badCases[] = {
     {"class A { uint8 x = 0x; };", "1:21: malformed number '0x'"},
     {"class A { uint8 x = 019; };", "1:21: octal number '019' holds the digit 9"},
     {"class A { uint8 x = 12b; };", "1:21: binary number '12b' holds the digit 2"},
-    {"class A { uint8 x = 1.; };", "1:21: malformed number '1.'"},
     {"class A { real32 r = 1.0e40; };", "1:22: value 1.0e40 does not fit real32"},
     {"class A { char16 c = 'ab'; };", "1:22: a character literal holds exactly one character"},
     {"class A { string s = \"\\x0\"; };", "1:23: \\x0 would put a NUL character"},
@@ -274,8 +208,6 @@ const BadCase badCases[] = {
     {"class A { };\nclass a { };", "2:7: class 'a' is already defined in namespace 'root/test'"},
     {"class A { [Key] string k; };\nclass B : A { [Key(false)] string k; };",
         "2:7: cannot add class 'B': qualifier Key of property k of class B cannot take another value"},
-    {"class A { uint16 v; };\nclass B : A { uint32 v; };",
-        "2:7: cannot add class 'B': property v of class B is uint32 but the inherited property is uint16"},
     {"class A { [Description(\"a\") ToSubclass Restricted] uint8 x; };",
         "1:12: qualifier Description of property 'x' of class 'A' is given both ToSubclass and Restricted"},
     {"/* never closed", "1:1: comment not closed"},
@@ -295,8 +227,6 @@ const BadCase badCases[] = {
         "2:1: cannot add the instance of 'A': key property k of class A has no value"},
     {"class A { [Key] string k; };\ninstance of A { k = \"1\"; k = \"2\"; };",
         "2:26: property 'k' is given twice"},
-    {"class A { [Key] string k; };\ninstance of A { k = \"1\"; };\ninstance of A { k = \"1\"; };",
-        "3:1: cannot add the instance of 'A'"},
     {"[Abstract] class A { [Key] string k; };\ninstance of A { k = \"1\"; };",
         "2:1: cannot add the instance of 'A': class A is abstract"},
     {"class A { [Key] string k; };\n[Association] class R { [Key] A REF a; };\n"
@@ -319,7 +249,7 @@ const BadCase badCases[] = {
 
 TEST_F(MofCompilerTest, BadInputIsRefusedWithItsPosition)
 {
-    for (const BadCase& c : badCases)
+    for (const auto& c : badCases)
     {
         ClassRepository r;
         moftest::loadQualifiers(r);
@@ -340,30 +270,8 @@ TEST_F(MofCompilerTest, BadInputIsRefusedWithItsPosition)
 
 TEST_F(MofCompilerTest, ErrorKeepsFileLineAndColumnApart)
 {
-    try
-    {
-        compile(repo, "class A {\n\tuint8 x = 300; };");
-        FAIL() << "accepted";
-    }
-    catch (const MofError& e)
-    {
-        EXPECT_EQ(e.file(), "test.mof");
-        EXPECT_EQ(e.line(), 2u);
-        EXPECT_EQ(e.column(), 12u);
-        EXPECT_EQ(e.problem().find("value 300"), 0u);
-    }
-}
-
-TEST_F(MofCompilerTest, MissingTopLevelFileIsAMofError)
-{
-    MofCompiler compiler(repo);
-    EXPECT_THROW(compiler.compileFile("/nonexistent/root.mof"), MofError);
-}
-
-TEST_F(MofCompilerTest, AnErrorInAnIncludedFileNamesThatFile)
-{
     moftest::TempDir dir;
-    dir.write("bad.mof", "class A {\n  uint8 x = 999;\n};\n");
+    dir.write("bad.mof", "class A {\n\tuint8 x = 300;\n};\n");
     const std::string main = dir.write("main.mof", "#pragma include(\"bad.mof\")\n");
     MofCompiler compiler(repo, testNamespace);
     try
@@ -373,9 +281,13 @@ TEST_F(MofCompilerTest, AnErrorInAnIncludedFileNamesThatFile)
     }
     catch (const MofError& e)
     {
+        // An error in an included file names that file.
         EXPECT_EQ(e.file(), dir.path() + "/bad.mof");
         EXPECT_EQ(e.line(), 2u);
+        EXPECT_EQ(e.column(), 12u);
+        EXPECT_EQ(e.problem().find("value 300"), 0u);
     }
+    EXPECT_THROW(compiler.compileFile("/nonexistent/root.mof"), MofError);
 }
 
 // Cut and damaged versions of a valid text are either accepted or refused
@@ -392,7 +304,6 @@ TEST_F(MofCompilerTest, DamagedInputNeverEscapesAsAnotherError)
         "instance of T_C as $c { Id = \"x\" \"y\"; N = {3, 4}; };\n"
         "instance of T_R { L = $c; R = \"T_C.Id=\\\"xy\\\"\"; };\n";
     ASSERT_NO_THROW(compile(repo, good));
-
     auto attempt = [](const std::string& text) {
         ClassRepository r;
         moftest::loadQualifiers(r);
@@ -403,28 +314,26 @@ TEST_F(MofCompilerTest, DamagedInputNeverEscapesAsAnotherError)
         catch (const MofError&)
         {
         }
-        catch (const Exception& e)
+        catch (...)
         {
-            ADD_FAILURE() << "not a MofError: " << e.getMessage() << "\ninput:\n" << text;
+            ADD_FAILURE() << "not a MofError; input:\n" << text;
         }
     };
     for (size_t cut = 0; cut < good.size(); cut++)
         ASSERT_NO_FATAL_FAILURE(attempt(good.substr(0, cut))) << cut;
-
     std::mt19937 rng(20240131);
     const char alphabet[] = "{}[]();:,=.\"'\\$#/*-+0x1bB9eE \n\xC3\xA9\xFF\x01aZ_";
     for (int round = 0; round < 1500; round++)
     {
         std::string text = good;
-        const int edits = 1 + static_cast<int>(rng() % 3);
-        for (int e = 0; e < edits; e++)
+        for (unsigned e = 0, edits = 1 + rng() % 3; e < edits; e++)
         {
             const size_t at = rng() % text.size();
             const char c = alphabet[rng() % (sizeof(alphabet) - 1)];
             switch (rng() % 3)
             {
                 case 0: text[at] = c; break;
-                case 1: text.insert(text.begin() + static_cast<long>(at), c); break;
+                case 1: text.insert(at, 1, c); break;
                 default: text.erase(at, 1 + rng() % 4); break;
             }
         }
@@ -432,4 +341,4 @@ TEST_F(MofCompilerTest, DamagedInputNeverEscapesAsAnotherError)
     }
 }
 
-}
+}  // namespace

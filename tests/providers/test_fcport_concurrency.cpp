@@ -1,6 +1,5 @@
-// One FC port provider serving many request threads at once: every request
-// completes, each library call keeps its own semaphore bracket, and no list
-// is lost.
+// One FC port provider serving many request threads at once: every request completes, each library call
+// keeps its own semaphore bracket, and no list is lost.
 #include "ProviderTest.h"
 
 #include <QEL_FCPortProvider.h>
@@ -13,23 +12,13 @@
 PEGASUS_USING_PEGASUS;
 using namespace qeltest;
 
-namespace
-{
-
 using FCPortConcurrency = ProviderTest;
 
 TEST_F(FCPortConcurrency, ConcurrentReadsChangesAndMethods)
 {
-    testing::internal::CaptureStdout();
-    CIMProvider* started = host().startProvider("QEL_FCPortProvider", {"QEL_FCPort"});
-    testing::internal::GetCapturedStdout();
-    QEL_FCPortProvider* provider = dynamic_cast<QEL_FCPortProvider*>(started);
-    ASSERT_NE(provider, nullptr);
+    QEL_FCPortProvider* provider = start<QEL_FCPortProvider>("QEL_FCPortProvider", {"QEL_FCPort"});
     qelsim::captureLog(false);  // keep the run about the provider, not the capture
-    qelsim::resetCounters();
-
-    const CIMObjectPath port("root/qel:QEL_FCPort.SystemCreationClassName=\"QEL_NodeSystem\","
-        "SystemName=\"qel-node1\",CreationClassName=\"QEL_FCPort\",DeviceID=\"21230002AC001235\"");
+    const CIMObjectPath port = portPath("21230002AC001235", "qel-node1");
     const int threads = 4;
     const int rounds = 20;
     std::atomic<int> failures(0);
@@ -40,43 +29,24 @@ TEST_F(FCPortConcurrency, ConcurrentReadsChangesAndMethods)
             const OperationContext context = asOperator();
             for (int r = 0; r < rounds; r++)
             {
-                try
-                {
-                    RecordingInstanceHandler all;
-                    provider->enumerateInstances(context, CIMObjectPath("", "root/qel",
-                        "QEL_FCPort"), false, false, CIMPropertyList(), all);
-                    RecordingInstanceHandler one;
-                    provider->getInstance(context, port, false, false, CIMPropertyList(), one);
-
-                    CIMInstance change("QEL_FCPort");
-                    change.addProperty(CIMProperty("VCN", CIMValue(Uint16(1 + (t + r) % 2))));
-                    RecordingResponseHandler changed;
-                    provider->modifyInstance(context, port, change, false, CIMPropertyList(),
-                        changed);
-
-                    RecordingMethodHandler method;
-                    provider->invokeMethod(context, port, "SyncDatabase",
-                        Array<CIMParamValue>(), method);
-
-                    Sint32 result = -1;
-                    method.returnValues.at(0).get(result);
-                    if (all.instances.size() != 3 || one.instances.size() != 1 || result != 0 ||
-                        !all.record.violations().empty() || !changed.record.untouched())
-                    {
-                        failures++;
-                    }
-                }
-                catch (...)
-                {
-                    failures++;
-                }
+                const Answer all = request("QEL_FCPort", ENUMERATE_INSTANCES, CIMObjectPath(), Request(), "operator");
+                const Answer one = request("QEL_FCPort", GET_INSTANCE, port, Request(), "operator");
+                CIMInstance change("QEL_FCPort");
+                change.addProperty(CIMProperty("VCN", CIMValue(Uint16(1 + (t + r) % 2))));
+                RecordingResponseHandler changed;
+                RecordingMethodHandler method;
+                const std::string failure = thrown([&] {
+                    provider->modifyInstance(context, port, change, false, CIMPropertyList(), changed);
+                    provider->invokeMethod(context, port, "SyncDatabase", Array<CIMParamValue>(), method);
+                });
+                failures += !failure.empty() || all.instances.size() != 3 || one.instances.size() != 1 ||
+                    all.sequence != "processing deliver deliver deliver complete" || !changed.record.untouched() ||
+                    method.returnValues.size() != 1 || method.returnValues[0] != CIMValue(Sint32(0));
             }
         });
     }
     for (std::thread& worker : workers)
-    {
         worker.join();
-    }
     EXPECT_EQ(failures.load(), 0);
 
     // Reads: 2 per round; changes: 2 (VCN, SyncDatabase).
@@ -84,5 +54,3 @@ TEST_F(FCPortConcurrency, ConcurrentReadsChangesAndMethods)
     EXPECT_EQ(c.semWaits, static_cast<uint64_t>(threads * rounds * 4));
     EXPECT_EQ(c.semFailedWaits, 0u);
 }
-
-} // namespace

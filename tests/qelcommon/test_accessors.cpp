@@ -10,32 +10,9 @@
 using namespace Pegasus;
 using namespace qelcommontest;
 
-namespace
-{
+static std::string str(const String& s) { return (const char*)s.getCString(); }
 
-template <class T>
-bool same(const T& a, const T& b)
-{
-    return a == b;
-}
-
-template <class T>
-bool same(const Array<T>& a, const Array<T>& b)
-{
-    bool equal = a.size() == b.size();
-    for (Uint32 i = 0; equal && i < a.size(); i++)
-    {
-        equal = a[i] == b[i];
-    }
-    return equal;
-}
-
-std::string str(const String& s)
-{
-    return (const char*)s.getCString();
-}
-
-CIMValue typedNull(const CIMValue& like)
+static CIMValue typedNull(const CIMValue& like)
 {
     CIMValue v;
     v.setNullValue(like.getType(), like.isArray());
@@ -45,9 +22,9 @@ CIMValue typedNull(const CIMValue& like)
 // One getProperty overload through found (name in other case), absent,
 // illegal name and null: codes, the out-argument and the traces.
 template <class T>
-void checkPropertyReader(const std::string& label, const CIMValue& stored, const T& sentinel, const T& expected,
-    const std::vector<std::string>& exitFound)
+static void checkPropertyReader(const std::string& label, const T& expected, const T& sentinel, const Texts& exitFound)
 {
+    const CIMValue stored(expected);
     SCOPED_TRACE(label);
     CIMInstance inst("QEL_Test");
     inst.addProperty(CIMProperty("Present", stored));
@@ -55,23 +32,23 @@ void checkPropertyReader(const std::string& label, const CIMValue& stored, const
     TraceCapture trace;
     T out = sentinel;
     EXPECT_EQ(0u, QEL_Common::getProperty(inst, "pRESENT", out));
-    EXPECT_TRUE(same(out, expected));
-    std::vector<std::string> want = {"-->QEL_Common::getProperty(" + label + "), propertyName = pRESENT\n"};
+    EXPECT_EQ(CIMValue(out), CIMValue(expected));
+    Texts want = {"-->QEL_Common::getProperty(" + label + "), propertyName = pRESENT\n"};
     want.insert(want.end(), exitFound.begin(), exitFound.end());
     EXPECT_EQ(want, trace.texts());
     out = sentinel;
     EXPECT_EQ(3u, QEL_Common::getProperty(inst, "Missing", out));
     EXPECT_EQ(3u, QEL_Common::getProperty(inst, "", out));
     EXPECT_EQ(4u, QEL_Common::getProperty(inst, "Empty", out));
-    EXPECT_TRUE(same(out, sentinel));
+    EXPECT_EQ(CIMValue(out), CIMValue(sentinel));
 }
 
-// One getParameter overload: name in other case, null-then-valued, null
-// only (3, never 4) and absent.
+// One getParameter overload: name in other case, null-then-valued, null only (3, never 4) and absent.
 template <class T>
-void checkParameterReader(const std::string& label, const CIMValue& stored, const T& sentinel, const T& expected,
+static void checkParameterReader(const std::string& label, const T& expected, const T& sentinel,
     const std::string& exitFound)
 {
+    const CIMValue stored(expected);
     SCOPED_TRACE(label);
     Array<CIMParamValue> params;
     params.append(CIMParamValue("Other", CIMValue(Uint8(1))));
@@ -81,16 +58,13 @@ void checkParameterReader(const std::string& label, const CIMValue& stored, cons
     TraceCapture trace;
     T out = sentinel;
     EXPECT_EQ(0u, QEL_Common::getParameter(params, "wanted", out));
-    EXPECT_TRUE(same(out, expected));
-    EXPECT_EQ((std::vector<std::string>{"-->QEL_Common::getParameter(" + label + "), paramName = wanted\n", exitFound}),
-        trace.texts());
+    EXPECT_EQ(CIMValue(out), CIMValue(expected));
+    EXPECT_EQ((Texts{"-->QEL_Common::getParameter(" + label + "), paramName = wanted\n", exitFound}), trace.texts());
     out = sentinel;
     EXPECT_EQ(3u, QEL_Common::getParameter(params, "OnlyNull", out));
     EXPECT_EQ(3u, QEL_Common::getParameter(params, "Missing", out));
-    EXPECT_TRUE(same(out, sentinel));
+    EXPECT_EQ(CIMValue(out), CIMValue(sentinel));
 }
-
-} // namespace
 
 TEST(Accessors, EveryGetPropertyOverloadReportsFoundAbsentAndNull)
 {
@@ -101,26 +75,23 @@ TEST(Accessors, EveryGetPropertyOverloadReportsFoundAbsentAndNull)
     CIMObjectPath path("root/qel:QEL_FCPort.DeviceID=\"20110002AC00A001\"");
     CIMDateTime when("20090301140509.000000-300");
     // The path reader carries the Array<String> reader's trace texts.
-    checkPropertyReader<CIMObjectPath>("Array<String>", CIMValue(path), CIMObjectPath(), path,
+    checkPropertyReader<CIMObjectPath>("Array<String>", path, CIMObjectPath(),
         {"<--QEL_Common::getProperty(Array<String>), value = " + str(path.toString()) + "\n"});
-    checkPropertyReader<Array<String>>("Array<String>", CIMValue(names), Array<String>(), names,
+    checkPropertyReader<Array<String>>("Array<String>", names, Array<String>(),
         {"<--QEL_Common::getProperty(Array<String>), value = a\n",
             "<--QEL_Common::getProperty(Array<String>), value = b\n"});
-    checkPropertyReader<Array<Sint32>>("Array<Sint32>", CIMValue(Array<Sint32>(2, -7)), Array<Sint32>(),
-        Array<Sint32>(2, -7), {"<--QEL_Common::getProperty(Array<Sint32>)\n"});
-    checkPropertyReader<Array<Uint16>>("Array<Uint16>", CIMValue(Array<Uint16>(1, 2)), Array<Uint16>(),
-        Array<Uint16>(1, 2), {"<--QEL_Common::getProperty(Array<Uint16>)\n"});
-    checkPropertyReader<Uint64>("uint64", CIMValue(Uint64(18446744073709551615ULL)), Uint64(1),
-        Uint64(18446744073709551615ULL), {"<--QEL_Common::getProperty(uint64), value = 18446744073709551615\n"});
-    checkPropertyReader<Uint32>("uint32", CIMValue(Uint32(70000)), Uint32(1), Uint32(70000),
+    checkPropertyReader<Array<Sint32>>("Array<Sint32>", Array<Sint32>(2, -7), Array<Sint32>(),
+        {"<--QEL_Common::getProperty(Array<Sint32>)\n"});
+    checkPropertyReader<Array<Uint16>>("Array<Uint16>", Array<Uint16>(1, 2), Array<Uint16>(),
+        {"<--QEL_Common::getProperty(Array<Uint16>)\n"});
+    checkPropertyReader<Uint64>("uint64", Uint64(18446744073709551615ULL), Uint64(1),
+        {"<--QEL_Common::getProperty(uint64), value = 18446744073709551615\n"});
+    checkPropertyReader<Uint32>("uint32", Uint32(70000), Uint32(1),
         {"<--QEL_Common::getProperty(uint32), value = 70000\n"});
-    checkPropertyReader<Uint16>("uint16", CIMValue(Uint16(7)), Uint16(99), Uint16(7),
-        {"<--QEL_Common::getProperty(uint16), value = 7\n"});
-    checkPropertyReader<Uint8>("uint8", CIMValue(Uint8(255)), Uint8(1), Uint8(255),
-        {"<--QEL_Common::getProperty(uint8), value = 255\n"});
-    checkPropertyReader<Boolean>("Boolean", CIMValue(true), false, true,
-        {"<--QEL_Common::getProperty(Boolean), value = 1\n"});
-    checkPropertyReader<CIMDateTime>("CIMDateTime", CIMValue(when), CIMDateTime(), when,
+    checkPropertyReader<Uint16>("uint16", Uint16(7), Uint16(99), {"<--QEL_Common::getProperty(uint16), value = 7\n"});
+    checkPropertyReader<Uint8>("uint8", Uint8(255), Uint8(1), {"<--QEL_Common::getProperty(uint8), value = 255\n"});
+    checkPropertyReader<Boolean>("Boolean", true, false, {"<--QEL_Common::getProperty(Boolean), value = 1\n"});
+    checkPropertyReader<CIMDateTime>("CIMDateTime", when, CIMDateTime(),
         {"<--QEL_Common::getProperty(CIMDateTime), value = 20090301140509.000000-300\n"});
 }
 
@@ -128,31 +99,29 @@ TEST(Accessors, EveryGetParameterOverloadSkipsNullsAndNeverReportsFour)
 {
     loadTestArray();
     CIMObjectPath path("QEL_FCPort.DeviceID=\"20110002AC00A001\"");
-    checkParameterReader<Uint8>("Uint8", CIMValue(Uint8(200)), Uint8(1), Uint8(200),
+    checkParameterReader<Uint8>("Uint8", Uint8(200), Uint8(1),
         "<--QEL_Common::getParameter(Uint8), paramValue = 200\n");
-    checkParameterReader<Uint16>("Uint16", CIMValue(Uint16(65535)), Uint16(1), Uint16(65535),
+    checkParameterReader<Uint16>("Uint16", Uint16(65535), Uint16(1),
         "<--QEL_Common::getParameter(Uint16), paramValue = 65535\n");
-    checkParameterReader<Array<Uint16>>("Array<Uint16>", CIMValue(Array<Uint16>(2, 5)), Array<Uint16>(),
-        Array<Uint16>(2, 5), "<--QEL_Common::getParameter(Array<Uint16>)\n");
-    checkParameterReader<Uint32>("Uint32", CIMValue(Uint32(123456)), Uint32(1), Uint32(123456),
+    checkParameterReader<Array<Uint16>>("Array<Uint16>", Array<Uint16>(2, 5), Array<Uint16>(),
+        "<--QEL_Common::getParameter(Array<Uint16>)\n");
+    checkParameterReader<Uint32>("Uint32", Uint32(123456), Uint32(1),
         "<--QEL_Common::getParameter(Uint32), paramValue = 123456\n");
-    checkParameterReader<Uint64>("Uint64", CIMValue(Uint64(1ULL << 40)), Uint64(1), Uint64(1ULL << 40),
+    checkParameterReader<Uint64>("Uint64", Uint64(1ULL << 40), Uint64(1),
         "<--QEL_Common::getParameter(Uint64), paramValue = 1099511627776\n");
-    checkParameterReader<Boolean>("Boolean", CIMValue(true), false, true,
-        "<--QEL_Common::getParameter(Boolean), paramValue = 1\n");
-    checkParameterReader<CIMDateTime>("CIMDateTime", CIMValue(CIMDateTime("20240131120000.000000+000")),
-        CIMDateTime(), CIMDateTime("20240131120000.000000+000"),
+    checkParameterReader<Boolean>("Boolean", true, false, "<--QEL_Common::getParameter(Boolean), paramValue = 1\n");
+    checkParameterReader<CIMDateTime>("CIMDateTime", CIMDateTime("20240131120000.000000+000"), CIMDateTime(),
         "<--QEL_Common::getParameter(CIMDateTime), paramValue = 20240131120000.000000+000\n");
-    checkParameterReader<CIMObjectPath>("CIMObjectPath", CIMValue(path), CIMObjectPath(), path,
+    checkParameterReader<CIMObjectPath>("CIMObjectPath", path, CIMObjectPath(),
         "<--QEL_Common::getParameter(CIMObjectPath), paramValue = " + str(path.toString()) + "\n");
-    checkParameterReader<String>("String", CIMValue(String("abc")), String("keep"), String("abc"),
+    checkParameterReader<String>("String", String("abc"), String("keep"),
         "<--QEL_Common::getParameter(String), paramValue = abc\n");
     // Its exit trace has no line end.
-    checkParameterReader<Array<String>>("Array<String>", CIMValue(Array<String>(1, "x")), Array<String>(),
-        Array<String>(1, "x"), "<--QEL_Common::getParameter(Array<String>)");
+    checkParameterReader<Array<String>>("Array<String>", Array<String>(1, "x"), Array<String>(),
+        "<--QEL_Common::getParameter(Array<String>)");
 }
 
-TEST(Accessors, ObjectModelErrorsPassThroughAndAbsentOutArgumentIsTraced)
+TEST(Accessors, ObjectModelErrorsPassThroughAndBadNamesGiveEmptyAnswers)
 {
     loadTestArray();
     CIMInstance inst("QEL_Test");
@@ -170,20 +139,13 @@ TEST(Accessors, ObjectModelErrorsPassThroughAndAbsentOutArgumentIsTraced)
     TraceCapture trace;
     EXPECT_EQ(3u, QEL_Common::getProperty(inst, "Missing", out));
     EXPECT_TRUE(trace.has(4, "<--QEL_Common::getProperty(uint16), value = 42\n"));
-}
 
-TEST(Accessors, StringReadersRefuseBadNamesAndTakeTheLastKeyBinding)
-{
-    loadTestArray();
-    CIMInstance inst("QEL_Test");
-    inst.addProperty(CIMProperty("Code", CIMValue(Uint16(9))));
-    TraceCapture trace;
     EXPECT_EQ(String(), QEL_Common::getStringProperty(inst, ""));
     EXPECT_EQ(String(), QEL_Common::getStringProperty(CIMInstance(), "Code"));
     EXPECT_TRUE(QEL_Common::getPropertyValue(CIMInstance(), "Code").isNull());
     EXPECT_EQ(3u, trace.count(3, "\tInvalid property name.\n"));
     EXPECT_THROW(QEL_Common::getStringProperty(inst, "Code"), TypeMismatchException);
-    EXPECT_EQ(CIMValue(Uint16(9)), QEL_Common::getPropertyValue(inst, "code"));
+    EXPECT_EQ(CIMValue(Uint16(7)), QEL_Common::getPropertyValue(inst, "code"));
     EXPECT_TRUE(trace.has(4, "<--QEL_Common::getStringProperty()\n"));  // getPropertyValue's exit
 
     Array<CIMKeyBinding> keys;
@@ -204,8 +166,7 @@ TEST(Accessors, WritersSetPresentPropertiesAndIgnoreAbsentOnes)
     cls.addProperty(CIMProperty("Ref", CIMValue(CIMTYPE_REFERENCE, false), 0, "QEL_FCPort"));
     TraceCapture trace;
     CIMInstance inst = QEL_Common::buildInstanceSkeleton(cls);
-    EXPECT_EQ((std::vector<std::string>{"-->QEL_Common::_buildInstanceSkeleton()\n",
-                  "<--QEL_Common::_buildInstanceSkeleton()\n"}),
+    EXPECT_EQ((Texts{"-->QEL_Common::_buildInstanceSkeleton()\n", "<--QEL_Common::_buildInstanceSkeleton()\n"}),
         trace.texts());
     const Uint32 count = inst.getPropertyCount();
     EXPECT_EQ(cls.getPropertyCount(), count);

@@ -1,5 +1,4 @@
-// getSystemIPAddr's process-wide cache, in a process of its own so that the
-// cache starts empty.
+// getSystemIPAddr's process-wide cache, in a process of its own so that the cache starts empty.
 #include "QEL_Common.h"
 #include "qelcommon_test_support.h"
 
@@ -8,20 +7,13 @@
 using namespace Pegasus;
 using namespace qelcommontest;
 
-namespace
-{
-
-size_t dualIpCalls()
+static size_t dualIpCalls()
 {
     size_t n = 0;
     for (const std::string& call : qelsim::callTexts())
-    {
         n += call.rfind("api_getSystemDualIP(", 0) == 0 ? 1 : 0;
-    }
     return n;
 }
-
-} // namespace
 
 TEST(SystemAddressCache, AskedOnlyWhileTheIPv4TextIsEmpty)
 {

@@ -8,47 +8,35 @@
 using namespace Pegasus;
 using namespace qelcommontest;
 
-namespace
-{
-
 typedef int (*AuthorizeFn)(const String&, const String&, const Array<CIMParamValue>&);
 
-CIMObjectPath volume(const char* wwn)
+static CIMObjectPath volume(const char* wwn)
 {
     return CIMObjectPath(std::string("root/qel:QEL_StorageVolume.DeviceID=\"").append(wwn).append("\"").c_str());
 }
 
-CIMObjectPath synchronization(const char* wwn)
+static CIMObjectPath synchronization(const char* wwn)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("SyncedElement", volume(wwn).toString(), CIMKeyBinding::REFERENCE));
     return CIMObjectPath(String(), "root/qel", "QEL_Synchronized", keys);
 }
 
-Array<CIMParamValue> params(std::initializer_list<CIMParamValue> list)
+static Array<CIMParamValue> params(std::initializer_list<CIMParamValue> list)
 {
     Array<CIMParamValue> out;
     for (const CIMParamValue& p : list)
-    {
         out.append(p);
-    }
     return out;
 }
 
-CIMParamValue u16(const char* name, Uint16 v)
-{
-    return CIMParamValue(name, CIMValue(v));
-}
-
-CIMParamValue ref(const char* name, const CIMObjectPath& p)
-{
-    return CIMParamValue(name, CIMValue(p));
-}
+static CIMParamValue u16(const char* name, Uint16 v) { return CIMParamValue(name, CIMValue(v)); }
+static CIMParamValue ref(const char* name, const CIMObjectPath& p) { return CIMParamValue(name, CIMValue(p)); }
 
 // The keys api_authorizeCIMUser was asked with since the log was cleared.
-std::vector<std::string> askedKeys()
+static Texts askedKeys()
 {
-    std::vector<std::string> keys;
+    Texts keys;
     for (const qelsim::CallRecord& r : qelsim::callLog())
     {
         if (r.call == "api_authorizeCIMUser")
@@ -64,77 +52,57 @@ std::vector<std::string> askedKeys()
 const std::string CFG = "qel_storageconfigurationservice.";
 const std::string REP = "qel_replicationservice.";
 
-} // namespace
-
 TEST(AuthorizationKeys, EachRequestAsksWithItsKeyOrNotAtAll)
 {
     loadTestArray();
     CIMValue dynamicPool(CIMObjectPath("root/qel:QEL_DynamicStoragePool.InstanceID=\"P1\""));
-    Array<CIMObjectPath> twoVolumes;
-    twoVolumes.append(volume("60002AC00000A001"));
+    Array<CIMObjectPath> twoVolumes(1, volume("60002AC00000A001")), twoSyncs(1, synchronization("60002AC00000A002"));
     twoVolumes.append(volume("60002AC00000A003"));
-    Array<CIMObjectPath> twoSyncs;
-    twoSyncs.append(synchronization("60002AC00000A002"));
     twoSyncs.append(synchronization("60002AC00000A004"));
-
-    struct Case
-    {
-        const char* label;
-        AuthorizeFn fn;
-        Array<CIMParamValue> in;
-        int forced;  // what the library answers
-        int result;
-        std::vector<std::string> keys;
-    };
+    const auto A = [](const char* key) { return CFG + key; };  // storage configuration keys
+    const auto R = [](const char* key) { return REP + key; };  // replication keys
+    const auto SYNC = authorize_ModifySynchronization, REPLICA = authorize_ModifyReplicaSynchronization,
+               ELEMENT = authorize_CreateElementReplica, CREATE = authorize_CreateOrModifyElemFromStoragePool,
+               POOL = authorize_DeleteStoragePool, VOLUME = authorize_DeleteStorageVolume,
+               LIST = authorize_ModifyListSynchronization;
+    const Array<CIMParamValue> growAndRename = params({ref("TheElement", volume("60002AC00000A001")),
+        CIMParamValue("Size", CIMValue(Uint64(1))), CIMParamValue("ElementName", CIMValue(String("v")))});
+    const Array<CIMParamValue> deleteTwo = params({CIMParamValue("TheElements", CIMValue(twoVolumes))});
+    const CIMParamValue deleteOp = u16("Operation", 19);
+    // forced: what the library answers
+    struct Case { const char* label; AuthorizeFn fn; Array<CIMParamValue> in; int forced; int result; Texts keys; };
     const std::vector<Case> cases = {
-        {"sync detach", authorize_ModifySynchronization, params({u16("operation", 2)}), 0, 0,
-            {CFG + "modifysynchronization.detach"}},
-        {"sync refused", authorize_ModifySynchronization, params({u16("Operation", 13)}), 1, 1,
-            {CFG + "modifysynchronization.stopcopy"}},
-        {"sync no op", authorize_ModifySynchronization, params({}), 0, 3, {}},
-        {"replica sync no op", authorize_ModifyReplicaSynchronization, params({}), 0, 0, {}},
-        {"replica abort", authorize_ModifyReplicaSynchronization, params({u16("Operation", 2)}), 0, 0,
-            {REP + "modifyreplicasynchronization.abort "}},
-        {"replica 22", authorize_ModifyReplicaSynchronization, params({u16("Operation", 22)}), 0, 3, {}},
-        {"replica delete", authorize_ModifyReplicaSynchronization,
-            params({u16("Operation", 19), ref("Synchronization", synchronization("60002AC00000A002"))}), 0, 0,
-            {CFG + "returntostoragepool.physcopyvv"}},
-        {"element replica, no mode", authorize_CreateElementReplica, params({u16("SyncType", 8)}), 1, 0, {}},
-        {"element replica", authorize_CreateElementReplica, params({u16("Mode", 1), u16("SyncType", 8)}), 0, 0,
-            {REP + "createelementreplica.createvvcopy"}},
-        {"create volume", authorize_CreateOrModifyElemFromStoragePool,
-            params({CIMParamValue("ElementName", CIMValue(String("v")))}), 0, 0,
-            {CFG + "createormodifyelementfromstoragepool.createvolume"}},
-        {"grow and rename", authorize_CreateOrModifyElemFromStoragePool,
-            params({ref("TheElement", volume("60002AC00000A001")), CIMParamValue("Size", CIMValue(Uint64(1))),
-                CIMParamValue("ElementName", CIMValue(String("v")))}),
-            0, 0,
-            {CFG + "createormodifyelementfromstoragepool.growvolume",
-                CFG + "createormodifyelementfromstoragepool.setvolume"}},
-        {"grow refused stops", authorize_CreateOrModifyElemFromStoragePool,
-            params({ref("TheElement", volume("60002AC00000A001")), CIMParamValue("Size", CIMValue(Uint64(1))),
-                CIMParamValue("ElementName", CIMValue(String("v")))}),
-            1, 1, {CFG + "createormodifyelementfromstoragepool.growvolume"}},
-        {"element only", authorize_CreateOrModifyElemFromStoragePool,
-            params({ref("TheElement", volume("60002AC00000A001"))}), 1, 0, {}},
-        {"delete dynamic pool", authorize_DeleteStoragePool, params({CIMParamValue("pool", dynamicPool)}), 0, 0,
-            {CFG + "deletestoragepool.deletedynamicstoragepool"}},
-        {"delete other pool", authorize_DeleteStoragePool,
-            params({ref("Pool", CIMObjectPath("root/qel:QEL_Other.InstanceID=\"P\""))}), 0, 3, {}},
-        {"delete two volumes", authorize_DeleteStorageVolume,
-            params({CIMParamValue("TheElements", CIMValue(twoVolumes))}), 0, 0,
-            {CFG + "returntostoragepool.basevv", CFG + "returntostoragepool.virtcopyvv"}},
-        {"first refusal ends", authorize_DeleteStorageVolume,
-            params({CIMParamValue("TheElements", CIMValue(twoVolumes))}), 2, 2, {CFG + "returntostoragepool.basevv"}},
-        {"unknown volume keeps start key", authorize_DeleteStorageVolume,
-            params({ref("TheElement", volume("60002AC0000FFFFF"))}), 0, 0, {CFG + "returntostoragepool"}},
-        {"list delete group", authorize_ModifyListSynchronization,
-            params({u16("Operation", 19), CIMParamValue("TargetGroup", CIMValue(String("g")))}), 0, 0,
-            {REP + "deletegroup"}},
-        {"list delete volumes", authorize_ModifyListSynchronization,
-            params({u16("Operation", 19), CIMParamValue("Synchronization", CIMValue(twoSyncs))}), 0, 0,
-            {CFG + "returntostoragepool.physcopyvv", CFG + "returntostoragepool"}},
-        {"list no op", authorize_ModifyListSynchronization, params({}), 0, 0, {}},
+        {"sync detach", SYNC, params({u16("operation", 2)}), 0, 0, {A("modifysynchronization.detach")}},
+        {"sync refused", SYNC, params({u16("Operation", 13)}), 1, 1, {A("modifysynchronization.stopcopy")}},
+        {"sync no op", SYNC, params({}), 0, 3, {}}, {"replica sync no op", REPLICA, params({}), 0, 0, {}},
+        // The trailing blank is the array's own key text.
+        {"replica abort", REPLICA, params({u16("Operation", 2)}), 0, 0, {R("modifyreplicasynchronization.abort ")}},
+        {"replica 22", REPLICA, params({u16("Operation", 22)}), 0, 3, {}},
+        {"replica delete", REPLICA, params({deleteOp, ref("Synchronization", synchronization("60002AC00000A002"))}),
+            0, 0, {A("returntostoragepool.physcopyvv")}},
+        {"element replica, no mode", ELEMENT, params({u16("SyncType", 8)}), 1, 0, {}},
+        {"element replica", ELEMENT, params({u16("Mode", 1), u16("SyncType", 8)}), 0, 0,
+            {R("createelementreplica.createvvcopy")}},
+        {"create volume", CREATE, params({CIMParamValue("ElementName", CIMValue(String("v")))}), 0, 0,
+            {A("createormodifyelementfromstoragepool.createvolume")}},
+        {"grow and rename", CREATE, growAndRename, 0, 0, {A("createormodifyelementfromstoragepool.growvolume"),
+            A("createormodifyelementfromstoragepool.setvolume")}},
+        {"grow refused stops", CREATE, growAndRename, 1, 1, {A("createormodifyelementfromstoragepool.growvolume")}},
+        {"element only", CREATE, params({ref("TheElement", volume("60002AC00000A001"))}), 1, 0, {}},
+        {"delete dynamic pool", POOL, params({CIMParamValue("pool", dynamicPool)}), 0, 0,
+            {A("deletestoragepool.deletedynamicstoragepool")}},
+        {"delete other pool", POOL, params({ref("Pool", CIMObjectPath("root/qel:QEL_Other.InstanceID=\"P\""))}),
+            0, 3, {}},
+        {"delete two volumes", VOLUME, deleteTwo, 0, 0,
+            {A("returntostoragepool.basevv"), A("returntostoragepool.virtcopyvv")}},
+        {"first refusal ends", VOLUME, deleteTwo, 2, 2, {A("returntostoragepool.basevv")}},
+        {"unknown volume keeps start key", VOLUME, params({ref("TheElement", volume("60002AC0000FFFFF"))}), 0, 0,
+            {A("returntostoragepool")}},
+        {"list delete group", LIST, params({deleteOp, CIMParamValue("TargetGroup", CIMValue(String("g")))}), 0, 0,
+            {R("deletegroup")}},
+        {"list delete volumes", LIST, params({deleteOp, CIMParamValue("Synchronization", CIMValue(twoSyncs))}), 0, 0,
+            {A("returntostoragepool.physcopyvv"), A("returntostoragepool")}},
+        {"list no op", LIST, params({}), 0, 0, {}},
     };
     for (const Case& c : cases)
     {
@@ -151,30 +119,24 @@ TEST(AuthorizationKeys, EachRequestAsksWithItsKeyOrNotAtAll)
 TEST(AuthorizationKeys, AllocatedFromStoragePoolChoosesByTheEndClasses)
 {
     loadTestArray();
-    struct Case
-    {
-        const char* antecedent;
-        const char* dependent;
-        int result;
-        std::vector<std::string> keys;
-    };
+    struct Case { const char* antecedent; const char* dependent; int result; Texts keys; };
     const Case cases[] = {
         {"QEL_Anything", "QEL_DynamicStoragePool", 0, {"qel_allocatedfromstoragepool.modifyinstance.setcpg"}},
         {"QEL_DynamicStoragePool", "QEL_StorageVolume", 0, {"qel_allocatedfromstoragepool.modifyinstance.setvv"}},
         {"QEL_DynamicStoragePool", "QEL_DeltaReplicaStoragePool", 0,
             {"qel_allocatedfromstoragepool.modifyinstance.setvv"}},
-        {"QEL_DynamicStoragePool", "QEL_Other", 3, {}},
-        {"QEL_StoragePool", "QEL_StorageVolume", 3, {}},
+        {"QEL_DynamicStoragePool", "QEL_Other", 3, {}}, {"QEL_StoragePool", "QEL_StorageVolume", 3, {}},
     };
     ASSERT_TRUE(qelsim::forceAuthorization(0).ok);
     for (const Case& c : cases)
     {
         SCOPED_TRACE(std::string(c.antecedent) + "/" + c.dependent);
         Array<CIMKeyBinding> keys;
-        keys.append(CIMKeyBinding("Antecedent", std::string("root/qel:").append(c.antecedent).append(".InstanceID=\"a\"").c_str(),
-            CIMKeyBinding::REFERENCE));
-        keys.append(CIMKeyBinding("Dependent", std::string("root/qel:").append(c.dependent).append(".InstanceID=\"d\"").c_str(),
-            CIMKeyBinding::REFERENCE));
+        for (const char* role : {"Antecedent", "Dependent"})
+            keys.append(CIMKeyBinding(role,
+                CIMObjectPath(String(), "root/qel", role[0] == 'A' ? c.antecedent : c.dependent,
+                Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "x", CIMKeyBinding::STRING))).toString(),
+                CIMKeyBinding::REFERENCE));
         qelsim::clearCallLog();
         EXPECT_EQ(c.result, authorize_AllocatedFromStoragePoolModifyInstance("admin", "10.0.0.1",
                                 CIMObjectPath(String(), "root/qel", "QEL_AllocatedFromStoragePool", keys)));
@@ -190,22 +152,18 @@ TEST(DeleteVolumeKey, FetchesUnderTheSemaphoreAndTracesMisses)
     {
         TraceCapture trace;
         String key("start");
-        CIMObjectPath invalid = volume("60002AC00000A005");
+        CIMObjectPath invalid = volume("60002AC00000A005"), other = volume("60002AC00000A004");
         EXPECT_EQ(0, handleDeleteVolumeMethod(invalid, key));
         EXPECT_EQ(String("start"), key);
         EXPECT_TRUE(trace.has(2, "TheElement parameter is invalid\n"));
-        CIMObjectPath other = volume("60002AC00000A004");
         EXPECT_EQ(0, handleDeleteVolumeMethod(other, key));
         EXPECT_EQ(String("qel_storageconfigurationservice.returntostoragepool"), key);
     }
     qelsim::Counters c = qelsim::counters();
-    EXPECT_EQ(2u, c.semWaits);
-    EXPECT_EQ(2u, c.semPosts);
-    EXPECT_EQ(0u, c.unbracketedCalls);
+    EXPECT_EQ((std::vector<uint64_t>{2, 2, 0}), (std::vector<uint64_t>{c.semWaits, c.semPosts, c.unbracketedCalls}));
     EXPECT_NE(1, qelsim::leakCheck());
 
-    // Neither a failed wait, a path without a class, nor a WWN text that
-    // selects every volume fetches anything.
+    // Neither a failed wait, a path without a class, nor a WWN text that selects every volume fetches anything.
     ASSERT_TRUE(qelsim::failSemaphoreWait(API_ERR_BUSY, 1).ok);
     TraceCapture trace;
     String key("start");

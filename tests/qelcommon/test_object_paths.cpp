@@ -10,21 +10,18 @@
 using namespace Pegasus;
 using namespace qelcommontest;
 
-namespace
-{
-
 const char PORT[] = "root/qel:QEL_FCPort.DeviceID=\"20110002AC00A001\"";
 const char SFP[] = "root/qel:QEL_SFP.Tag=\"0:1:1-AV8000101\"";
 
 // A path whose one key "Ref" holds `text` with the given type.
-CIMObjectPath holder(const char* text, CIMKeyBinding::Type type)
+static CIMObjectPath holder(const char* text, CIMKeyBinding::Type type)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("Ref", text, type));
     return CIMObjectPath(String(), "root/qel", "QEL_Holder", keys);
 }
 
-CIMInstance association(const char* antecedent, const char* dependent)
+static CIMInstance association(const char* antecedent, const char* dependent)
 {
     CIMInstance inst("QEL_FCPortSFP");
     inst.addProperty(CIMProperty("Antecedent", CIMValue(CIMObjectPath(antecedent)), 0, "QEL_FCPort"));
@@ -33,32 +30,21 @@ CIMInstance association(const char* antecedent, const char* dependent)
     return inst;
 }
 
-std::vector<std::string> texts(const Array<CIMObjectPath>& paths)
+static Texts texts(const Array<CIMObjectPath>& paths)
 {
-    std::vector<std::string> out;
+    Texts out;
     for (Uint32 i = 0; i < paths.size(); i++)
-    {
         out.push_back((const char*)paths[i].toString().getCString());
-    }
     return out;
 }
 
-} // namespace
-
 TEST(MatchObjectPath, HostNeverCountsNamespaceClassAndKeysDo)
 {
-    struct Case
-    {
-        const char* label;
-        CIMObjectPath a;
-        CIMObjectPath b;
-        bool match;
-    };
+    struct Case { const char* label; CIMObjectPath a; CIMObjectPath b; bool match; };
     const std::vector<Case> cases = {
         {"hosts differ", CIMObjectPath(std::string("//hostA/").append(PORT).c_str()),
             CIMObjectPath(std::string("//hostB/").append(PORT).c_str()), true},
-        {"embedded reference hosts differ",
-            holder("//h1/root/qel:QEL_FCPort.DeviceID=\"X\"", CIMKeyBinding::REFERENCE),
+        {"embedded reference hosts differ", holder("//h1/root/qel:QEL_FCPort.DeviceID=\"X\"", CIMKeyBinding::REFERENCE),
             holder("//h2/root/qel:QEL_FCPort.DeviceID=\"X\"", CIMKeyBinding::REFERENCE), true},
         {"key order", CIMObjectPath("root/qel:QEL_X.A=\"1\",B=2"), CIMObjectPath("root/qel:QEL_X.B=2,A=\"1\""), true},
         {"string holding a path vs reference", holder("root/qel:QEL_FCPort.DeviceID=\"X\"", CIMKeyBinding::STRING),
@@ -90,12 +76,8 @@ TEST(MatchObjectPath, HostNeverCountsNamespaceClassAndKeysDo)
 TEST(VerifyRefMethodParam, NamespaceAndHostRules)
 {
     loadTestArray();
-    struct Case
-    {
-        const char* ref;
-        bool ok;
-        const char* trace;  // level 2, or null
-    };
+    // trace: the level-2 line, or null for none
+    struct Case { const char* ref; bool ok; const char* trace; };
     const std::vector<Case> cases = {
         {"QEL_FCPort.DeviceID=\"X\"", true, nullptr},
         {"//DEMO01.EXAMPLE.NET/root/qel:QEL_FCPort.DeviceID=\"X\"", true, nullptr},
@@ -114,14 +96,7 @@ TEST(VerifyRefMethodParam, NamespaceAndHostRules)
         TraceCapture trace;
         CIMObjectPath ref(c.ref);
         EXPECT_EQ(c.ok, QEL_Common::verifyRefMethodParam(ref, "ROOT/qel", "demo01.example.net"));
-        if (c.trace)
-        {
-            EXPECT_TRUE(trace.has(2, c.trace)) << (trace.texts().empty() ? "" : trace.texts()[0]);
-        }
-        else
-        {
-            EXPECT_TRUE(trace.texts().empty());
-        }
+        EXPECT_EQ(trace.texts(), c.trace ? Texts{c.trace} : Texts());
     }
     CIMObjectPath bare("QEL_FCPort.DeviceID=\"X\"");
     EXPECT_TRUE(QEL_Common::verifyRefMethodParam(bare, "root/qel", "demo01.example.net", CIMName("qel_fcport")));
@@ -141,9 +116,8 @@ TEST(AssociationFilters, FarEndsByClassAndRoleAndReferenceChecks)
     Array<CIMName> none;
     Array<CIMName> sfpTwice(2, CIMName("qel_sfp"));
     Array<CIMName> other(1, CIMName("QEL_Other"));
-    EXPECT_EQ(std::vector<std::string>{SFP}, texts(QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, none, "")));
-    EXPECT_EQ((std::vector<std::string>{SFP, SFP}),
-        texts(QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, sfpTwice, "")));
+    EXPECT_EQ(Texts{SFP}, texts(QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, none, "")));
+    EXPECT_EQ((Texts{SFP, SFP}), texts(QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, sfpTwice, "")));
     EXPECT_EQ(0u, QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, other, "").size());
     EXPECT_EQ(1u, QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, none, "dependent").size());
     EXPECT_EQ(0u, QEL_Common::filterAssocInstanceToTargetPaths(assoc, port, none, "Antecedent").size());

@@ -3,16 +3,13 @@
 // and transport factories replaced while clients connect.
 #include <atomic>
 #include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 #include <gtest/gtest.h>
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
 #include "../common/test_runtime_support.h"
-#include "fake_host.h"
-#include "fake_transport.h"
+#include "runtime_doubles.h"
 
 using namespace Pegasus;
 using qeltest::str;
@@ -22,20 +19,6 @@ namespace
 
 const int kThreads = 8;
 const int kRounds = 200;
-
-CIMClass makeClass()
-{
-    CIMClass cls("QEL_FCPort");
-    cls.addQualifier(CIMQualifier("Description", CIMValue(String("port"))));
-    for (const char* key : {"SystemName", "DeviceID"})
-    {
-        CIMProperty p(key, CIMValue(CIMTYPE_STRING, false));
-        p.addQualifier(CIMQualifier("Key", CIMValue(true)));
-        cls.addProperty(p);
-    }
-    cls.addProperty(CIMProperty("Speed", CIMValue(Uint64(0))));
-    return cls;
-}
 
 void runThreads(const std::function<void(int)>& body)
 {
@@ -48,75 +31,70 @@ void runThreads(const std::function<void(int)>& body)
 
 TEST(SharedObjects, OneClassBuildsInstancesInManyThreads)
 {
-    const CIMClass cls = makeClass();
-    Array<CIMName> names;
-    names.append("DeviceID");
+    CIMClass cls("QEL_FCPort");
+    cls.addQualifier(CIMQualifier("Description", CIMValue(String("port"))));
+    for (const char* key : {"SystemName", "DeviceID"})
+    {
+        CIMProperty p(key, CIMValue(CIMTYPE_STRING, false));
+        p.addQualifier(CIMQualifier("Key", CIMValue(true)));
+        cls.addProperty(p);
+    }
+    cls.addProperty(CIMProperty("Speed", CIMValue(Uint64(0))));
+    Array<CIMName> names(1, CIMName("DeviceID"));
     names.append("SystemName");
     const CIMPropertyList keysOnly(names);
     std::atomic<int> wrong{0};
-
     runThreads([&](int t) {
         for (int i = 0; i < kRounds; i++)
         {
-            CIMPropertyList list = (i % 2) ? keysOnly : CIMPropertyList();
-            CIMInstance inst = cls.buildInstance(i % 3 == 0, true, list);
+            CIMInstance inst = cls.buildInstance(i % 3 == 0, true, (i % 2) ? keysOnly : CIMPropertyList());
             std::string id = std::to_string(t) + "-" + std::to_string(i);
-            inst.getProperty(inst.findProperty("DeviceID"))
-                .setValue(CIMValue(String(id.c_str())));
-            inst.getProperty(inst.findProperty("SystemName"))
-                .setValue(CIMValue(String("array1")));
-            std::string path = str(inst.buildPath(cls).toString());
-            if (path != "QEL_FCPort.DeviceID=\"" + id +
-                    "\",SystemName=\"array1\"" ||
+            inst.getProperty(inst.findProperty("DeviceID")).setValue(CIMValue(String(id.c_str())));
+            inst.getProperty(inst.findProperty("SystemName")).setValue(CIMValue(String("array1")));
+            if (str(inst.buildPath(cls).toString()) != "QEL_FCPort.DeviceID=\"" + id + "\",SystemName=\"array1\"" ||
                 inst.getPropertyCount() != ((i % 2) ? 2u : 3u))
-            {
                 wrong++;
-            }
         }
     });
     EXPECT_EQ(wrong.load(), 0);
-    // The shared class itself is untouched.
-    EXPECT_TRUE(cls.getProperty(0).getValue().isNull());
-    EXPECT_EQ(cls.getQualifierCount(), 1u);
+    EXPECT_TRUE(cls.getProperty(0).getValue().isNull());  // the shared class is untouched
 }
 
 TEST(SharedObjects, HandleCopiesUsedFromManyThreads)
 {
     auto host = std::make_shared<qeltest::RecordingHost>();
     const CIMOMHandle stored(host);  // what a provider keeps after initialize
+    std::atomic<int> wrong{0};
     runThreads([&](int) {
-        OperationContext ctx;
-        ctx.insert(IdentityContainer("user"));
+        const OperationContext ctx;
         for (int i = 0; i < kRounds; i++)
         {
             CIMOMHandle copy = stored;
-            CIMClass c = copy.getClass(ctx, "root/qel", "QEL_FCPort", false,
-                                       true, false, CIMPropertyList());
-            EXPECT_EQ(str(c.getClassName().getString()), "QEL_FCPort");
+            CIMClass c = copy.getClass(ctx, "root/qel", "QEL_FCPort", false, true, false, CIMPropertyList());
+            if (str(c.getClassName().getString()) != "QEL_FCPort")
+                wrong++;
         }
     });
+    EXPECT_EQ(wrong.load(), 0);
     EXPECT_EQ(host->calls().size(), size_t(kThreads * kRounds));
 }
 
 TEST(SharedObjects, FactoriesReplacedWhileClientsConnect)
 {
+    auto log = std::make_shared<qeltest::TransportLog>();
     std::atomic<int> made{0};
-    auto makeFactory = [&made](int) {
-        return [&made](Uint32) {
-            made++;
-            // Each connection logs on its own: logs are not thread-safe.
-            return std::unique_ptr<ClientTransport>(new qeltest::FakeTransport(
-                std::make_shared<qeltest::TransportLog>()));
-        };
+    auto factory = [&made, log](Uint32) {
+        made++;
+        return std::unique_ptr<ClientTransport>(new qeltest::FakeTransport(log));
     };
-    LocalTransportFactory previous = setLocalTransportFactory(makeFactory(0));
+    LocalTransportFactory previous = setLocalTransportFactory(factory);
     std::atomic<int> connected{0};
     runThreads([&](int t) {
         for (int i = 0; i < kRounds; i++)
         {
             if (t == 0)
             {
-                setLocalTransportFactory(makeFactory(i));
+                setLocalTransportFactory(factory);
                 continue;
             }
             CIMClient client;
@@ -128,6 +106,7 @@ TEST(SharedObjects, FactoriesReplacedWhileClientsConnect)
     setLocalTransportFactory(previous);
     EXPECT_EQ(connected.load(), (kThreads - 1) * kRounds);
     EXPECT_EQ(made.load(), (kThreads - 1) * kRounds);
+    EXPECT_EQ(log->closed.load(), (kThreads - 1) * kRounds);
 }
 
 }  // namespace

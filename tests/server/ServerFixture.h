@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -33,23 +34,31 @@ Pegasus::CIMException cimErrorOf(const std::function<void()>& call);
 
 std::string text(const Pegasus::String& s);
 
-// Lines written to the server log while it lives.
-class LogCapture
-{
+// The path of a test item, as a client names it (no host, no namespace).
+Pegasus::CIMObjectPath item(const char* id, const char* className = "Test_Item");
+
+// Lines written to the server log while it lives. The log calls its sink
+// under its own lock, so the sink may point at this object until it goes.
+class LogCapture {
 public:
-    LogCapture();
-    ~LogCapture();
-    std::vector<std::string> lines() const;
-    bool contains(const std::string& fragment) const;
+    LogCapture() : _previous(Pegasus::ServerLog::setSink([this](Pegasus::LogLevel, const std::string& line) {
+                       std::lock_guard<std::mutex> lock(_mutex);
+                       _lines.push_back(line);
+                   })) {}
+    ~LogCapture() { Pegasus::ServerLog::setSink(_previous); }
+    bool contains(const std::string& fragment) const {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return std::any_of(_lines.begin(), _lines.end(),
+                           [&](const std::string& line) { return line.find(fragment) != std::string::npos; });
+    }
 
 private:
-    mutable std::shared_ptr<std::mutex> _mutex;
-    std::shared_ptr<std::vector<std::string>> _lines;
+    mutable std::mutex _mutex; // before _previous: the sink may run as soon as it is set
+    std::vector<std::string> _lines;
     Pegasus::ServerLog::Sink _previous;
 };
 
-class ServerTest : public ::testing::Test
-{
+class ServerTest : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
@@ -63,15 +72,12 @@ protected:
     static const Pegasus::CIMNamespaceName ns;
     // A request of alice from 192.0.2.7.
     Pegasus::OperationContext context;
-
-    static Pegasus::CIMObjectPath item(const char* id, const char* className = "Test_Item");
-
     std::unique_ptr<LogCapture> log;
 
 private:
     std::unique_ptr<Pegasus::CIMServer> _server;
 };
 
-}  // namespace servertest
+} // namespace servertest
 
 #endif

@@ -1,9 +1,12 @@
-// Many requests at once: the request pool, providers called from several
-// threads, nested calls from inside them, first use racing, and a stop
-// that waits for the requests under way.
+// A provider's way back into the server (its CIMOMHandle and local client
+// connections, answered in process on the calling thread), and many requests
+// at once: the request pool, providers called from several threads with
+// nested calls, first use racing, and a stop that waits for the requests
+// under way.
 #include "ServerFixture.h"
 
 #include <Server/core/Dispatcher.h>
+#include <Server/core/InProcessClientTransport.h>
 #include <Server/core/ThreadPool.h>
 
 #include <Pegasus/Client/CIMClient.h>
@@ -19,38 +22,73 @@ using namespace servertest;
 
 namespace {
 
+using NestedCalls = ServerTest;
 using Concurrency = ServerTest;
 
 // Runs `request` on the server's pool and hands back its outcome.
-template <class R>
-std::future<R> onPool(CIMServer& server, std::function<R()> request)
-{
+template <class R> std::future<R> onPool(CIMServer& server, std::function<R()> request) {
     auto promise = std::make_shared<std::promise<R>>();
     std::future<R> result = promise->get_future();
     bool taken = server.submit([promise, request] {
-        try
-        {
+        try {
             promise->set_value(request());
-        }
-        catch (...)
-        {
+        } catch (...) {
             promise->set_exception(std::current_exception());
         }
     });
-    if (!taken)
-        promise->set_exception(std::make_exception_ptr(std::runtime_error("not queued")));
+    if (!taken) promise->set_exception(std::make_exception_ptr(std::runtime_error("not queued")));
     return result;
 }
 
-std::string labelOf(const CIMInstance& instance)
-{
+std::string labelOf(const CIMInstance& instance) {
     return text(instance.getProperty(instance.findProperty("Label")).getValue().toString());
 }
 
-}  // namespace
+} // namespace
 
-TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs)
-{
+TEST_F(NestedCalls, ProvidersReachTheServerThroughTheirHandle) {
+    const std::string processUser = text(InProcessClientTransport::processUserName());
+    Array<CIMParamValue> depth;
+    depth.append(CIMParamValue("Depth", CIMValue(Uint32(7))));
+    const struct {
+        const char* method;
+        Array<CIMParamValue> in;
+        std::string result;
+    } cases[] = {
+        {"CountNames", {}, "4"}, // the subclass's provider answers too
+        // Seven levels deep, alternating handle and local connection.
+        {"Recurse", depth, "7"},
+        // A fresh context runs as the empty user, a local connection as
+        // the user the process runs as.
+        {"FreshWhoAmI", {}, "@"},
+        {"LocalWhoAmI", {}, processUser + "@"},
+    };
+    for (const auto& c : cases) {
+        Array<CIMParamValue> out;
+        CIMValue v = dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), c.method, c.in, out);
+        EXPECT_EQ(text(v.toString()), c.result) << c.method;
+    }
+    // getInstance through the handle, with the caller's context.
+    EXPECT_EQ(labelOf(dispatcher().getInstance(context, ns, item("nested"))), "via Alpha");
+}
+
+TEST_F(NestedCalls, LocalClientsOfTheProcessReachTheServerUntilItStops) {
+    CIMClient client;
+    client.connectLocal();
+    EXPECT_EQ(client.enumerateInstanceNames(ns, "Test_Item").size(), 4u);
+    // Errors reach a local client as they would over the wire.
+    CIMException e = cimErrorOf([&] { client.getInstance(ns, item("a", "Test_Nope")); });
+    EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_CLASS);
+    EXPECT_EQ(text(e.getMessage()), "CIM_ERR_INVALID_CLASS: Test_Nope");
+
+    server().stop();
+    // The open connection and new ones are refused, not served by a dead server.
+    EXPECT_THROW(client.enumerateInstanceNames(ns, "Test_Item"), CannotConnectException);
+    CIMClient late;
+    EXPECT_THROW(late.connectLocal(), CannotConnectException);
+}
+
+TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs) {
     LogCapture log;
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
@@ -60,11 +98,11 @@ TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs)
         released.wait();
         ++done;
     }));
-    while (pool.queued() != 0)  // the only worker has taken it
+    while (pool.queued() != 0) // the only worker has taken it
         std::this_thread::yield();
     EXPECT_TRUE(pool.submit([] { throw std::runtime_error("job failed"); }));
     EXPECT_TRUE(pool.submit([&] { ++done; }));
-    EXPECT_FALSE(pool.submit([&] { ++done; }));  // two waiting: full
+    EXPECT_FALSE(pool.submit([&] { ++done; })); // two waiting: full
     release.set_value();
     pool.stop();
     EXPECT_EQ(done.load(), 2);
@@ -72,24 +110,20 @@ TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs)
     EXPECT_TRUE(log.contains("request job ended with an exception: job failed"));
 }
 
-TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
-{
+TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether) {
     const int rounds = 40;
     std::vector<std::future<std::string>> results;
-    for (int i = 0; i < rounds; ++i)
-    {
-        results.push_back(onPool<std::string>(server(), [this] {
-            return labelOf(dispatcher().getInstance(context, ns, item("nested")));
-        }));
+    for (int i = 0; i < rounds; ++i) {
+        results.push_back(onPool<std::string>(
+            server(), [this] { return labelOf(dispatcher().getInstance(context, ns, item("nested"))); }));
         results.push_back(onPool<std::string>(server(), [this] {
             Array<CIMParamValue> in, out;
             in.append(CIMParamValue("Depth", CIMValue(Uint32(4))));
-            return text(dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Recurse", in, out)
-                            .toString());
+            return text(
+                dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Recurse", in, out).toString());
         }));
-        results.push_back(onPool<std::string>(server(), [this] {
-            return std::to_string(dispatcher().associators(context, ns, item("b")).size());
-        }));
+        results.push_back(onPool<std::string>(
+            server(), [this] { return std::to_string(dispatcher().associators(context, ns, item("b")).size()); }));
         results.push_back(onPool<std::string>(server(), [this] {
             return std::to_string(dispatcher().enumerateInstances(context, ns, "Test_Base").size());
         }));
@@ -97,57 +131,44 @@ TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
     // Clients of the process's own threads meanwhile.
     std::vector<std::thread> clients;
     std::atomic<int> clientFailures{0};
-    for (int t = 0; t < 4; ++t)
-    {
+    for (int t = 0; t < 4; ++t) {
         clients.emplace_back([&] {
             CIMClient client;
             client.connectLocal();
             for (int i = 0; i < rounds; ++i)
-            {
-                if (client.enumerateInstanceNames(ns, "Test_Item").size() != 4)
-                    ++clientFailures;
-            }
+                if (client.enumerateInstanceNames(ns, "Test_Item").size() != 4) ++clientFailures;
         });
     }
-    for (std::thread& t : clients)
-        t.join();
+    for (std::thread& t : clients) t.join();
     const char* expected[] = {"via Alpha", "4", "2", "4"};
-    for (size_t i = 0; i < results.size(); ++i)
-        EXPECT_EQ(results[i].get(), expected[i % 4]) << i;
+    for (size_t i = 0; i < results.size(); ++i) EXPECT_EQ(results[i].get(), expected[i % 4]) << i;
     EXPECT_EQ(clientFailures.load(), 0);
     EXPECT_EQ(counter("Item.initialize"), 1u);
 }
 
-TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce)
-{
+TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce) {
     setKnob("Test_SlowInit.initialize", "sleep");
     std::vector<std::thread> threads;
     std::atomic<int> served{0};
-    for (int t = 0; t < 12; ++t)
-    {
+    for (int t = 0; t < 12; ++t) {
         threads.emplace_back([&] {
-            if (dispatcher().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1)
-                ++served;
+            if (dispatcher().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1) ++served;
         });
     }
-    for (std::thread& t : threads)
-        t.join();
+    for (std::thread& t : threads) t.join();
     EXPECT_EQ(served.load(), 12);
     EXPECT_EQ(counter("Test_SlowInit.created"), 1u);
     EXPECT_EQ(counter("Test_SlowInit.initialize"), 1u);
     EXPECT_EQ(counter("Test_SlowInit.served"), 12u);
 }
 
-TEST_F(Concurrency, StopWaitsForRequestsUnderWayThenTerminates)
-{
+TEST_F(Concurrency, StopWaitsForRequestsUnderWayThenTerminates) {
     std::future<std::string> slow = onPool<std::string>(server(), [this] {
         Array<CIMParamValue> in, out;
         in.append(CIMParamValue("Milliseconds", CIMValue(Uint32(200))));
-        return text(
-            dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Sleep", in, out).toString());
+        return text(dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Sleep", in, out).toString());
     });
-    while (counter("Nested.sleepStarted") == 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (counter("Nested.sleepStarted") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     server().stop();
     // By the time stop() returns the request has ended and only then was
     // its provider terminated.

@@ -3,8 +3,6 @@
 #include <Server/auth/Base64.h>
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
-#include <Server/auth/PeerCredentials.h>
-#include <Server/xml/XmlText.h>
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
@@ -22,10 +20,6 @@ namespace wiretest {
 
 void ScriptedExecutor::execute(const qel::cimxml::CimRequest& r, const qel::http::ClientIdentity& client,
                                qel::cimxml::CimResponse& out) {
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    lastUser_ = client.user;
-  }
   switch (r.operation) {
     case Operation::EnumerateInstanceNames:
       for (const char* id : {"20110002AC00A001", "20120002AC00A001"})
@@ -73,11 +67,6 @@ void ScriptedExecutor::release() {
   released_.notify_all();
 }
 
-std::string ScriptedExecutor::lastUser() {
-  std::lock_guard<std::mutex> lock(mutex_);
-  return lastUser_;
-}
-
 TempPasswordFile::TempPasswordFile() {
   char tmpl[] = "/tmp/qel-wire-XXXXXX";
   if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp failed");
@@ -102,12 +91,6 @@ std::string basicAuth(const std::string& user, const std::string& password) {
   return "Basic " + qel::auth::base64Encode(user + ":" + password);
 }
 
-std::string processUser() {
-  std::string user;
-  qel::auth::userNameOf(::getuid(), user);
-  return user;
-}
-
 FrontEnd::FrontEnd(qel::http::HttpServerOptions options, unsigned workers) {
   passwords.add("alice", "wonderland");
   authenticator = std::make_unique<qel::auth::BasicAuthenticator>(passwords.path());
@@ -130,7 +113,7 @@ FrontEnd::~FrontEnd() {
   http->stop();
 }
 
-std::string rawExchange(unsigned short port, const std::string& bytes, int timeoutMs, bool halfClose) {
+std::string rawExchange(unsigned short port, const std::string& bytes, int timeoutMs) {
   const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in addr{};
   addr.sin_family = AF_INET;
@@ -146,7 +129,6 @@ std::string rawExchange(unsigned short port, const std::string& bytes, int timeo
     if (n <= 0) break;
     sent += static_cast<size_t>(n);
   }
-  if (halfClose) ::shutdown(fd, SHUT_WR);
   std::string reply;
   pollfd p{fd, POLLIN, 0};
   char buf[4096];

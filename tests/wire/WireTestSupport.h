@@ -27,14 +27,12 @@ class ScriptedExecutor : public qel::http::OperationExecutor {
                qel::cimxml::CimResponse& response) override;
   void release();
   int waiting() const { return waiting_.load(); }
-  std::string lastUser();
 
  private:
   std::mutex mutex_;
   std::condition_variable released_;
   bool open_ = false;
   std::atomic<int> waiting_{0};
-  std::string lastUser_;
 };
 
 // A password file in a fresh directory, removed with the object.
@@ -51,9 +49,9 @@ class TempPasswordFile {
 };
 
 std::string basicAuth(const std::string& user, const std::string& password);
-std::string processUser();
 
-// Listener on a free loopback port and a socket in the password file's directory.
+// Listener on a free loopback port and a socket in the password file's directory;
+// alice's password is "wonderland".
 class FrontEnd {
  public:
   explicit FrontEnd(qel::http::HttpServerOptions options = qel::http::HttpServerOptions(), unsigned workers = 4);
@@ -69,9 +67,9 @@ class FrontEnd {
   std::unique_ptr<qel::http::HttpServer> http;
 };
 
-// Sends raw bytes to 127.0.0.1:port, half-closes when asked, and returns what comes back
-// until the server closes the connection or `timeoutMs` passes.
-std::string rawExchange(unsigned short port, const std::string& bytes, int timeoutMs = 5000, bool halfClose = false);
+// Sends raw bytes to 127.0.0.1:port and returns what comes back until the server
+// closes the connection or `timeoutMs` passes.
+std::string rawExchange(unsigned short port, const std::string& bytes, int timeoutMs = 5000);
 
 // A well-formed CIM-XML request for EnumerateInstanceNames of QEL_FCPort in root/qel.
 std::string enumerateNamesBody();

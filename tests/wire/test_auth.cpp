@@ -1,16 +1,16 @@
 // Authentication: Basic credentials, password hashes, the password file and its reload.
+#include "WireTestSupport.h"
+
 #include <Server/auth/Base64.h>
-#include <Server/auth/BasicAuthenticator.h>
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
-#include <unistd.h>
 
 using namespace qel::auth;
+using wiretest::basicAuth;
 
 namespace {
 
@@ -28,98 +28,64 @@ TEST(Base64, EncodesAndDecodesAtEveryPaddingLength) {
 }
 
 TEST(BasicCredentials, HeaderFormsAcceptedAndRefused) {
-  struct Case {
+  const struct {
     std::string header;
     bool ok;
     const char* user;
     const char* password;
-  };
-  const Case cases[] = {
-      {"Basic " + base64Encode("alice:s3cret"), true, "alice", "s3cret"},
+  } cases[] = {
+      {basicAuth("alice", "s3cret"), true, "alice", "s3cret"},
       {"basic   " + base64Encode("bob:a:b") + "  ", true, "bob", "a:b"},  // password may hold ':'
-      {"Basic " + base64Encode("carol:"), true, "carol", ""},
+      {basicAuth("carol", ""), true, "carol", ""},
       {"Basic " + base64Encode("nocolon"), false, "", ""},
       {"Bearer " + base64Encode("alice:x"), false, "", ""},
       {"Basic", false, "", ""},
       {"Basic !!!!", false, "", ""},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     std::string user, password;
     EXPECT_EQ(parseBasicCredentials(c.header, user, password), c.ok) << c.header;
-    if (c.ok) {
-      EXPECT_EQ(user, c.user);
-      EXPECT_EQ(password, c.password);
-    }
+    if (!c.ok) continue;
+    EXPECT_EQ(user + "/" + password, std::string(c.user) + "/" + c.password);
   }
 }
 
 TEST(PasswordHash, SaltedHashesVerifyOnlyTheRightPassword) {
   const std::string a = hashPassword("correct horse");
-  const std::string b = hashPassword("correct horse");
-  EXPECT_NE(a, b);  // a fresh salt every time
-  EXPECT_EQ(a[0], '$');
+  EXPECT_NE(a, hashPassword("correct horse"));  // a fresh salt every time
   EXPECT_TRUE(verifyPassword("correct horse", a));
-  EXPECT_TRUE(verifyPassword("correct horse", b));
-  EXPECT_FALSE(verifyPassword("correct horsE", a));
-  EXPECT_FALSE(verifyPassword("", a));
-  EXPECT_FALSE(verifyPassword("correct horse", ""));
-  EXPECT_FALSE(verifyPassword("correct horse", "plaintext"));
-  EXPECT_FALSE(verifyPassword("correct horse", "$y$broken"));
+  for (const char* wrong : {"correct horsE", ""}) EXPECT_FALSE(verifyPassword(wrong, a)) << wrong;
+  for (const char* broken : {"", "plaintext", "$y$broken"}) EXPECT_FALSE(verifyPassword("correct horse", broken));
 }
 
 TEST(PasswordFile, MalformedLinesAreReportedWithTheirLineNumber) {
-  struct Case {
-    const char* text;
-    const char* message;  // "" = accepted
-  };
-  const Case cases[] = {
-      {"# comment\n\nalice:$6$salt$hash\r\n", ""},
+  EXPECT_NO_THROW(PasswordFile::parse("# comment\n\nalice:$6$salt$hash\r\n", "users"));
+  const std::pair<const char*, const char*> cases[] = {
       {"alice\n", "users:1: expected user:hash"},
       {"\nbad name:$6$x\n", "users:2: invalid user name"},
       {"alice:plain\n", "users:1: the hash of \"alice\" is not a crypt hash"},
       {"alice:$6$a\nalice:$6$b\n", "users:2: user \"alice\" is listed twice"},
       {"-x:$6$a\n", "invalid user name"},
   };
-  for (const Case& c : cases) {
-    if (!*c.message) {
-      EXPECT_NO_THROW(PasswordFile::parse(c.text, "users")) << c.text;
-      continue;
-    }
+  for (const auto& c : cases) {
     try {
-      PasswordFile::parse(c.text, "users");
-      ADD_FAILURE() << "accepted: " << c.text;
+      PasswordFile::parse(c.first, "users");
+      ADD_FAILURE() << "accepted: " << c.first;
     } catch (const PasswordFileError& e) {
-      EXPECT_NE(std::string(e.what()).find(c.message), std::string::npos) << e.what();
+      EXPECT_NE(std::string(e.what()).find(c.second), std::string::npos) << e.what();
     }
   }
 }
 
-class AuthenticatorTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    char tmpl[] = "/tmp/qel-auth-XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    dir_ = tmpl;
-    path_ = dir_ + "/passwd";
-    PasswordFile f;
-    f.add("alice", hashPassword("wonderland"));
-    f.save(path_);
-  }
-  void TearDown() override {
-    ::unlink(path_.c_str());
-    ::rmdir(dir_.c_str());
-  }
-  std::string basic(const std::string& user, const std::string& pw) { return "Basic " + base64Encode(user + ":" + pw); }
-  std::string dir_, path_;
-};
-
-TEST_F(AuthenticatorTest, AcceptsOnlyKnownUsersWithTheirPassword) {
-  BasicAuthenticator auth(path_);
-  EXPECT_TRUE(auth.authenticate(basic("alice", "wonderland")).ok);
+TEST(Authenticator, AcceptsOnlyKnownUsersWithTheirPassword) {
+  wiretest::TempPasswordFile passwords;
+  passwords.add("alice", "wonderland");
+  BasicAuthenticator auth(passwords.path());
+  EXPECT_TRUE(auth.authenticate(basicAuth("alice", "wonderland")).ok);
   const std::pair<std::string, const char*> refused[] = {
       {"", "no credentials"},
-      {basic("alice", "Wonderland"), "wrong password"},
-      {basic("mallory", "wonderland"), "unknown user"},
+      {basicAuth("alice", "Wonderland"), "wrong password"},
+      {basicAuth("mallory", "wonderland"), "unknown user"},
       {"Basic ###", "malformed"},
   };
   for (const auto& r : refused) {
@@ -127,27 +93,26 @@ TEST_F(AuthenticatorTest, AcceptsOnlyKnownUsersWithTheirPassword) {
     EXPECT_FALSE(result.ok) << r.first;
     EXPECT_NE(result.reason.find(r.second), std::string::npos) << result.reason;
   }
+  EXPECT_THROW(BasicAuthenticator(passwords.dir() + "/none"), PasswordFileError);  // a start error
 }
 
-TEST_F(AuthenticatorTest, PicksUpChangesAndKeepsTheOldListWhenTheNewOneIsBroken) {
-  BasicAuthenticator auth(path_);
+TEST(Authenticator, PicksUpChangesAndKeepsTheOldListWhenTheNewOneIsBroken) {
+  wiretest::TempPasswordFile passwords;
+  passwords.add("alice", "wonderland");
+  BasicAuthenticator auth(passwords.path());
   const uint64_t first = auth.generation();
-  PasswordFile f = PasswordFile::load(path_, false);
+  PasswordFile f = PasswordFile::load(passwords.path(), false);
   f.set("alice", hashPassword("looking-glass"));
   f.add("bob", hashPassword("builder"));
-  f.save(path_);
+  f.save(passwords.path());
   EXPECT_NE(auth.generation(), first);
-  EXPECT_FALSE(auth.authenticate(basic("alice", "wonderland")).ok);
-  EXPECT_TRUE(auth.authenticate(basic("alice", "looking-glass")).ok);
-  EXPECT_TRUE(auth.authenticate(basic("bob", "builder")).ok);
+  EXPECT_FALSE(auth.authenticate(basicAuth("alice", "wonderland")).ok);
+  EXPECT_TRUE(auth.authenticate(basicAuth("alice", "looking-glass")).ok);
+  EXPECT_TRUE(auth.authenticate(basicAuth("bob", "builder")).ok);
 
-  std::ofstream(path_) << "this line is broken and longer than before\n";
-  EXPECT_TRUE(auth.authenticate(basic("bob", "builder")).ok);  // old list still in use
+  std::ofstream(passwords.path()) << "this line is broken and longer than before\n";
+  EXPECT_TRUE(auth.authenticate(basicAuth("bob", "builder")).ok);  // old list still in use
   EXPECT_NE(auth.lastError().find("expected user:hash"), std::string::npos);
-}
-
-TEST_F(AuthenticatorTest, MissingFileIsAStartError) {
-  EXPECT_THROW(BasicAuthenticator(dir_ + "/none"), PasswordFileError);
 }
 
 }  // namespace

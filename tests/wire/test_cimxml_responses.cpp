@@ -85,12 +85,10 @@ TEST(ResponseRoundTrip, InstancePropertiesOfEveryKindComeBackEqual) {
 TEST(ResponseRoundTrip, ListsKeepOrderAndCompleteAssociationPaths) {
   CimRequest r = request(Operation::EnumerateInstances);
   CimResponse a = answer(r);
-  for (int i = 0; i < 3; ++i) {
+  for (const char* id : {"2", "0", "1"}) {
     CIMInstance inst(CIMName("QEL_FCPort"));
-    inst.addProperty(CIMProperty(CIMName("DeviceID"), CIMValue(String(std::to_string(i).c_str()))));
-    inst.setPath(CIMObjectPath(String(), CIMNamespaceName(), CIMName("QEL_FCPort"),
-                               Array<CIMKeyBinding>(1, CIMKeyBinding(CIMName("DeviceID"), String(std::to_string(i).c_str()),
-                                                                     CIMKeyBinding::STRING))));
+    inst.addProperty(CIMProperty(CIMName("DeviceID"), CIMValue(String(id))));
+    inst.setPath(CIMObjectPath(String("QEL_FCPort.DeviceID=\"") + id + "\""));
     a.instances.append(inst);
   }
   CimResponse back = roundTrip(r, a);

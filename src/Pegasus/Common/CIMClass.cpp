@@ -137,8 +137,10 @@ std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
     const CIMPropertyList& propertyList) const
 {
     auto inst = std::make_shared<CIMInstanceRep>(getClassName());
+    inst->properties.reserve(properties.size());
     if (includeQualifiers)
     {
+        inst->qualifiers.reserve(qualifiers.size());
         for (Uint32 i = 0; i < qualifiers.size(); i++)
             inst->qualifiers.addDistinct(qualifiers.at(i).clone());
     }

@@ -79,6 +79,7 @@ private:
     friend class CIMObject;
     friend class CIMConstObject;
     friend class CIMClass;
+    friend class ResultFilter;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstInstance

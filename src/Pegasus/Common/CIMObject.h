@@ -75,6 +75,7 @@ private:
     friend class CIMConstClass;
     friend class CIMInstance;
     friend class CIMConstInstance;
+    friend class ResultFilter;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstObject

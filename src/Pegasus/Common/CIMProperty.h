@@ -74,6 +74,7 @@ private:
     std::shared_ptr<CIMPropertyRep> _rep;
 
     friend class CIMConstProperty;
+    friend class ResultFilter;
     template <class H> friend class NamedElementList;
 };
 

@@ -1,5 +1,8 @@
 #include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/NameTag.h>
+
+#include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -11,15 +14,21 @@ public:
     explicit CIMPropertyListRep(const Array<CIMName>& names_)
         : isNull(false), names(names_)
     {
-        for (Uint32 i = 0; i < names.size(); i++)
+        const Array<CIMName>& given = names;  // reading must not unshare it
+        tags.reserve(given.size());
+        for (Uint32 i = 0; i < given.size(); i++)
         {
-            if (names[i].isNull())
+            if (given[i].isNull())
                 throw UninitializedObjectException();
+            tags.push_back(nameTag(given[i]));
         }
     }
 
     Boolean isNull = true;
     Array<CIMName> names;
+    // nameTag() of each name: lists are searched once per property of
+    // every instance filtered.
+    std::vector<Uint32> tags;
 };
 
 namespace
@@ -80,9 +89,11 @@ Array<CIMName> CIMPropertyList::getPropertyNameArray() const
 Boolean CIMPropertyList::contains(const CIMName& name) const
 {
     const Array<CIMName>& names = _rep->names;
+    const std::vector<Uint32>& tags = _rep->tags;
+    const Uint32 tag = nameTag(name);
     for (Uint32 i = 0; i < names.size(); i++)
     {
-        if (names[i].equal(name))
+        if (tags[i] == tag && names[i].equal(name))
             return true;
     }
     return false;

@@ -10,6 +10,7 @@
 
 #include <vector>
 #include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/NameTag.h>
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Common/Exception.h>
 
@@ -31,6 +32,13 @@ public:
     NamedElementList& operator=(const NamedElementList&) = delete;
 
     Uint32 size() const { return Uint32(_items.size()); }
+
+    // Room for n elements in all, when their number is known beforehand.
+    void reserve(Uint32 n)
+    {
+        _items.reserve(n);
+        _tags.reserve(n);
+    }
 
     Uint32 find(const CIMName& name) const
     {
@@ -136,24 +144,9 @@ private:
 
     static void _release(const H& x) { x._changeOwnerCount(-1); }
 
-    // A cheap fingerprint that names equal ignoring (ASCII) case share:
-    // length, first and last unit. Lets find() skip most full comparisons.
-    // Stays valid while an element is contained, since renaming is then
-    // limited to changes of case.
-    static Uint32 _tagOf(const CIMName& name)
-    {
-        const String& s = name.getString();
-        const Uint32 n = s.size();
-        if (n == 0)
-            return 0;
-        const Char16* d = s.getChar16Data();
-        return (n << 16) ^ (Uint32(_fold(d[0])) << 8) ^ _fold(d[n - 1]);
-    }
-
-    static Uint16 _fold(Uint16 c)
-    {
-        return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
-    }
+    // The fingerprint stays valid while an element is contained, since
+    // renaming is then limited to changes of case.
+    static Uint32 _tagOf(const CIMName& name) { return nameTag(name); }
 
     const char* _kind;
     std::vector<H> _items;

@@ -223,7 +223,8 @@ int _compareUnits(const Char16* s1, const Char16* s2, Fold fold)
 inline Uint16 _same(Uint16 c) { return c; }
 }  // namespace
 
-StringRep* StringRep::empty()
+// Inline: every copy and destruction of a String comes through these.
+inline StringRep* StringRep::empty()
 {
     static StringRep* rep = _makeEmpty();
     return rep;
@@ -240,13 +241,13 @@ StringRep* StringRep::alloc(Uint32 cap)
     return rep;
 }
 
-void StringRep::ref(StringRep* rep)
+inline void StringRep::ref(StringRep* rep)
 {
     if (rep != empty())
         rep->refs.fetch_add(1, std::memory_order_relaxed);
 }
 
-void StringRep::unref(StringRep* rep)
+inline void StringRep::unref(StringRep* rep)
 {
     if (rep != empty() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
     {

@@ -19,6 +19,10 @@ namespace {
 
 // Replies may be large (whole enumerations) but not unbounded.
 constexpr std::uint64_t kMaxReplyBytes = 1ull << 30;
+// Beast reads at most what the buffer can take without growing (never under 512 bytes,
+// never over 64 KiB at once); a buffer this size lets a large reply arrive in 64 KiB
+// reads instead of hundreds of small ones.
+constexpr std::size_t kReadBufferBytes = 64 * 1024;
 
 template <class Protocol>
 class BeastConnection : public HttpClientConnection {
@@ -85,6 +89,7 @@ class BeastConnection : public HttpClientConnection {
           Pegasus::String(("Cannot connect to " + description_ + ": " + ec.message()).c_str()));
     }
     buffer_.clear();
+    buffer_.reserve(kReadBufferBytes);
   }
 
   void close() {

@@ -14,6 +14,7 @@
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/CIMType.h>
+#include <Pegasus/Common/ResultFilter.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Provider/CIMMethodProvider.h>
@@ -99,14 +100,6 @@ CIMPropertyList classPropertyList(const CIMClass& cimClass)
     return CIMPropertyList(names);
 }
 
-CIMInstance filteredInstance(const CIMInstance& instance, Boolean includeQualifiers,
-                             Boolean includeClassOrigin, const CIMPropertyList& propertyList)
-{
-    CIMInstance copy = instance.clone();
-    copy.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
-    return copy;
-}
-
 // The host name providers will see; one the object path rules refuse
 // would make every request fail, so it stops the start instead.
 String checkedHostName(const String& configured)
@@ -128,6 +121,32 @@ String checkedHostName(const String& configured)
 String describeType(CIMType type, Boolean isArray)
 {
     return String(cimTypeToString(type)) + (isArray ? "[]" : "");
+}
+
+CIMException noSuchProperty(const CIMName& className, const CIMName& propertyName)
+{
+    return CIMException(CIM_ERR_NO_SUCH_PROPERTY,
+                        "Class " + className.getString() + " has no property " + propertyName.getString() + ".");
+}
+
+// A value sent as text without a type (a PARAMVALUE without PARAMTYPE,
+// SetProperty's NewValue), read as the declared type; the caller has
+// matched array against scalar.
+CIMValue valueFromText(const CIMValue& text, CIMType type, const std::string& where)
+{
+    if (text.isArray())
+    {
+        Array<String> texts;
+        text.get(texts);
+        std::vector<std::string> items;
+        items.reserve(texts.size());
+        for (Uint32 k = 0; k < texts.size(); ++k)
+            items.push_back(toStd(texts[k]));
+        return qel::cimxml::parseArray(type, items, where);
+    }
+    String single;
+    text.get(single);
+    return qel::cimxml::parseScalar(type, toStd(single), where);
 }
 
 }  // namespace
@@ -159,13 +178,18 @@ void Dispatcher::_checkNamespace(const CIMNamespaceName& nameSpace) const
         throw CIMException(CIM_ERR_INVALID_NAMESPACE, nameSpace.getString());
 }
 
-CIMClass Dispatcher::_instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
+void Dispatcher::_checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
 {
     _checkNamespace(nameSpace);
     if (className.isNull())
         throw CIMException(CIM_ERR_INVALID_PARAMETER, "The request names no class.");
     if (!_repository.classExists(nameSpace, className))
         throw CIMException(CIM_ERR_INVALID_CLASS, className.getString());
+}
+
+CIMClass Dispatcher::_instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
+{
+    _checkInstanceClass(nameSpace, className);
     return _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
 }
 
@@ -269,7 +293,7 @@ CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNa
                                     const CIMPropertyList& propertyList)
 {
     const CIMName className = instanceName.getClassName();
-    _instanceClass(nameSpace, className);
+    _checkInstanceClass(nameSpace, className);
     const ProviderId* provider = _registry.instanceProvider(nameSpace, className);
     if (provider == nullptr)
         throw CIMException(CIM_ERR_NOT_SUPPORTED);
@@ -280,7 +304,7 @@ CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNa
     _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
         p.getInstance(providerContext, path, includeQualifiers, includeClassOrigin, propertyList, handler);
     });
-    return filteredInstance(handler.result(), includeQualifiers, includeClassOrigin, propertyList);
+    return ResultFilter::filtered(handler.takeResult(), includeQualifiers, includeClassOrigin, propertyList);
 }
 
 std::vector<Dispatcher::InstanceTarget> Dispatcher::_instanceTargets(const CIMNamespaceName& nameSpace,
@@ -308,12 +332,13 @@ Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& contex
                                                   Boolean includeClassOrigin,
                                                   const CIMPropertyList& propertyList)
 {
-    CIMClass cimClass = _instanceClass(nameSpace, className);
-
     // Without deep inheritance the properties of subclasses are left out:
     // providers get, and results keep, the requested class's properties.
-    CIMPropertyList effectiveList =
-        (!deepInheritance && propertyList.isNull()) ? classPropertyList(cimClass) : propertyList;
+    CIMPropertyList effectiveList = propertyList;
+    if (!deepInheritance && propertyList.isNull())
+        effectiveList = classPropertyList(_instanceClass(nameSpace, className));
+    else
+        _checkInstanceClass(nameSpace, className);
 
     std::vector<InstanceTarget> targets = _instanceTargets(nameSpace, className);
 
@@ -330,10 +355,13 @@ Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& contex
                 p.enumerateInstances(providerContext, classPath, includeQualifiers, includeClassOrigin,
                                      effectiveList, handler);
             });
+            // The handler holds the last handles on what the provider kept no
+            // handle on: those instances are filtered in place, not copied.
             const Array<CIMInstance>& delivered = handler.result();
+            result.reserveCapacity(result.size() + delivered.size());
             for (Uint32 i = 0; i < delivered.size(); ++i)
                 result.append(
-                    filteredInstance(delivered[i], includeQualifiers, includeClassOrigin, effectiveList));
+                    ResultFilter::filtered(delivered[i], includeQualifiers, includeClassOrigin, effectiveList));
         });
     }
     fanOut.finish();
@@ -344,7 +372,7 @@ Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(const OperationContext& 
                                                         const CIMNamespaceName& nameSpace,
                                                         const CIMName& className)
 {
-    _instanceClass(nameSpace, className);
+    _checkInstanceClass(nameSpace, className);
 
     std::vector<InstanceTarget> targets = _instanceTargets(nameSpace, className);
 
@@ -385,9 +413,7 @@ CIMInstance Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, cons
         CIMConstProperty property = instance.getProperty(i);
         Uint32 pos = cimClass.findProperty(property.getName());
         if (pos == PEG_NOT_FOUND)
-            throw CIMException(CIM_ERR_NO_SUCH_PROPERTY,
-                               "Class " + cimClass.getClassName().getString() + " has no property " +
-                                   property.getName().getString() + ".");
+            throw noSuchProperty(cimClass.getClassName(), property.getName());
         CIMConstProperty declared = static_cast<const CIMClass&>(cimClass).getProperty(pos);
         CIMValue value = property.getValue();
         if (value.getType() != declared.getType() || value.isArray() != declared.isArray())
@@ -440,9 +466,7 @@ void Dispatcher::modifyInstance(const OperationContext& context, const CIMNamesp
         for (Uint32 i = 0; i < propertyList.size(); ++i)
         {
             if (cimClass.findProperty(propertyList[i]) == PEG_NOT_FOUND)
-                throw CIMException(CIM_ERR_NO_SUCH_PROPERTY,
-                                   "Class " + className.getString() + " has no property " +
-                                       propertyList[i].getString() + ".");
+                throw noSuchProperty(className, propertyList[i]);
         }
     }
     const ProviderId* provider = _registry.instanceProvider(nameSpace, className);
@@ -462,7 +486,7 @@ void Dispatcher::deleteInstance(const OperationContext& context, const CIMNamesp
                                 const CIMObjectPath& instanceName)
 {
     const CIMName className = instanceName.getClassName();
-    _instanceClass(nameSpace, className);
+    _checkInstanceClass(nameSpace, className);
     const ProviderId* provider = _registry.instanceProvider(nameSpace, className);
     if (provider == nullptr)
         throw CIMException(CIM_ERR_NOT_SUPPORTED);
@@ -473,6 +497,54 @@ void Dispatcher::deleteInstance(const OperationContext& context, const CIMNamesp
     _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
         p.deleteInstance(providerContext, path, handler);
     });
+}
+
+// ---------------------------------------------------------------------------
+// Property operations: OpenPegasus hands them to the instance provider as a
+// getInstance or a modifyInstance of that one property.
+
+CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                 const CIMObjectPath& instanceName, const CIMName& propertyName)
+{
+    const CIMName className = instanceName.getClassName();
+    if (propertyName.isNull())
+        throw CIMException(CIM_ERR_INVALID_PARAMETER, "The request names no property.");
+    if (_instanceClass(nameSpace, className).findProperty(propertyName) == PEG_NOT_FOUND)
+        throw noSuchProperty(className, propertyName);
+
+    CIMInstance instance = getInstance(context, nameSpace, instanceName, false, false, false,
+                                       CIMPropertyList(Array<CIMName>(1, propertyName)));
+    const Uint32 pos = instance.findProperty(propertyName);
+    // A provider may leave a declared property out; OpenPegasus then answers so.
+    if (pos == PEG_NOT_FOUND)
+        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY, propertyName.getString());
+    return instance.getProperty(pos).getValue();
+}
+
+void Dispatcher::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                             const CIMObjectPath& instanceName, const CIMName& propertyName,
+                             const CIMValue& newValue)
+{
+    const CIMName className = instanceName.getClassName();
+    if (propertyName.isNull())
+        throw CIMException(CIM_ERR_INVALID_PARAMETER, "The request names no property.");
+    CIMClass cimClass = _instanceClass(nameSpace, className);
+    const Uint32 pos = cimClass.findProperty(propertyName);
+    if (pos == PEG_NOT_FOUND)
+        throw noSuchProperty(className, propertyName);
+
+    CIMConstProperty declared = static_cast<const CIMClass&>(cimClass).getProperty(pos);
+    CIMValue value = newValue;
+    if (!value.isNull() && value.getType() == CIMTYPE_STRING && declared.getType() != CIMTYPE_STRING &&
+        value.isArray() == declared.isArray())
+        value = valueFromText(value, declared.getType(),
+                              "property " + toStd(propertyName.getString()) + " of class " +
+                                  toStd(className.getString()));
+
+    CIMInstance instance(className);
+    instance.setPath(instanceName);
+    instance.addProperty(CIMProperty(propertyName, value));
+    modifyInstance(context, nameSpace, instance, false, CIMPropertyList(Array<CIMName>(1, propertyName)));
 }
 
 // ---------------------------------------------------------------------------
@@ -502,16 +574,23 @@ std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
     const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& classFilter,
     const String& role) const
 {
-    std::vector<AssociationTarget> targets;
-    for (const CIMName& assoc :
-         _associations.referencingClasses(nameSpace, objectName.getClassName(), classFilter, role))
-    {
-        const ProviderId* provider = _registry.associationProvider(nameSpace, assoc);
-        if (provider)
-            targets.push_back(AssociationTarget{assoc, provider});
-    }
-    if (targets.empty())
-        throw notSupportedForClass(objectName.getClassName());
+    const CIMName className = objectName.getClassName();
+    auto served = [&](const CIMName& filter, const String& byRole) {
+        std::vector<AssociationTarget> found;
+        for (const CIMName& assoc : _associations.referencingClasses(nameSpace, className, filter, byRole))
+        {
+            const ProviderId* provider = _registry.associationProvider(nameSpace, assoc);
+            if (provider)
+                found.push_back(AssociationTarget{assoc, provider});
+        }
+        return found;
+    };
+    std::vector<AssociationTarget> targets = served(classFilter, role);
+    // Filters that rule out every association served for the object leave
+    // nobody to ask: an empty answer, as OpenPegasus gives. None served for
+    // the object at all: the request cannot be answered.
+    if (targets.empty() && served(CIMName(), String()).empty())
+        throw notSupportedForClass(className);
     return targets;
 }
 
@@ -547,8 +626,7 @@ void Dispatcher::_appendObjects(Array<CIMObject>& result, const Array<CIMObject>
 {
     for (Uint32 i = 0; i < delivered.size(); ++i)
     {
-        CIMObject object = delivered[i].clone();
-        object.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
+        CIMObject object = ResultFilter::filtered(delivered[i], includeQualifiers, includeClassOrigin, propertyList);
         object.setPath(_completedPath(object.getPath(), nameSpace));
         result.append(object);
     }
@@ -728,23 +806,8 @@ Array<CIMParamValue> Dispatcher::_typedParameters(const CIMClass& cimClass, cons
         }
         else if (!given.isTyped() && value.getType() == CIMTYPE_STRING)
         {
-            // Text of a PARAMVALUE without PARAMTYPE: read as the declared type.
-            std::string where = "parameter " + toStd(name) + " of method " + toStd(methodName.getString());
-            if (isArray)
-            {
-                Array<String> texts;
-                value.get(texts);
-                std::vector<std::string> items;
-                for (Uint32 k = 0; k < texts.size(); ++k)
-                    items.push_back(toStd(texts[k]));
-                result = qel::cimxml::parseArray(type, items, where);
-            }
-            else
-            {
-                String text;
-                value.get(text);
-                result = qel::cimxml::parseScalar(type, toStd(text), where);
-            }
+            result = valueFromText(value, type,
+                                   "parameter " + toStd(name) + " of method " + toStd(methodName.getString()));
         }
         else
         {

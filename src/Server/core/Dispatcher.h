@@ -8,9 +8,13 @@
 //   unknown class (GetClass)             CIM_ERR_NOT_FOUND
 //   unknown class (InvokeMethod)         CIM_ERR_NOT_FOUND
 //   unknown class (association object)   CIM_ERR_INVALID_PARAMETER
+//   unknown property                     CIM_ERR_NO_SUCH_PROPERTY
 //   unknown method                       CIM_ERR_METHOD_NOT_FOUND
 //   no provider for the operation        CIM_ERR_NOT_SUPPORTED
-//                                        (InvokeMethod: CIM_ERR_METHOD_NOT_AVAILABLE)
+//                                        (InvokeMethod: CIM_ERR_METHOD_NOT_AVAILABLE;
+//                                        associations: when none serves the
+//                                        object, while filters that rule out
+//                                        every one served answer nothing)
 //   provider's CIMException              its code and message
 //   provider's other exceptions          CIM_ERR_FAILED with their text
 //
@@ -121,9 +125,28 @@ public:
         const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName);
 
+    // Property operations, answered by the instance provider as OpenPegasus
+    // answers them. getProperty: the value from a getInstance whose property
+    // list names only that property; CIM_ERR_NO_SUCH_PROPERTY when the class
+    // declares no such property or the provider leaves it out.
+    CIMValue getProperty(
+        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName);
+
+    // A modifyInstance of an instance that carries only that property, with
+    // a property list naming only it. A string value of a property declared
+    // otherwise is text read as the declared type (CIM-XML sends NewValue
+    // without one; malformed text: CIM_ERR_INVALID_PARAMETER); anything
+    // else is checked as modifyInstance checks it.
+    void setProperty(
+        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName,
+        const CIMValue& newValue);
+
     // Association operations. An objectName with key bindings is an
     // instance request, answered by the association providers registered
-    // for the association classes that can reference the object's class;
+    // for the association classes that can reference the object's class
+    // (filters that leave none of them: an empty answer, as OpenPegasus gives);
     // one without keys is a class request, answered from the repository.
     Array<CIMObject> associators(
         const OperationContext& context, const CIMNamespaceName& nameSpace,
@@ -172,6 +195,9 @@ private:
     };
 
     void _checkNamespace(const CIMNamespaceName& nameSpace) const;
+    // The checks of an instance request's namespace and class; _instanceClass also
+    // fetches the class, which most requests do not need.
+    void _checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     CIMClass _instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     void _checkAssociationRequest(
         const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,

@@ -2,7 +2,6 @@
 
 #include "Dispatcher.h"
 
-#include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 
 namespace Pegasus {
@@ -133,26 +132,14 @@ Array<CIMObjectPath> ServerCIMOMHandleRep::referenceNames(const OperationContext
 CIMValue ServerCIMOMHandleRep::getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
                                            const CIMObjectPath& instanceName, const CIMName& propertyName)
 {
-    Array<CIMName> names;
-    names.append(propertyName);
-    CIMInstance instance = _server().getInstance(context, nameSpace, instanceName, false, false, false,
-                                                   CIMPropertyList(names));
-    Uint32 pos = instance.findProperty(propertyName);
-    if (pos == PEG_NOT_FOUND)
-        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY, propertyName.getString());
-    return instance.getProperty(pos).getValue();
+    return _server().getProperty(context, nameSpace, instanceName, propertyName);
 }
 
 void ServerCIMOMHandleRep::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
                                        const CIMObjectPath& instanceName, const CIMName& propertyName,
                                        const CIMValue& newValue)
 {
-    CIMInstance instance(instanceName.getClassName());
-    instance.setPath(instanceName);
-    instance.addProperty(CIMProperty(propertyName, newValue));
-    Array<CIMName> names;
-    names.append(propertyName);
-    _server().modifyInstance(context, nameSpace, instance, false, CIMPropertyList(names));
+    _server().setProperty(context, nameSpace, instanceName, propertyName, newValue);
 }
 
 CIMValue ServerCIMOMHandleRep::invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,

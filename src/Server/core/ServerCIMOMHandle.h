@@ -78,12 +78,10 @@ public:
                                         const CIMObjectPath& objectName, const CIMName& resultClass,
                                         const String& role) override;
 
-    // The property's value, read through getInstance with a one-name
-    // property list. CIM_ERR_NO_SUCH_PROPERTY when the instance lacks it.
+    // As the dispatcher's getProperty and setProperty.
     CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
                          const CIMObjectPath& instanceName, const CIMName& propertyName) override;
 
-    // A modifyInstance of that one property.
     void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
                      const CIMObjectPath& instanceName, const CIMName& propertyName,
                      const CIMValue& newValue) override;

@@ -65,6 +65,13 @@ void GetInstanceResponseHandler::complete()
     _protocol.markComplete();
 }
 
+CIMInstance GetInstanceResponseHandler::takeResult()
+{
+    CIMInstance taken = result();
+    _instance = CIMInstance();
+    return taken;
+}
+
 CIMInstance GetInstanceResponseHandler::result() const
 {
     if (!_protocol.completed() || !_delivered)

@@ -93,6 +93,10 @@ public:
     // The instance, once the provider has completed; throws the
     // CIM_ERR_FAILED "Too few objects delivered." otherwise.
     CIMInstance result() const;
+    // As result(), once, the handler letting go of its own handle on the
+    // instance: what the provider no longer holds can then be filtered
+    // without a copy.
+    CIMInstance takeResult();
 
 private:
     CIMObjectPath _requestedName;

@@ -73,9 +73,10 @@ void CimHttpService::handle(HttpRequest request, std::shared_ptr<ConnectionInfo>
                             std::function<void(HttpResponse)> done) {
   // Password hashing and the operation itself are slow: both run on a worker.
   auto job = [this, request = std::move(request), connection, done]() {
+    cimxml::CimResponse result;
     HttpResponse response;
     try {
-      response = process(request, *connection);
+      response = process(request, *connection, result);
     } catch (const std::exception& e) {
       ServerLog::error(std::string("request failed unexpectedly: ") + e.what());
       response = HttpResponse::text(500, "internal server error");
@@ -124,6 +125,12 @@ bool CimHttpService::authenticate(const HttpRequest& request, ConnectionInfo& co
 }
 
 HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection) {
+  cimxml::CimResponse result;
+  return process(request, connection, result);
+}
+
+HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection,
+                                     cimxml::CimResponse& response) {
   const bool mpost = request.method == "M-POST";
   if (request.method != "POST" && !mpost) {
     HttpResponse r = HttpResponse::text(405, "only POST and M-POST are accepted");
@@ -169,7 +176,6 @@ HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo&
   if (!decoded.failed && !cimxml::cimObjectMatches(cimHeader("CIMObject"), cim))
     return cimError(400, "header-mismatch", "CIMObject header does not match the object in the body");
 
-  cimxml::CimResponse response;
   response.messageId = cim.messageId;
   response.operation = cim.operation;
   response.methodName = cim.methodName;

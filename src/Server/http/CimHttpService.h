@@ -9,6 +9,7 @@
 #include "OperationExecutor.h"
 
 #include <Server/auth/BasicAuthenticator.h>
+#include <Server/xml/Messages.h>
 
 #include <functional>
 #include <string>
@@ -37,6 +38,10 @@ class CimHttpService : public RequestHandler {
   HttpResponse process(const HttpRequest& request, ConnectionInfo& connection);
 
  private:
+  // As above, leaving the operation's result in `result`: a worker lets go of it only
+  // once the encoded answer is on its way, so that freeing a large result (thousands of
+  // instances) overlaps the sending instead of delaying it.
+  HttpResponse process(const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result);
   bool authenticate(const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
                     HttpResponse& refusal);
 

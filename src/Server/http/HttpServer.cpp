@@ -52,6 +52,8 @@ struct HttpServer::Impl : std::enable_shared_from_this<HttpServer::Impl> {
   HttpServerOptions options;
   RequestHandler& handler;
   net::io_context ioc;
+  // Accept completions and acceptor closes run here, one at a time, whatever thread runs them.
+  net::strand<net::io_context::executor_type> acceptStrand{net::make_strand(ioc)};
   std::optional<net::executor_work_guard<net::io_context::executor_type>> work;
   std::optional<net::ip::tcp::acceptor> tcpAcceptor;
   std::optional<net::local::stream_protocol::acceptor> localAcceptor;
@@ -202,8 +204,8 @@ void HttpServer::Impl::startSession(typename Protocol::socket socket, std::share
 }
 
 void HttpServer::Impl::acceptTcp() {
-  tcpAcceptor->async_accept(net::make_strand(ioc), [self = shared_from_this()](beast::error_code ec,
-                                                                               net::ip::tcp::socket socket) {
+  tcpAcceptor->async_accept(net::make_strand(ioc), net::bind_executor(acceptStrand, [self = shared_from_this()](
+                                                                   beast::error_code ec, net::ip::tcp::socket socket) {
     if (ec == net::error::operation_aborted || !self->tcpAcceptor->is_open()) return;
     if (!ec) {
       auto info = std::make_shared<ConnectionInfo>();
@@ -215,11 +217,11 @@ void HttpServer::Impl::acceptTcp() {
       self->startSession<net::ip::tcp>(std::move(socket), std::move(info));
     }
     self->acceptTcp();
-  });
+  }));
 }
 
 void HttpServer::Impl::acceptLocal() {
-  localAcceptor->async_accept(net::make_strand(ioc), [self = shared_from_this()](
+  localAcceptor->async_accept(net::make_strand(ioc), net::bind_executor(acceptStrand, [self = shared_from_this()](
                                                          beast::error_code ec, net::local::stream_protocol::socket socket) {
     if (ec == net::error::operation_aborted || !self->localAcceptor->is_open()) return;
     if (!ec) {
@@ -230,7 +232,7 @@ void HttpServer::Impl::acceptLocal() {
       self->startSession<net::local::stream_protocol>(std::move(socket), std::move(info));
     }
     self->acceptLocal();
-  });
+  }));
 }
 
 HttpServer::HttpServer(HttpServerOptions options, RequestHandler& handler)
@@ -283,7 +285,7 @@ void HttpServer::start() {
 void HttpServer::stopAccepting() {
   std::shared_ptr<Impl> s = impl_;
   if (!s->started) return;
-  net::post(s->ioc, [s] {
+  net::post(s->acceptStrand, [s] {
     beast::error_code ec;
     if (s->tcpAcceptor) s->tcpAcceptor->close(ec);
     if (s->localAcceptor) {

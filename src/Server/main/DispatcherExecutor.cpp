@@ -64,6 +64,12 @@ void DispatcherExecutor::run(const CimRequest& r, const OperationContext& ctx, C
     case Operation::DeleteInstance:
       d.deleteInstance(ctx, ns, r.objectName);
       return;
+    case Operation::GetProperty:
+      out.value = d.getProperty(ctx, ns, r.objectName, r.propertyName);
+      return;
+    case Operation::SetProperty:
+      d.setProperty(ctx, ns, r.objectName, r.propertyName, r.newValue);
+      return;
     case Operation::Associators:
       out.objects = d.associators(ctx, ns, r.objectName, r.assocClass, r.resultClass, r.role, r.resultRole,
                                   r.includeQualifiers, r.includeClassOrigin, r.propertyList);
@@ -84,8 +90,6 @@ void DispatcherExecutor::run(const CimRequest& r, const OperationContext& ctx, C
     case Operation::CreateClass:
     case Operation::ModifyClass:
     case Operation::DeleteClass:
-    case Operation::GetProperty:
-    case Operation::SetProperty:
     case Operation::ExecQuery:
       break;
   }

@@ -12,7 +12,7 @@ class DispatcherExecutor : public http::OperationExecutor {
  public:
   explicit DispatcherExecutor(Pegasus::Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
 
-  // Operations the dispatcher does not offer (class changes, properties, queries) end in
+  // Operations the dispatcher does not offer (class changes, queries) end in
   // CIM_ERR_NOT_SUPPORTED; exceptions become CIM errors as a CIMOM reports them.
   void execute(const cimxml::CimRequest& request, const http::ClientIdentity& client,
                cimxml::CimResponse& response) override;

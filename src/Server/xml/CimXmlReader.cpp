@@ -33,15 +33,27 @@ std::string describe(pugi::xml_node node) {
 
 bool is(pugi::xml_node node, const char* name) { return std::strcmp(node.name(), name) == 0; }
 
-const char* requiredAttribute(pugi::xml_node node, const char* name) {
-  pugi::xml_attribute a = node.attribute(name);
+// Distinct names a reader remembers (a class has a few dozen).
+constexpr size_t kMaxKnownNames = 1024;
+
+// The element as error messages name it, described only if one is thrown.
+TextOrigin originOf(pugi::xml_node node) {
+  return TextOrigin([node] { return describe(node); });
+}
+
+// The attribute helpers come in two forms: given the attribute `a` named `name` of `node`
+// when the caller has found it already, or looking it up.
+const char* requiredAttribute(pugi::xml_node node, pugi::xml_attribute a, const char* name) {
   if (!a) invalidElement(node, std::string("missing attribute ") + name);
   return a.value();
 }
 
+const char* requiredAttribute(pugi::xml_node node, const char* name) {
+  return requiredAttribute(node, node.attribute(name), name);
+}
+
 // Boolean attribute with its default when absent.
-bool booleanAttribute(pugi::xml_node node, const char* name, bool dflt) {
-  pugi::xml_attribute a = node.attribute(name);
+bool booleanAttribute(pugi::xml_node node, pugi::xml_attribute a, const char* name, bool dflt) {
   if (!a) return dflt;
   bool b;
   if (!parseBooleanText(a.value(), b))
@@ -49,8 +61,11 @@ bool booleanAttribute(pugi::xml_node node, const char* name, bool dflt) {
   return b;
 }
 
-Uint32 arraySizeAttribute(pugi::xml_node node) {
-  pugi::xml_attribute a = node.attribute("ARRAYSIZE");
+bool booleanAttribute(pugi::xml_node node, const char* name, bool dflt) {
+  return booleanAttribute(node, node.attribute(name), name, dflt);
+}
+
+Uint32 arraySizeAttribute(pugi::xml_node node, pugi::xml_attribute a) {
   if (!a) return 0;
   const char* s = a.value();
   char* end = nullptr;
@@ -60,22 +75,65 @@ Uint32 arraySizeAttribute(pugi::xml_node node) {
   return static_cast<Uint32>(n);
 }
 
-CIMType typeAttributeOf(pugi::xml_node node, const char* attribute) {
-  const char* text = requiredAttribute(node, attribute);
+Uint32 arraySizeAttribute(pugi::xml_node node) { return arraySizeAttribute(node, node.attribute("ARRAYSIZE")); }
+
+CIMType typeAttributeOf(pugi::xml_node node, pugi::xml_attribute a, const char* attribute) {
+  const char* text = requiredAttribute(node, a, attribute);
   CIMType t;
   if (!parseTypeAttribute(text, t)) invalidElement(node, std::string("unknown CIM type \"") + text + "\"");
   return t;
 }
 
-// EmbeddedObject (or the older upper-case spelling): "", "object" or "instance".
-std::string embeddedAttribute(pugi::xml_node node) {
-  pugi::xml_attribute a = node.attribute("EmbeddedObject");
-  if (!a) a = node.attribute("EMBEDDEDOBJECT");
+CIMType typeAttributeOf(pugi::xml_node node, const char* attribute) {
+  return typeAttributeOf(node, node.attribute(attribute), attribute);
+}
+
+// EmbeddedObject (or the older upper-case spelling, asked only when the first is absent):
+// "", "object" or "instance".
+std::string embeddedAttribute(pugi::xml_node node, pugi::xml_attribute a, pugi::xml_attribute upper) {
+  if (!a) a = upper;
   if (!a) return std::string();
   if (std::strcmp(a.value(), "object") != 0 && std::strcmp(a.value(), "instance") != 0)
     invalidElement(node, std::string("EmbeddedObject must be object or instance, not \"") + a.value() + "\"");
   return a.value();
 }
+
+std::string embeddedAttribute(pugi::xml_node node) {
+  const pugi::xml_attribute a = node.attribute("EmbeddedObject");
+  return embeddedAttribute(node, a, a ? pugi::xml_attribute() : node.attribute("EMBEDDEDOBJECT"));
+}
+
+// The attributes a PROPERTY element may carry, found in one walk over them:
+// xml_node::attribute walks them all again for every name asked, and properties are read
+// by the thousand. Of two attributes of the same name the first counts, as
+// xml_node::attribute finds it.
+struct PropertyAttributes {
+  explicit PropertyAttributes(pugi::xml_node node) {
+    for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
+      pugi::xml_attribute* slot = slotFor(a.name());
+      if (slot && !*slot) *slot = a;
+    }
+  }
+
+  pugi::xml_attribute name, type, embedded, embeddedUpper, arraySize, referenceClass, classOrigin, propagated;
+
+ private:
+  pugi::xml_attribute* slotFor(const char* n) {
+    auto named = [n](const char* wanted, pugi::xml_attribute* slot) {
+      return std::strcmp(n, wanted) == 0 ? slot : nullptr;
+    };
+    switch (n[0]) {
+      case 'N': return named("NAME", &name);
+      case 'T': return named("TYPE", &type);
+      case 'E': return n[1] == 'm' ? named("EmbeddedObject", &embedded) : named("EMBEDDEDOBJECT", &embeddedUpper);
+      case 'A': return named("ARRAYSIZE", &arraySize);
+      case 'R': return named("REFERENCECLASS", &referenceClass);
+      case 'C': return named("CLASSORIGIN", &classOrigin);
+      case 'P': return named("PROPAGATED", &propagated);
+      default: return nullptr;
+    }
+  }
+};
 
 // Only a string-typed element may carry embedded objects.
 CIMType embeddedType(pugi::xml_node node, CIMType declared, const std::string& embedded) {
@@ -126,11 +184,11 @@ void validateKeyText(pugi::xml_node node, CIMKeyBinding::Type type, const std::s
     // Integer keys in decimal or hexadecimal, or real numbers.
     try {
       if (!text.empty() && text[0] == '-')
-        parseScalar(CIMTYPE_SINT64, text, describe(node));
+        parseScalar(CIMTYPE_SINT64, text, originOf(node));
       else
-        parseScalar(CIMTYPE_UINT64, text, describe(node));
+        parseScalar(CIMTYPE_UINT64, text, originOf(node));
     } catch (const CIMException&) {
-      parseScalar(CIMTYPE_REAL64, text, describe(node));
+      parseScalar(CIMTYPE_REAL64, text, originOf(node));
     }
   }
 }
@@ -155,18 +213,35 @@ void parseDocument(pugi::xml_document& doc, const char* data, size_t size) {
       throw ProtocolError(400, "request-not-well-formed", "document type declarations are not accepted");
 }
 
+namespace {
+
+// Whether child `c` of `node` is an element; text other than white space is an error.
+bool isElementChild(pugi::xml_node node, pugi::xml_node c) {
+  switch (c.type()) {
+    case pugi::node_element: return true;
+    case pugi::node_pcdata:
+    case pugi::node_cdata:
+      if (!isWhiteSpace(c.value())) invalidElement(node, "text is not allowed here");
+      return false;
+    default: return false;
+  }
+}
+
+// Visits the children elementChildren() returns, in order, without collecting them: all
+// the text is checked before the first element is visited, as elementChildren() does.
+template <class Visit>
+void forEachElementChild(pugi::xml_node node, Visit visit) {
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) isElementChild(node, c);
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling())
+    if (c.type() == pugi::node_element) visit(c);
+}
+
+}  // namespace
+
 std::vector<pugi::xml_node> elementChildren(pugi::xml_node node) {
   std::vector<pugi::xml_node> out;
-  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) {
-    switch (c.type()) {
-      case pugi::node_element: out.push_back(c); break;
-      case pugi::node_pcdata:
-      case pugi::node_cdata:
-        if (!isWhiteSpace(c.value())) invalidElement(node, "text is not allowed here");
-        break;
-      default: break;
-    }
-  }
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling())
+    if (isElementChild(node, c)) out.push_back(c);
   return out;
 }
 
@@ -178,10 +253,27 @@ CimXmlReader::Depth::Depth(CimXmlReader& r, pugi::xml_node node) : reader(r) {
 }
 
 CIMName CimXmlReader::name(pugi::xml_node node, const char* attribute) {
-  const char* text = requiredAttribute(node, attribute);
-  if (!CIMName::legal(fromUtf8(text, describe(node).c_str())))
+  return name(node, attribute, node.attribute(attribute));
+}
+
+CIMName CimXmlReader::name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found) {
+  const char* text = requiredAttribute(node, found, attribute);
+  const auto known = names_.find(std::string_view(text));
+  if (known != names_.end()) return known->second;
+  String decoded;
+  try {
+    decoded = String(text);
+  } catch (const Exception&) {
+    throwNotUtf8(describe(node).c_str());
+  }
+  if (!CIMName::legal(decoded))
     invalidElement(node, std::string(attribute) + " \"" + text + "\" is not a valid CIM name");
-  return CIMName(String(text));
+  const CIMName result(decoded);
+  if (names_.size() < kMaxKnownNames) {
+    nameTexts_.emplace_back(text);
+    names_.emplace(nameTexts_.back(), result);
+  }
+  return result;
 }
 
 CIMNamespaceName CimXmlReader::localNamespacePath(pugi::xml_node node) {
@@ -312,7 +404,7 @@ CIMObject CimXmlReader::embeddedObject(pugi::xml_node valueNode, const std::stri
 }
 
 CIMValue CimXmlReader::typedValue(pugi::xml_node node, CIMType type, const std::string& embedded) {
-  const std::string where = describe(node);
+  const TextOrigin where = originOf(node);
   if (is(node, "VALUE.REFERENCE")) {
     if (type != CIMTYPE_REFERENCE) invalidElement(node, "a reference where a value of another type is declared");
     return CIMValue(valueReference(node));
@@ -411,35 +503,41 @@ CIMQualifier CimXmlReader::qualifier(pugi::xml_node node) {
 }
 
 CIMProperty CimXmlReader::property(pugi::xml_node node) {
-  const CIMName pName = name(node, "NAME");
+  const PropertyAttributes attributes(node);
+  const CIMName pName = name(node, "NAME", attributes.name);
   const bool isRef = is(node, "PROPERTY.REFERENCE");
   const bool isArray = is(node, "PROPERTY.ARRAY");
   if (!isRef && !isArray && !is(node, "PROPERTY"))
     invalidElement(node, "expected PROPERTY, PROPERTY.ARRAY or PROPERTY.REFERENCE");
   CIMType type = CIMTYPE_REFERENCE;
-  if (!isRef) type = embeddedType(node, typeAttributeOf(node, "TYPE"), embeddedAttribute(node));
-  const Uint32 arraySize = isArray ? arraySizeAttribute(node) : 0;
+  std::string embedded;  // read once for the type and the value
+  if (!isRef)
+    type = embeddedType(node, typeAttributeOf(node, attributes.type, "TYPE"),
+                        embedded = embeddedAttribute(node, attributes.embedded, attributes.embeddedUpper));
+  const Uint32 arraySize = isArray ? arraySizeAttribute(node, attributes.arraySize) : 0;
   CIMName referenceClass;
-  if (isRef && node.attribute("REFERENCECLASS")) referenceClass = name(node, "REFERENCECLASS");
+  if (isRef && attributes.referenceClass) referenceClass = name(node, "REFERENCECLASS", attributes.referenceClass);
   CIMName classOrigin;
-  if (node.attribute("CLASSORIGIN")) classOrigin = name(node, "CLASSORIGIN");
-  const bool propagated = booleanAttribute(node, "PROPAGATED", false);
+  if (attributes.classOrigin) classOrigin = name(node, "CLASSORIGIN", attributes.classOrigin);
+  const bool propagated = booleanAttribute(node, attributes.propagated, "PROPAGATED", false);
 
   Array<CIMQualifier> qualifiers;
-  CIMValue value = CIMValue(type, isArray, arraySize);
+  CIMValue value;  // the typed null unless a value element follows
   bool seenValue = false;
-  for (pugi::xml_node c : elementChildren(node)) {
+  forEachElementChild(node, [&](pugi::xml_node c) {
     if (is(c, "QUALIFIER")) {
       if (seenValue) invalidElement(c, "QUALIFIER must come before the value");
       qualifiers.append(qualifier(c));
-      continue;
+      return;
     }
     if (seenValue) invalidElement(c, "only one value is allowed");
     const char* expected = isRef ? "VALUE.REFERENCE" : isArray ? "VALUE.ARRAY" : "VALUE";
     expectName(c, expected);
-    value = typedValue(c, type, embeddedAttribute(node));
+    value = typedValue(c, type,
+                       isRef ? embeddedAttribute(node, attributes.embedded, attributes.embeddedUpper) : embedded);
     seenValue = true;
-  }
+  });
+  if (!seenValue) value = CIMValue(type, isArray, arraySize);
   return guarded(node, [&] {
     CIMProperty p(pName, value, arraySize, referenceClass, classOrigin, propagated);
     for (Uint32 i = 0; i < qualifiers.size(); ++i) p.addQualifier(qualifiers[i]);
@@ -452,17 +550,17 @@ CIMInstance CimXmlReader::instance(pugi::xml_node node) {
   const CIMName cls = name(node, "CLASSNAME");
   CIMInstance inst(cls);
   bool seenProperty = false;
-  for (pugi::xml_node c : elementChildren(node)) {
+  forEachElementChild(node, [&](pugi::xml_node c) {
     if (is(c, "QUALIFIER")) {
       if (seenProperty) invalidElement(c, "QUALIFIER must come before the properties");
       const CIMQualifier q = qualifier(c);
       guarded(c, [&] { inst.addQualifier(q); return 0; });
-      continue;
+      return;
     }
     const CIMProperty p = property(c);
     seenProperty = true;
     guarded(c, [&] { inst.addProperty(p); return 0; });
-  }
+  });
   return inst;
 }
 

@@ -16,7 +16,10 @@
 
 #include <pugixml.hpp>
 
+#include <deque>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace qel {
@@ -85,6 +88,14 @@ class CimXmlReader {
 
   unsigned depth_ = 0;
   unsigned maxDepth_;
+  // As name(node, attribute), given the attribute when the caller has found it already.
+  Pegasus::CIMName name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found);
+
+  // Names read so far, by their text: a response repeats the same property names for
+  // every instance, and each is decoded and checked once. Bounded, since the text is
+  // the peer's. nameTexts_ owns the texts the keys view.
+  std::deque<std::string> nameTexts_;
+  std::unordered_map<std::string_view, Pegasus::CIMName> names_;
 };
 
 }  // namespace cimxml

@@ -10,6 +10,7 @@
 #include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <string_view>
 #include <vector>
 
 using namespace Pegasus;
@@ -18,7 +19,9 @@ namespace qel {
 namespace cimxml {
 namespace {
 
-void attr(std::string& out, const char* name, const String& value) {
+// Attribute and element names are literals: as string_views their lengths are known when
+// compiled, not counted for every property written.
+void attr(std::string& out, std::string_view name, const String& value) {
   out += ' ';
   out += name;
   out += "=\"";
@@ -26,7 +29,7 @@ void attr(std::string& out, const char* name, const String& value) {
   out += '"';
 }
 
-void attr(std::string& out, const char* name, const char* value) {
+void attr(std::string& out, std::string_view name, const char* value) {
   out += ' ';
   out += name;
   out += "=\"";
@@ -37,7 +40,7 @@ void attr(std::string& out, const char* name, const char* value) {
 bool isEmbedded(CIMType t) { return t == CIMTYPE_OBJECT || t == CIMTYPE_INSTANCE; }
 
 // TYPE and, for embedded objects, the EmbeddedObject marker (they travel as strings).
-void typeAttrs(std::string& out, CIMType t, const char* typeAttr = "TYPE") {
+void typeAttrs(std::string& out, CIMType t, std::string_view typeAttr = "TYPE") {
   if (isEmbedded(t)) {
     attr(out, typeAttr, "string");
     attr(out, "EmbeddedObject", t == CIMTYPE_OBJECT ? "object" : "instance");
@@ -96,7 +99,7 @@ void writeFlavor(std::string& out, const CIMFlavor& f) {
 
 template <class Q>
 void writeQualifier(std::string& out, const Q& q) {
-  const CIMValue v = q.getValue();
+  const CIMValue& v = q.getValue();
   out += "<QUALIFIER";
   attr(out, "NAME", q.getName().getString());
   typeAttrs(out, v.getType());
@@ -114,9 +117,11 @@ void writeQualifiers(std::string& out, const T& owner) {
 
 template <class P>
 void writeProperty(std::string& out, const P& p) {
-  const CIMValue v = p.getValue();
+  const CIMValue& v = p.getValue();
   const CIMType t = p.getType();
-  const char* element = t == CIMTYPE_REFERENCE ? "PROPERTY.REFERENCE" : p.isArray() ? "PROPERTY.ARRAY" : "PROPERTY";
+  const std::string_view element = t == CIMTYPE_REFERENCE ? std::string_view("PROPERTY.REFERENCE")
+                                   : p.isArray()            ? std::string_view("PROPERTY.ARRAY")
+                                                            : std::string_view("PROPERTY");
   out += '<';
   out += element;
   attr(out, "NAME", p.getName().getString());
@@ -139,7 +144,7 @@ void writeProperty(std::string& out, const P& p) {
 template <class P>
 void writeParameter(std::string& out, const P& p) {
   const CIMType t = p.getType();
-  const char* element;
+  std::string_view element;
   if (t == CIMTYPE_REFERENCE)
     element = p.isArray() ? "PARAMETER.REFARRAY" : "PARAMETER.REFERENCE";
   else
@@ -302,6 +307,13 @@ void writeValue(std::string& out, const CIMValue& value) {
   if (!value.isArray()) {
     if (isEmbedded(t)) {
       writeTextValue(out, scalarEmbeddedText(value));
+    } else if (t == CIMTYPE_STRING) {
+      // Strings, the commonest values, go straight from their UTF-16 units.
+      String text;
+      value.get(text);
+      out += "<VALUE>";
+      appendEscaped(out, text);
+      out += "</VALUE>";
     } else {
       out += "<VALUE>";
       std::string text;

@@ -7,6 +7,7 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <algorithm>
 #include <cstring>
 #include <strings.h>
 
@@ -25,6 +26,22 @@ CIMObjectPath completed(const CIMObjectPath& path, const String& host, const CIM
   return p;
 }
 
+// Writes n items; after the first, makes room for the rest at its size (and a margin), so
+// that a large answer is grown once rather than doubled up through ever larger copies.
+// Beyond the cap, growth is left to the string.
+template <class Write>
+void writeItems(std::string& out, Uint32 n, Write write) {
+  constexpr size_t kMaxReserved = size_t(1) << 28;
+  for (Uint32 i = 0; i < n; ++i) {
+    const size_t before = out.size();
+    write(i);
+    if (i == 0 && n > 1) {
+      const size_t rest = (out.size() - before) * (n - 1) / 8 * 9 + 1024;
+      out.reserve(out.size() + std::min(rest, kMaxReserved));
+    }
+  }
+}
+
 void writeResult(std::string& out, const CimResponse& r, ResultKind kind, const String& host,
                  const CIMNamespaceName& ns) {
   switch (kind) {
@@ -33,27 +50,28 @@ void writeResult(std::string& out, const CimResponse& r, ResultKind kind, const 
       return;
     case ResultKind::Class: writeClass(out, r.cimClass); break;
     case ResultKind::Classes:
-      for (Uint32 i = 0; i < r.classes.size(); ++i) writeClass(out, r.classes[i]);
+      writeItems(out, r.classes.size(), [&](Uint32 i) { writeClass(out, r.classes[i]); });
       break;
     case ResultKind::ClassNames:
       for (Uint32 i = 0; i < r.classNames.size(); ++i) writeClassName(out, r.classNames[i]);
       break;
     case ResultKind::Instance: writeInstance(out, r.instance); break;
     case ResultKind::NamedInstances:
-      for (Uint32 i = 0; i < r.instances.size(); ++i) writeNamedInstance(out, r.instances[i]);
+      writeItems(out, r.instances.size(), [&](Uint32 i) { writeNamedInstance(out, r.instances[i]); });
       break;
     case ResultKind::InstanceNames:
-      for (Uint32 i = 0; i < r.paths.size(); ++i) writeInstanceName(out, r.paths[i]);
+      writeItems(out, r.paths.size(), [&](Uint32 i) { writeInstanceName(out, r.paths[i]); });
       break;
     case ResultKind::CreatedName:
       if (r.paths.size() != 0) writeInstanceName(out, r.paths[0]);
       break;
     case ResultKind::ObjectsWithPath:
-      for (Uint32 i = 0; i < r.objects.size(); ++i)
+      writeItems(out, r.objects.size(), [&](Uint32 i) {
         writeObjectWithPath(out, r.objects[i], completed(r.objects[i].getPath(), host, ns));
+      });
       break;
     case ResultKind::ObjectPaths:
-      for (Uint32 i = 0; i < r.paths.size(); ++i) writeObjectPath(out, completed(r.paths[i], host, ns));
+      writeItems(out, r.paths.size(), [&](Uint32 i) { writeObjectPath(out, completed(r.paths[i], host, ns)); });
       break;
     case ResultKind::PropertyValue: writeValue(out, r.value); break;
   }

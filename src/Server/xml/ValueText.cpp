@@ -7,11 +7,13 @@
 #include <Pegasus/Common/Exception.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
 #include <strings.h>
 
 using namespace Pegasus;
@@ -22,7 +24,7 @@ namespace {
 
 struct TypeName {
   CIMType type;
-  const char* name;
+  std::string_view name;  // a literal: also null-terminated
 };
 
 const TypeName kTypeNames[] = {
@@ -33,8 +35,8 @@ const TypeName kTypeNames[] = {
     {CIMTYPE_STRING, "string"},   {CIMTYPE_DATETIME, "datetime"}, {CIMTYPE_REFERENCE, "reference"},
 };
 
-[[noreturn]] void invalid(const std::string& where, const std::string& what, const std::string& text) {
-  std::string msg = where + ": " + what + " \"" + text + "\"";
+[[noreturn]] void invalid(const TextOrigin& where, const std::string& what, const std::string& text) {
+  std::string msg = where.str() + ": " + what + " \"" + text + "\"";
   throw CIMException(CIM_ERR_INVALID_PARAMETER, String(msg.c_str()));
 }
 
@@ -48,9 +50,9 @@ std::string trimmed(const std::string& text) {
 
 // Decimal or 0x-hexadecimal integer with optional sign, checked against [lo, hi].
 template <class T>
-T parseInteger(const std::string& raw, const std::string& where, const char* typeName) {
+T parseInteger(const std::string& raw, const TextOrigin& where, const char* typeName) {
   const std::string text = trimmed(raw);
-  const std::string what = std::string("not a valid ") + typeName + " value";
+  const auto what = [typeName] { return std::string("not a valid ") + typeName + " value"; };
   size_t i = 0;
   bool negative = false;
   if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
@@ -62,7 +64,7 @@ T parseInteger(const std::string& raw, const std::string& where, const char* typ
     base = 16;
     i += 2;
   }
-  if (i >= text.size()) invalid(where, what, raw);
+  if (i >= text.size()) invalid(where, what(), raw);
   unsigned long long magnitude = 0;
   for (; i < text.size(); ++i) {
     const char c = text[i];
@@ -70,7 +72,7 @@ T parseInteger(const std::string& raw, const std::string& where, const char* typ
     if (c >= '0' && c <= '9') digit = c - '0';
     else if (base == 16 && c >= 'a' && c <= 'f') digit = c - 'a' + 10;
     else if (base == 16 && c >= 'A' && c <= 'F') digit = c - 'A' + 10;
-    else invalid(where, what, raw);
+    else invalid(where, what(), raw);
     if (magnitude > (std::numeric_limits<unsigned long long>::max() - digit) / base)
       invalid(where, std::string(typeName) + " value out of range", raw);
     magnitude = magnitude * base + digit;
@@ -91,19 +93,19 @@ T parseInteger(const std::string& raw, const std::string& where, const char* typ
   return static_cast<T>(magnitude);
 }
 
-double parseReal(const std::string& raw, const std::string& where, const char* typeName) {
+double parseReal(const std::string& raw, const TextOrigin& where, const char* typeName) {
   const std::string text = trimmed(raw);
-  const std::string what = std::string("not a valid ") + typeName + " value";
+  const auto what = [typeName] { return std::string("not a valid ") + typeName + " value"; };
   if (text == "NaN") return std::numeric_limits<double>::quiet_NaN();
   if (text == "INF" || text == "+INF") return std::numeric_limits<double>::infinity();
   if (text == "-INF") return -std::numeric_limits<double>::infinity();
   // strtod also takes hex floats, "inf" and "nan" spellings; only plain decimal forms pass.
   if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos)
-    invalid(where, what, raw);
+    invalid(where, what(), raw);
   char* end = nullptr;
   errno = 0;
   const double v = std::strtod(text.c_str(), &end);
-  if (end == text.c_str() || *end != '\0') invalid(where, what, raw);
+  if (end == text.c_str() || *end != '\0') invalid(where, what(), raw);
   if (errno == ERANGE && std::isinf(v)) invalid(where, std::string(typeName) + " value out of range", raw);
   return v;
 }
@@ -116,19 +118,26 @@ void appendReal(std::string& out, double v) {
   out += buf;
 }
 
+// Plain decimal, as printf's %lld / %llu writes it, without printf's cost per number.
 template <class T>
 void appendInteger(std::string& out, T v) {
   char buf[32];
-  if (std::numeric_limits<T>::is_signed)
-    std::snprintf(buf, sizeof buf, "%lld", static_cast<long long>(v));
-  else
-    std::snprintf(buf, sizeof buf, "%llu", static_cast<unsigned long long>(v));
-  out += buf;
+  const std::to_chars_result r = std::to_chars(buf, buf + sizeof buf, v);
+  out.append(buf, r.ptr);
 }
 
 void appendChar16(std::string& out, Char16 c) {
   Char16 units[2] = {c, Char16(0)};
   out += toUtf8(String(units, 1));
+}
+
+// As fromUtf8, describing the origin only when the text is not UTF-8.
+String textValue(const std::string& text, const TextOrigin& where) {
+  try {
+    return String(text.c_str());
+  } catch (const Exception&) {
+    throwNotUtf8(where.str().c_str());
+  }
 }
 
 // One simple-type element to text.
@@ -169,34 +178,34 @@ void appendArrayAs(std::vector<std::string>& out, const CIMValue& value) {
 
 // Text -> one element of type T.
 template <class T>
-T parseOne(const std::string& text, const std::string& where);
-template <> Boolean parseOne(const std::string& text, const std::string& where) {
+T parseOne(const std::string& text, const TextOrigin& where);
+template <> Boolean parseOne(const std::string& text, const TextOrigin& where) {
   bool b;
   if (!parseBooleanText(text, b)) invalid(where, "not a valid boolean value (TRUE or FALSE)", text);
   return b;
 }
-template <> Uint8 parseOne(const std::string& t, const std::string& w) { return parseInteger<Uint8>(t, w, "uint8"); }
-template <> Sint8 parseOne(const std::string& t, const std::string& w) { return parseInteger<Sint8>(t, w, "sint8"); }
-template <> Uint16 parseOne(const std::string& t, const std::string& w) { return parseInteger<Uint16>(t, w, "uint16"); }
-template <> Sint16 parseOne(const std::string& t, const std::string& w) { return parseInteger<Sint16>(t, w, "sint16"); }
-template <> Uint32 parseOne(const std::string& t, const std::string& w) { return parseInteger<Uint32>(t, w, "uint32"); }
-template <> Sint32 parseOne(const std::string& t, const std::string& w) { return parseInteger<Sint32>(t, w, "sint32"); }
-template <> Uint64 parseOne(const std::string& t, const std::string& w) { return parseInteger<Uint64>(t, w, "uint64"); }
-template <> Sint64 parseOne(const std::string& t, const std::string& w) { return parseInteger<Sint64>(t, w, "sint64"); }
-template <> Real32 parseOne(const std::string& t, const std::string& w) {
+template <> Uint8 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Uint8>(t, w, "uint8"); }
+template <> Sint8 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Sint8>(t, w, "sint8"); }
+template <> Uint16 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Uint16>(t, w, "uint16"); }
+template <> Sint16 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Sint16>(t, w, "sint16"); }
+template <> Uint32 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Uint32>(t, w, "uint32"); }
+template <> Sint32 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Sint32>(t, w, "sint32"); }
+template <> Uint64 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Uint64>(t, w, "uint64"); }
+template <> Sint64 parseOne(const std::string& t, const TextOrigin& w) { return parseInteger<Sint64>(t, w, "sint64"); }
+template <> Real32 parseOne(const std::string& t, const TextOrigin& w) {
   const double d = parseReal(t, w, "real32");
   if (std::isfinite(d) && std::fabs(d) > std::numeric_limits<float>::max())
     invalid(w, "real32 value out of range", t);
   return static_cast<Real32>(d);
 }
-template <> Real64 parseOne(const std::string& t, const std::string& w) { return parseReal(t, w, "real64"); }
-template <> Char16 parseOne(const std::string& t, const std::string& w) {
-  const String s = fromUtf8(t.c_str(), w.c_str());
+template <> Real64 parseOne(const std::string& t, const TextOrigin& w) { return parseReal(t, w, "real64"); }
+template <> Char16 parseOne(const std::string& t, const TextOrigin& w) {
+  const String s = textValue(t, w);
   if (s.size() != 1) invalid(w, "not a single char16 character", t);
   return s[0];
 }
-template <> String parseOne(const std::string& t, const std::string& w) { return fromUtf8(t.c_str(), w.c_str()); }
-template <> CIMDateTime parseOne(const std::string& t, const std::string& w) {
+template <> String parseOne(const std::string& t, const TextOrigin& w) { return textValue(t, w); }
+template <> CIMDateTime parseOne(const std::string& t, const TextOrigin& w) {
   try {
     return CIMDateTime(String(trimmed(t).c_str()));
   } catch (const Exception& e) {
@@ -205,7 +214,7 @@ template <> CIMDateTime parseOne(const std::string& t, const std::string& w) {
 }
 
 template <class T>
-CIMValue parseArrayAs(const std::vector<std::string>& texts, const std::string& where) {
+CIMValue parseArrayAs(const std::vector<std::string>& texts, const TextOrigin& where) {
   Array<T> a;
   a.reserveCapacity(static_cast<Uint32>(texts.size()));
   for (const std::string& t : texts) a.append(parseOne<T>(t, where));
@@ -216,13 +225,17 @@ CIMValue parseArrayAs(const std::vector<std::string>& texts, const std::string& 
 
 const char* typeAttribute(CIMType type) {
   for (const TypeName& t : kTypeNames)
-    if (t.type == type) return t.name;
+    if (t.type == type) return t.name.data();
   return nullptr;
 }
 
 bool parseTypeAttribute(const char* text, CIMType& type) {
+  // Read for every property: length and last letter tell the names apart, so at most one
+  // full comparison is made.
+  const std::string_view given(text);
+  if (given.empty()) return false;
   for (const TypeName& t : kTypeNames) {
-    if (std::strcmp(t.name, text) == 0) {
+    if (t.name.size() == given.size() && t.name.back() == given.back() && t.name == given) {
       type = t.type;
       return true;
     }
@@ -264,7 +277,7 @@ void appendArrayTexts(std::vector<std::string>& out, const CIMValue& value) {
   }
 }
 
-CIMValue parseScalar(CIMType type, const std::string& text, const std::string& where) {
+CIMValue parseScalar(CIMType type, const std::string& text, const TextOrigin& where) {
   switch (type) {
 #define X(tag, T) case tag: return CIMValue(parseOne<T>(text, where));
     QEL_CIMXML_SIMPLE_TYPES(X)
@@ -274,7 +287,7 @@ CIMValue parseScalar(CIMType type, const std::string& text, const std::string& w
   }
 }
 
-CIMValue parseArray(CIMType type, const std::vector<std::string>& texts, const std::string& where) {
+CIMValue parseArray(CIMType type, const std::vector<std::string>& texts, const TextOrigin& where) {
   switch (type) {
 #define X(tag, T) case tag: return parseArrayAs<T>(texts, where);
     QEL_CIMXML_SIMPLE_TYPES(X)

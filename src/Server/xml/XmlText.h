@@ -16,9 +16,13 @@ void appendEscaped(std::string& out, const char* text, size_t length);
 void appendEscaped(std::string& out, const std::string& text);
 void appendEscaped(std::string& out, const Pegasus::String& text);
 
+// The UTF-8 form of text as String::getCString() gives it, up to its first NUL.
+void appendUtf8(std::string& out, const Pegasus::String& text);
 std::string toUtf8(const Pegasus::String& text);
 // Throws CIMException(CIM_ERR_INVALID_PARAMETER) naming `where` when the bytes are not UTF-8.
 Pegasus::String fromUtf8(const char* text, const char* where);
+// The error fromUtf8 throws, for callers that describe the place only when it fails.
+[[noreturn]] void throwNotUtf8(const char* where);
 
 }  // namespace cimxml
 }  // namespace qel

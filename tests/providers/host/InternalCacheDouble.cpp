@@ -1,12 +1,10 @@
 #include "InternalCacheDouble.h"
 
-#include <Pegasus/Client/ClientTransport.h>
+#include "RecordingHandlers.h"
+
+#include <QEL_InternalCacheProvider.h>
+
 #include <Pegasus/Common/Exception.h>
-
-#include <qelapi.h>
-
-#include <cstring>
-#include <memory>
 
 PEGASUS_USING_PEGASUS;
 
@@ -16,209 +14,103 @@ namespace qeltest
 namespace
 {
 
-const char CACHE_NAMESPACE[] = "root/PG_Internal";
-const char CACHE_CLASS[] = "QEL_InternalCache";
-const char CACHE_INSTANCE_ID[] = "localhost-InternalCache";
-
-CIMException notServed(const char* operation)
+CIMValue askRealProvider(const CacheCall& call, Array<CIMParamValue>& out)
 {
-    return CIMException(CIM_ERR_NOT_SUPPORTED,
-        String("the provider test host's local connection serves only the "
-               "internal cache methods, not ") + operation);
+    QEL_InternalCacheProvider provider;
+    RecordingMethodHandler handler;
+    provider.invokeMethod(OperationContext(), CIMObjectPath(String(call.path.c_str())),
+        String(call.method.c_str()), Array<CIMParamValue>(), handler);
+    for (const CIMParamValue& p : handler.outParameters)
+        out.append(p);
+    return handler.returnValues.empty() ? CIMValue() : handler.returnValues.back();
 }
 
-// A local connection that reaches only the internal cache service.
 class LocalTransport : public ClientTransport
 {
 public:
+    explicit LocalTransport(InternalCacheDouble& cache) : _cache(cache) { _cache.opened(); }
+    ~LocalTransport() override { _cache.closed(); }
+
     void setTimeout(Uint32) override {}
+    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName&, const CIMName& cls) override
+    {
+        return _cache.names("local", cls);
+    }
+    CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
+        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    {
+        return _cache.invoke("local", ns, path, method, in, out);
+    }
+    QEL_TEST_REFUSED(CIMClass getClass(const CIMNamespaceName&, const CIMName&, Boolean, Boolean, Boolean,
+        const CIMPropertyList&) override, "getClass")
+    QEL_TEST_REFUSED(CIMInstance getInstance(const CIMNamespaceName&, const CIMObjectPath&, Boolean, Boolean,
+        Boolean, const CIMPropertyList&) override, "getInstance")
+    QEL_TEST_REFUSED(Array<CIMInstance> enumerateInstances(const CIMNamespaceName&, const CIMName&, Boolean,
+        Boolean, Boolean, Boolean, const CIMPropertyList&) override, "enumerateInstances")
+    QEL_TEST_REFUSED(CIMObjectPath createInstance(const CIMNamespaceName&, const CIMInstance&) override,
+        "createInstance")
+    QEL_TEST_REFUSED(void modifyInstance(const CIMNamespaceName&, const CIMInstance&, Boolean,
+        const CIMPropertyList&) override, "modifyInstance")
+    QEL_TEST_REFUSED(void deleteInstance(const CIMNamespaceName&, const CIMObjectPath&) override, "deleteInstance")
+    QEL_TEST_REFUSED(Array<CIMObject> associators(const CIMNamespaceName&, const CIMObjectPath&, const CIMName&,
+        const CIMName&, const String&, const String&, Boolean, Boolean, const CIMPropertyList&) override, "associators")
+    QEL_TEST_REFUSED(Array<CIMObjectPath> associatorNames(const CIMNamespaceName&, const CIMObjectPath&,
+        const CIMName&, const CIMName&, const String&, const String&) override, "associatorNames")
+    QEL_TEST_REFUSED(Array<CIMObject> references(const CIMNamespaceName&, const CIMObjectPath&, const CIMName&,
+        const String&, Boolean, Boolean, const CIMPropertyList&) override, "references")
+    QEL_TEST_REFUSED(Array<CIMObjectPath> referenceNames(const CIMNamespaceName&, const CIMObjectPath&,
+        const CIMName&, const String&) override, "referenceNames")
 
-    CIMClass getClass(const CIMNamespaceName&, const CIMName&, Boolean, Boolean,
-        Boolean, const CIMPropertyList&) override
-    {
-        throw notServed("getClass");
-    }
-    CIMInstance getInstance(const CIMNamespaceName&, const CIMObjectPath&,
-        Boolean, Boolean, Boolean, const CIMPropertyList&) override
-    {
-        throw notServed("getInstance");
-    }
-    Array<CIMInstance> enumerateInstances(const CIMNamespaceName&, const CIMName&,
-        Boolean, Boolean, Boolean, Boolean, const CIMPropertyList&) override
-    {
-        throw notServed("enumerateInstances");
-    }
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const CIMNamespaceName&, const CIMName&) override
-    {
-        throw notServed("enumerateInstanceNames");
-    }
-    CIMObjectPath createInstance(const CIMNamespaceName&, const CIMInstance&) override
-    {
-        throw notServed("createInstance");
-    }
-    void modifyInstance(const CIMNamespaceName&, const CIMInstance&, Boolean,
-        const CIMPropertyList&) override
-    {
-        throw notServed("modifyInstance");
-    }
-    void deleteInstance(const CIMNamespaceName&, const CIMObjectPath&) override
-    {
-        throw notServed("deleteInstance");
-    }
-    Array<CIMObject> associators(const CIMNamespaceName&, const CIMObjectPath&,
-        const CIMName&, const CIMName&, const String&, const String&, Boolean,
-        Boolean, const CIMPropertyList&) override
-    {
-        throw notServed("associators");
-    }
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName&,
-        const CIMObjectPath&, const CIMName&, const CIMName&, const String&,
-        const String&) override
-    {
-        throw notServed("associatorNames");
-    }
-    Array<CIMObject> references(const CIMNamespaceName&, const CIMObjectPath&,
-        const CIMName&, const String&, Boolean, Boolean,
-        const CIMPropertyList&) override
-    {
-        throw notServed("references");
-    }
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName&,
-        const CIMObjectPath&, const CIMName&, const String&) override
-    {
-        throw notServed("referenceNames");
-    }
-
-    CIMValue invokeMethod(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName,
-        const Array<CIMParamValue>&, Array<CIMParamValue>& outParameters) override
-    {
-        if (!InternalCacheDouble::addresses(nameSpace, instanceName))
-        {
-            throw notServed("invokeMethod on other classes");
-        }
-        return InternalCacheDouble::instance().invoke(
-            "local", instanceName, methodName, outParameters);
-    }
+private:
+    InternalCacheDouble& _cache;
 };
 
 } // namespace
 
-InternalCacheDouble& InternalCacheDouble::instance()
+InternalCacheDouble::InternalCacheDouble()
+    : methods(askRealProvider), names([](const std::string&, const CIMName&) { return Array<CIMObjectPath>(); })
 {
-    static InternalCacheDouble double_;
-    return double_;
-}
-
-void InternalCacheDouble::install()
-{
-    std::lock_guard<std::mutex> lock(_mutex);
-    if (_installed)
-    {
-        return;
-    }
-    _installed = true;
-    setLocalTransportFactory([](Uint32) -> std::unique_ptr<ClientTransport> {
-        if (InternalCacheDouble::instance().refusingLocalConnections())
-        {
-            throw CannotConnectException(
-                "the provider test host refuses local connections");
-        }
-        return std::unique_ptr<ClientTransport>(new LocalTransport());
+    _previous = setLocalTransportFactory([this](Uint32) -> std::unique_ptr<ClientTransport> {
+        if (localDown)
+            throw CannotConnectException("local connection refused");
+        return std::unique_ptr<ClientTransport>(new LocalTransport(*this));
     });
 }
 
-bool InternalCacheDouble::addresses(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName)
+InternalCacheDouble::~InternalCacheDouble() { setLocalTransportFactory(_previous); }
+
+std::vector<CacheCall> InternalCacheDouble::calls() const
 {
-    return nameSpace == CIMNamespaceName(CACHE_NAMESPACE) &&
-        instanceName.getClassName() == CIMName(CACHE_CLASS);
-}
-
-CIMValue InternalCacheDouble::invoke(
-    const char* via,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
-    Array<CIMParamValue>& outParameters)
-{
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        _calls.push_back(std::string(via) + ":" +
-            (const char*)methodName.getString().getCString());
-    }
-
-    const Array<CIMKeyBinding>& keys = instanceName.getKeyBindings();
-    if (keys.size() != 1 || keys[0].getName() != CIMName("InstanceID") ||
-        keys[0].getValue() != CACHE_INSTANCE_ID)
-    {
-        throw CIMException(CIM_ERR_NOT_FOUND,
-            "no internal cache instance " + instanceName.toString());
-    }
-
-    api_sysident_t ident;
-    std::memset(&ident, 0, sizeof(ident));
-    if (api_getSystemIdentity(&ident) != 0)
-    {
-        throw CIMException(CIM_ERR_FAILED,
-            "the simulated array gave no system identity");
-    }
-
-    if (methodName == CIMName("GetSystemHostName"))
-    {
-        outParameters.append(CIMParamValue("SystemHostName", CIMValue(String(ident.hostName))));
-    }
-    else if (methodName == CIMName("GetSystemName"))
-    {
-        outParameters.append(CIMParamValue("SystemName", CIMValue(String(ident.systemName))));
-    }
-    else if (methodName == CIMName("GetSystemID"))
-    {
-        outParameters.append(CIMParamValue("SystemID", CIMValue(Uint32(ident.systemID))));
-    }
-    else if (methodName == CIMName("GetSystemType"))
-    {
-        outParameters.append(CIMParamValue("SystemType", CIMValue(Sint32(ident.systemType))));
-    }
-    else if (methodName == CIMName("GetSystemAddress"))
-    {
-        outParameters.append(CIMParamValue("SystemAddress", CIMValue(String(ident.ipv4))));
-    }
-    else if (methodName == CIMName("IsQuadPortSystem"))
-    {
-        outParameters.append(CIMParamValue("IsQuadPort", CIMValue(Uint8(ident.quadPort))));
-    }
-    else
-    {
-        throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
-            "QEL_InternalCache has no method " + methodName.getString());
-    }
-    return CIMValue(Uint32(0));
-}
-
-void InternalCacheDouble::refuseLocalConnections(bool refuse)
-{
-    std::lock_guard<std::mutex> lock(_mutex);
-    _refuse = refuse;
-}
-
-bool InternalCacheDouble::refusingLocalConnections()
-{
-    std::lock_guard<std::mutex> lock(_mutex);
-    return _refuse;
-}
-
-std::vector<std::string> InternalCacheDouble::calls()
-{
-    std::lock_guard<std::mutex> lock(_mutex);
+    std::lock_guard<std::mutex> guard(_lock);
     return _calls;
 }
 
-void InternalCacheDouble::clearCalls()
+Texts InternalCacheDouble::callNames() const
 {
-    std::lock_guard<std::mutex> lock(_mutex);
+    Texts out;
+    for (const CacheCall& c : calls())
+        out.push_back(c.route + ":" + c.method);
+    return out;
+}
+
+void InternalCacheDouble::clear()
+{
+    std::lock_guard<std::mutex> guard(_lock);
     _calls.clear();
+    localDown = false;
+}
+
+CIMValue InternalCacheDouble::invoke(const char* route, const CIMNamespaceName& ns,
+    const CIMObjectPath& path, const CIMName& method, const Array<CIMParamValue>& in,
+    Array<CIMParamValue>& out)
+{
+    const CacheCall call{route, (const char*)ns.getString().getCString(), (const char*)path.toString().getCString(),
+        (const char*)method.getString().getCString(), in.size()};
+    {
+        std::lock_guard<std::mutex> guard(_lock);
+        _calls.push_back(call);
+    }
+    return methods(call, out);
 }
 
 } // namespace qeltest

@@ -1,17 +1,15 @@
 #include "ProviderHost.h"
 
-#include "HostCIMOMHandleRep.h"
-#include "InternalCacheDouble.h"
+#include "RecordingHandlers.h"
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
 
 #include <ClassRepository.h>
 #include <MofCompiler.h>
 
 #include <dlfcn.h>
 
-#include <algorithm>
-#include <cctype>
 #include <mutex>
 #include <stdexcept>
 
@@ -20,28 +18,9 @@ PEGASUS_USING_PEGASUS;
 namespace qeltest
 {
 
-namespace
-{
-
-std::string routeKey(const CIMName& className)
-{
-    std::string key = (const char*)className.getString().getCString();
-    std::transform(key.begin(), key.end(), key.begin(),
-        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return key;
-}
-
-} // namespace
-
-const char* ProviderHost::modulePath()
-{
-    return QEL_FCPORT_MODULE_PATH;
-}
-
 ProviderHost& ProviderHost::instance()
 {
-    // Lives until the process ends: the module stays loaded and providers
-    // are ended by stopProviders().
+    // Lives until the process ends: the module stays loaded and providers are ended by stopProviders().
     static ProviderHost* host = new ProviderHost();
     return *host;
 }
@@ -49,42 +28,28 @@ ProviderHost& ProviderHost::instance()
 ProviderHost::ProviderHost()
     : _repository(new ClassRepository())
 {
-    _module = dlopen(modulePath(), RTLD_NOW | RTLD_LOCAL);
+    _module = dlopen(QEL_FCPORT_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
     if (_module == nullptr)
-    {
         throw std::runtime_error(std::string("cannot load the provider module: ") + dlerror());
-    }
-    _create = reinterpret_cast<CreateProviderFunction>(
-        dlsym(_module, "PegasusCreateProvider"));
+    _create = reinterpret_cast<CreateProviderFunction>(dlsym(_module, "PegasusCreateProvider"));
     if (_create == nullptr)
-    {
-        throw std::runtime_error(std::string(modulePath()) +
-            " does not export PegasusCreateProvider");
-    }
-
+        throw std::runtime_error(QEL_FCPORT_MODULE_PATH " does not export PegasusCreateProvider");
     try
     {
-        MofCompiler compiler(*_repository);
-        compiler.compileFile(QEL_SCHEMA_ROOT);
+        MofCompiler(*_repository).compileFile(QEL_SCHEMA_ROOT);
     }
     catch (const Exception& e)
     {
         throw std::runtime_error(std::string("cannot compile " QEL_SCHEMA_ROOT ": ") +
             (const char*)e.getMessage().getCString());
     }
-
-    _handle = CIMOMHandle(std::make_shared<HostCIMOMHandleRep>(*this));
-    InternalCacheDouble::instance().install();
+    _rep = std::make_shared<HostCIMOMHandleRep>(*this);
+    _handle = CIMOMHandle(_rep);
 }
 
-CIMProvider* ProviderHost::createProvider(const String& providerName) const
-{
-    return _create(providerName);
-}
+CIMProvider* ProviderHost::createProvider(const String& providerName) const { return _create(providerName); }
 
-CIMProvider* ProviderHost::startProvider(
-    const String& providerName,
-    std::initializer_list<const char*> servedClasses)
+CIMProvider* ProviderHost::startProvider(const String& providerName, std::initializer_list<const char*> servedClasses)
 {
     CIMProvider* provider = createProvider(providerName);
     if (provider == nullptr)
@@ -98,17 +63,13 @@ CIMProvider* ProviderHost::startProvider(
     }
     catch (...)
     {
-        // As the server does when initialize fails.
-        provider->terminate();
+        provider->terminate();  // as the server does when initialize fails
         throw;
     }
-
     std::unique_lock<std::shared_mutex> lock(_mutex);
     _started.push_back(provider);
     for (const char* className : servedClasses)
-    {
-        _routes[routeKey(CIMName(className))] = provider;
-    }
+        _routes.emplace_back(className, provider);
     return provider;
 }
 
@@ -121,20 +82,19 @@ void ProviderHost::stopProviders()
         _routes.clear();
     }
     for (CIMProvider* provider : started)
-    {
         provider->terminate();
-    }
 }
 
 CIMProvider* ProviderHost::providerFor(const CIMName& className) const
 {
     if (className.isNull())
-    {
         return nullptr;
-    }
     std::shared_lock<std::shared_mutex> lock(_mutex);
-    auto it = _routes.find(routeKey(className));
-    return it == _routes.end() ? nullptr : it->second;
+    // The latest route wins; class names compare without regard to case.
+    for (auto it = _routes.rbegin(); it != _routes.rend(); ++it)
+        if (it->first == className)
+            return it->second;
+    return nullptr;
 }
 
 OperationContext ProviderHost::context(const String& userName, const String& clientAddress)
@@ -142,6 +102,45 @@ OperationContext ProviderHost::context(const String& userName, const String& cli
     OperationContext context;
     context.insert(IdentityContainer(userName, clientAddress));
     return context;
+}
+
+CIMClass HostCIMOMHandleRep::getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
+    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+{
+    return _host.repository().getClass(nameSpace, className, localOnly, includeQualifiers,
+        includeClassOrigin, propertyList);
+}
+
+CIMInstance HostCIMOMHandleRep::getInstance(const OperationContext& context,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+{
+    instanceCalls.push_back(str(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()) + " " +
+        str(nameSpace.getString()) + " " + str(instanceName.toString()) + (localOnly ? " local" : "") +
+        (includeQualifiers ? " qualifiers" : "") + (includeClassOrigin ? " origin" : "") + " properties " +
+        std::to_string(propertyList.size()));
+    if (failInstances)
+        throw CIMException(CIM_ERR_NOT_FOUND, "the provider test host fails getInstance");
+    CIMInstanceProvider* provider = dynamic_cast<CIMInstanceProvider*>(_host.providerFor(instanceName.getClassName()));
+    if (provider == nullptr)
+    {
+        throw CIMException(CIM_ERR_NOT_SUPPORTED,
+            "the provider test host has no instance provider for " + instanceName.toString());
+    }
+    // As the server hands the request on: in the request's namespace.
+    CIMObjectPath path(instanceName);
+    if (path.getNameSpace().isNull())
+        path.setNameSpace(nameSpace);
+    RecordingInstanceHandler handler;
+    provider->getInstance(context, path, includeQualifiers, includeClassOrigin, propertyList, handler);
+    if (!handler.record.inOrder() || handler.delivered.size() != 1)
+    {
+        throw CIMException(CIM_ERR_FAILED, String("getInstance answered ") +
+            handler.record.sequence.c_str() + " with " +
+            std::to_string(handler.delivered.size()).c_str() + " instances");
+    }
+    return handler.delivered[0];
 }
 
 } // namespace qeltest

@@ -1,8 +1,13 @@
 #include "ProviderTest.h"
 
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+
+#include <ClassRepository.h>
+
+#include <algorithm>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 PEGASUS_USING_PEGASUS;
 
@@ -11,45 +16,139 @@ namespace qeltest
 
 std::string fixtureText(const std::string& name)
 {
-    const std::string path = std::string(QEL_PROVIDER_FIXTURES) + "/" + name;
+    const std::string path = name[0] == '/' ? name : QEL_PROVIDER_FIXTURES "/" + name;
     std::ifstream in(path);
     if (!in)
-    {
         throw std::runtime_error("cannot read test fixture " + path);
-    }
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();
 }
 
-std::vector<std::string> callsNamed(const std::vector<std::string>& names)
+Texts callsNamed(const Texts& names)
 {
-    std::vector<std::string> texts;
+    Texts texts;
     for (const qelsim::CallRecord& record : qelsim::callLog())
     {
-        for (const std::string& name : names)
-        {
-            if (record.call == name)
-            {
-                texts.push_back(record.text());
-                break;
-            }
-        }
+        if (std::find(names.begin(), names.end(), record.call) != names.end())
+            texts.push_back(record.text());
     }
     return texts;
 }
 
-std::vector<std::string> traceLines(int level)
+std::string eventOf(const char* call)
 {
-    std::vector<std::string> lines;
-    for (const qelsim::LogLine& line : qelsim::capturedLog())
+    for (const qelsim::CallRecord& r : qelsim::callLog())
     {
-        if (line.level == level)
+        if (r.call == call && r.hasEvent)
         {
-            lines.push_back(line.text);
+            return std::string(r.event.method) + "|" + r.event.inst_op + "|" + r.event.inst_param +
+                "|" + r.event.user + "|" + r.event.addr;
         }
     }
+    return "<none>";
+}
+
+Texts traceLines(int level, const char* holding)
+{
+    Texts lines;
+    for (const qelsim::LogLine& line : qelsim::capturedLog())
+    {
+        if (line.level == level && line.text.find(holding) != std::string::npos)
+            lines.push_back(line.text);
+    }
     return lines;
+}
+
+CIMObjectPath qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host)
+{
+    Array<CIMKeyBinding> keys;
+    for (auto k = keysAndValues.begin(); k != keysAndValues.end(); k += 2)
+        keys.append(CIMKeyBinding(k[0], k[1], CIMKeyBinding::STRING));
+    return CIMObjectPath(host, CIMNamespaceName("root/qel"), cls, keys);
+}
+
+CIMObjectPath portPath(const char* deviceID, const char* system, const char* cls, const char* host)
+{
+    return qelPath(cls, {"SystemCreationClassName", "QEL_NodeSystem", "SystemName", system,
+        "CreationClassName", cls, "DeviceID", deviceID}, host);
+}
+
+std::string keyValue(const CIMObjectPath& path, const char* key)
+{
+    const Array<CIMKeyBinding> keys = path.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); i++)
+    {
+        if (keys[i].getName() == CIMName(key))
+            return str(keys[i].getValue());
+    }
+    return "";
+}
+
+CIMValue valueOf(const CIMInstance& instance, const char* name)
+{
+    const Uint32 at = instance.findProperty(name);
+    return at == PEG_NOT_FOUND ? CIMValue() : instance.getProperty(at).getValue();
+}
+
+const char* const OP_NAMES[] = {"associators", "associatorNames", "references",
+    "referenceNames", "getInstance", "enumerateInstances", "enumerateInstanceNames"};
+
+Answer ProviderTest::request(const char* routedClass, Op op, const CIMObjectPath& objectName,
+    const Request& parts, const char* user)
+{
+    const OperationContext context = asUser(user);
+    CIMProvider* provider = host().providerFor(routedClass);
+    CIMAssociationProvider* assoc = dynamic_cast<CIMAssociationProvider*>(provider);
+    CIMInstanceProvider* inst = dynamic_cast<CIMInstanceProvider*>(provider);
+    if (op < GET_INSTANCE ? assoc == nullptr : inst == nullptr)
+        throw std::runtime_error(std::string("no provider for ") + OP_NAMES[op] + " on " + routedClass);
+    const CIMName assocClass(parts.associationClass ? parts.associationClass : routedClass);
+    const CIMName resultClass = parts.resultClass ? CIMName(parts.resultClass) : CIMName();
+    const CIMObjectPath classPath("", CIMNamespaceName("root/qel"), routedClass);
+    RecordingObjectHandler objects;
+    RecordingObjectPathHandler paths;
+    RecordingInstanceHandler instances;
+    Answer answer;
+    answer.failure = thrown<CIMException>([&] {
+        switch (op)
+        {
+        case ASSOCIATORS:
+            assoc->associators(context, objectName, assocClass, resultClass, parts.role, parts.resultRole,
+                false, false, parts.propertyList, objects);
+            break;
+        case ASSOCIATOR_NAMES:
+            assoc->associatorNames(context, objectName, assocClass, resultClass, parts.role, parts.resultRole, paths);
+            break;
+        case REFERENCES:
+            assoc->references(context, objectName, resultClass, parts.role, false, false, parts.propertyList, objects);
+            break;
+        case REFERENCE_NAMES:
+            assoc->referenceNames(context, objectName, resultClass, parts.role, paths);
+            break;
+        case GET_INSTANCE:
+            inst->getInstance(context, objectName, false, false, parts.propertyList, instances);
+            break;
+        case ENUMERATE_INSTANCES:
+            inst->enumerateInstances(context, classPath, false, false, parts.propertyList, instances);
+            break;
+        case ENUMERATE_INSTANCE_NAMES:
+            inst->enumerateInstanceNames(context, classPath, paths);
+            break;
+        }
+    });
+    for (const HandlerRecord* r : {&objects.record, &paths.record, &instances.record})
+        answer.sequence += r->sequence + (r->inOrder() ? "" : " (out of order)");
+    for (const CIMObject& object : objects.delivered)
+        answer.instances.push_back(CIMInstance(object));
+    answer.instances.insert(answer.instances.end(), instances.delivered.begin(), instances.delivered.end());
+    answer.paths = paths.delivered;
+    return answer;
+}
+
+CIMClass ProviderTest::cimClass(const char* name)
+{
+    return host().repository().getClass("root/qel", name, false, true, true, CIMPropertyList());
 }
 
 void ProviderTest::loadArray(const std::string& jsonText)
@@ -60,12 +159,12 @@ void ProviderTest::loadArray(const std::string& jsonText)
 
 void ProviderTest::SetUp()
 {
-    ProviderHost::instance();
     const std::string fixture = arrayFixture();
     loadArray(fixture.empty() || fixture[0] == '{' ? fixture : fixtureText(fixture));
     qelsim::clearFaults();
-    InternalCacheDouble::instance().refuseLocalConnections(false);
-    InternalCacheDouble::instance().clearCalls();
+    cache().clear();
+    host().handleRep().instanceCalls.clear();
+    host().handleRep().failInstances = false;
     qelsim::captureLog(true);
     qelsim::clearCapturedLog();
     qelsim::resetCounters();
@@ -84,26 +183,6 @@ void ProviderTest::TearDown()
     EXPECT_EQ(c.semWaits, c.semPosts) << "semaphore waits and posts unbalanced";
     EXPECT_EQ(c.semUnbalancedPosts, 0u) << "semaphore posted without a wait";
     EXPECT_EQ(c.unbracketedCalls, 0u) << "library calls made outside the semaphore";
-}
-
-OperationContext ProviderTest::asAdmin()
-{
-    return asUser("admin");
-}
-
-OperationContext ProviderTest::asOperator()
-{
-    return asUser("operator");
-}
-
-OperationContext ProviderTest::asViewer()
-{
-    return asUser("viewer");
-}
-
-OperationContext ProviderTest::asUser(const char* user)
-{
-    return ProviderHost::context(user, "192.0.2.10");
 }
 
 } // namespace qeltest

@@ -1,10 +1,8 @@
-// Response handlers of the provider test host. Each records every call a
-// provider makes on it, keeps what was delivered, and notes every departure
-// from the order processing -> deliver* -> complete.
+// Response handlers of the provider test host: each records every call a
+// provider makes on it and keeps what was delivered.
 #ifndef QEL_TESTS_RecordingHandlers_h
 #define QEL_TESTS_RecordingHandlers_h
 
-#include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/ResponseHandler.h>
 
 #include <string>
@@ -13,89 +11,77 @@
 namespace qeltest
 {
 
-// The call log and order check shared by every recording handler.
-class HandlerRecord
+using namespace Pegasus;
+
+// The calls made on one handler, in order and joined by blanks:
+// "processing", "deliver", "deliver[]", "deliverParamValue", "complete".
+struct HandlerRecord
 {
-public:
-    void processing();
-    void delivered(const char* what);
-    void complete();
+    std::string sequence;
 
-    // Every call in order: "processing", "deliver", "deliver[]", "complete".
-    const std::vector<std::string>& calls() const { return _calls; }
-    // The calls joined by single blanks ("" when none was made).
-    std::string sequence() const;
-    // Departures from processing -> deliver* -> complete, one text each.
-    const std::vector<std::string>& violations() const { return _violations; }
-    bool untouched() const { return _calls.empty(); }
-
-private:
-    enum State { IDLE, PROCESSING, COMPLETED };
-    void _violation(const std::string& text);
-
-    State _state = IDLE;
-    std::vector<std::string> _calls;
-    std::vector<std::string> _violations;
-};
-
-class RecordingInstanceHandler : public Pegasus::InstanceResponseHandler
-{
-public:
-    void processing() override { record.processing(); }
-    void complete() override { record.complete(); }
-    void deliver(const Pegasus::CIMInstance& instance) override;
-    void deliver(const Pegasus::Array<Pegasus::CIMInstance>& instances) override;
-
-    HandlerRecord record;
-    std::vector<Pegasus::CIMInstance> instances;
-};
-
-class RecordingObjectPathHandler : public Pegasus::ObjectPathResponseHandler
-{
-public:
-    void processing() override { record.processing(); }
-    void complete() override { record.complete(); }
-    void deliver(const Pegasus::CIMObjectPath& path) override;
-    void deliver(const Pegasus::Array<Pegasus::CIMObjectPath>& paths) override;
-
-    HandlerRecord record;
-    std::vector<Pegasus::CIMObjectPath> paths;
-};
-
-class RecordingObjectHandler : public Pegasus::ObjectResponseHandler
-{
-public:
-    void processing() override { record.processing(); }
-    void complete() override { record.complete(); }
-    void deliver(const Pegasus::CIMObject& object) override;
-    void deliver(const Pegasus::Array<Pegasus::CIMObject>& objects) override;
-
-    HandlerRecord record;
-    std::vector<Pegasus::CIMObject> objects;
-};
-
-class RecordingMethodHandler : public Pegasus::MethodResultResponseHandler
-{
-public:
-    void processing() override { record.processing(); }
-    void complete() override { record.complete(); }
-    void deliverParamValue(const Pegasus::CIMParamValue& value) override;
-    void deliverParamValue(const Pegasus::Array<Pegasus::CIMParamValue>& values) override;
-    void deliver(const Pegasus::CIMValue& returnValue) override;
-
-    HandlerRecord record;
-    std::vector<Pegasus::CIMParamValue> outParameters;
-    std::vector<Pegasus::CIMValue> returnValues;
+    void note(const char* call) { sequence += (sequence.empty() ? "" : " ") + std::string(call); }
+    bool untouched() const { return sequence.empty(); }
+    // No call at all, or processing first, complete last, each once, deliveries between.
+    bool inOrder() const
+    {
+        const std::string::size_type complete = sequence.find("complete");
+        return sequence.empty() || (sequence.rfind("processing", 0) == 0 &&
+            sequence.find("processing", 1) == std::string::npos && complete + 8 == sequence.size());
+    }
 };
 
 // For modifyInstance and deleteInstance, which get a plain handler.
-class RecordingResponseHandler : public Pegasus::ResponseHandler
+template <class Handler = ResponseHandler>
+class Recording : public Handler
 {
 public:
-    void processing() override { record.processing(); }
-    void complete() override { record.complete(); }
+    void processing() override { record.note("processing"); }
+    void complete() override { record.note("complete"); }
 
     HandlerRecord record;
+};
+
+// Handlers that deliver one kind of item, singly or as an array.
+template <class Handler, class T>
+class RecordingOf : public Recording<Handler>
+{
+public:
+    void deliver(const T& item) override { this->record.note("deliver"); delivered.push_back(item); }
+    void deliver(const Array<T>& items) override
+    {
+        this->record.note("deliver[]");
+        delivered.insert(delivered.end(), items.getData(), items.getData() + items.size());
+    }
+
+    std::vector<T> delivered;
+};
+
+typedef Recording<> RecordingResponseHandler;
+typedef RecordingOf<InstanceResponseHandler, CIMInstance> RecordingInstanceHandler;
+typedef RecordingOf<ObjectPathResponseHandler, CIMObjectPath> RecordingObjectPathHandler;
+typedef RecordingOf<ObjectResponseHandler, CIMObject> RecordingObjectHandler;
+
+class RecordingMethodHandler : public Recording<MethodResultResponseHandler>
+{
+public:
+    void deliverParamValue(const CIMParamValue& value) override
+    {
+        record.note("deliverParamValue");
+        outParameters.push_back(value);
+    }
+    void deliverParamValue(const Array<CIMParamValue>& values) override
+    {
+        record.note("deliverParamValue[]");
+        outParameters.insert(outParameters.end(), values.getData(), values.getData() + values.size());
+    }
+    void deliver(const CIMValue& returnValue) override
+    {
+        record.note("deliver");
+        returnValues.push_back(returnValue);
+    }
+
+    std::vector<CIMParamValue> outParameters;
+    std::vector<CIMValue> returnValues;
 };
 
 } // namespace qeltest

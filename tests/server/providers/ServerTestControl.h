@@ -16,12 +16,12 @@ void reset();
 // in ServerTestProviders.cpp.
 void setKnob(const std::string& target, const std::string& mode);
 
-// Events counted by the providers ("InitFail.initialize", "Item.terminate"...).
+// Events counted by the providers ("Test_InitFail.initialize", "Item.terminate"...).
 unsigned counter(const std::string& name);
 
 // What the last recorded provider call received, as text.
 std::string lastCall();
 
-}  // namespace servertest
+} // namespace servertest
 
 #endif

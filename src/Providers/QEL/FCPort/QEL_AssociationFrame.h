@@ -34,17 +34,9 @@
 #include <Pegasus/Common/ResponseHandler.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
 
-#include <cstring>
+#include "QEL_ProviderFrame.h"
 
 PEGASUS_NAMESPACE_BEGIN
-
-// A NUL-terminated text field of a library record as a String, never read
-// past the end of the field.
-template <size_t N>
-inline String QEL_recordText(const char (&field)[N])
-{
-    return String(field, static_cast<Uint32>(strnlen(field, N)));
-}
 
 // The line number and trace texts of one request of one provider. The texts
 // are printf formats for log_message; entry and exit are level 4, the

@@ -37,13 +37,6 @@ static const char NAMESPACE[] = "root/qel";
 // The configured rate that asks the port to sense its speed itself.
 static const Sint32 RATE_AUTOMATIC = 3;
 
-// A NUL-terminated text field of a library record, never read past its end.
-template <size_t N>
-static String _recordText(const char (&field)[N])
-{
-    return String(field, static_cast<Uint32>(strnlen(field, N)));
-}
-
 static bool _isFCPortClass(const CIMName& className)
 {
     return className == CIMName(FC_PORT_CLASS);
@@ -167,19 +160,19 @@ CIMInstance QEL_FCPortProvider::buildInstance(
     Uint64 nodeWwn = 0;
     if (fcView)
     {
-        systemName = _recordText(port.fcSystemName);
+        systemName = QEL_recordText(port.fcSystemName);
         nodeWwn = port.fcNodeWwn;
     }
     else if (_isFCALPortClass(className))
     {
-        systemName = _recordText(port.fcalSystemName);
+        systemName = QEL_recordText(port.fcalSystemName);
         nodeWwn = port.fcalNodeWwn;
     }
 
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(portClass);
 
-    const String position = _recordText(port.position);
-    const String deviceID = _recordText(port.wwnText);
+    const String position = QEL_recordText(port.position);
+    const String deviceID = QEL_recordText(port.wwnText);
 
     QEL_Common::setPropertyValue(instance, "SystemCreationClassName", String("QEL_NodeSystem"));
     QEL_Common::setPropertyValue(instance, "SystemName", systemName);
@@ -370,10 +363,10 @@ Array<CIMObjectPath> QEL_FCPortProvider::_build_ref(const CIMName& className)
         if (QEL_FCPortList::isPort(port))
         {
             const String systemName = fcView
-                ? _recordText(port.fcSystemName)
-                : _recordText(port.fcalSystemName);
+                ? QEL_recordText(port.fcSystemName)
+                : QEL_recordText(port.fcalSystemName);
             paths.append(buildObjectPath(
-                className, _hostName, systemName, _recordText(port.wwnText)));
+                className, _hostName, systemName, QEL_recordText(port.wwnText)));
         }
     }
     list.release();

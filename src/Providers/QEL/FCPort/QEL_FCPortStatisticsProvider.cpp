@@ -50,13 +50,6 @@ static const int WITHOUT_SFP_RECORDS = 0;
 // ResetSelectedStats' answer for any failed reset, whatever the library said.
 static const Sint32 RESET_FAILED = 4;
 
-// A NUL-terminated text field of a library record, never read past its end.
-template <size_t N>
-static String _recordText(const char (&field)[N])
-{
-    return String(field, static_cast<Uint32>(strnlen(field, N)));
-}
-
 static void _checkClass(const CIMName& className)
 {
     if (className != CIMName(STATISTICS_CLASS))
@@ -125,7 +118,7 @@ void QEL_FCPortStatisticsProvider::terminate()
 
 String QEL_FCPortStatisticsProvider::makeInstanceID(const api_portLESB_t& lesb)
 {
-    return String(INSTANCE_ID_PREFIX) + ":" + _recordText(lesb.portText) + INSTANCE_ID_SUFFIX;
+    return String(INSTANCE_ID_PREFIX) + ":" + QEL_recordText(lesb.portText) + INSTANCE_ID_SUFFIX;
 }
 
 Uint64 QEL_FCPortStatisticsProvider::getPortWWN(const String& instanceId)
@@ -231,7 +224,7 @@ Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
         passes.reserve(ports.size());
         for (Uint32 i = 0; i < ports.size(); i++)
         {
-            passes.push_back(Pass{ports[i].portWwn, _recordText(ports[i].wwnText)});
+            passes.push_back(Pass{ports[i].portWwn, QEL_recordText(ports[i].wwnText)});
         }
     }
     else

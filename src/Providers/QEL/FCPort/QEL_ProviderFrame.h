@@ -52,6 +52,8 @@
 
 #include <qelapi.h>
 
+#include <cstring>
+
 PEGASUS_NAMESPACE_BEGIN
 
 // log_message levels used by the module.
@@ -169,6 +171,14 @@ public:
 private:
     Uint16* _ids;
 };
+
+// A NUL-terminated text field of a library record as a String, never read
+// past the end of the field.
+template <size_t N>
+inline String QEL_recordText(const char (&field)[N])
+{
+    return String(field, static_cast<Uint32>(strnlen(field, N)));
+}
 
 PEGASUS_NAMESPACE_END
 

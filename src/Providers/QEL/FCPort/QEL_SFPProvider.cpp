@@ -40,13 +40,6 @@ static const int WITH_SFP_RECORDS = 1;
 // The Tag is formatted into this many zeroed bytes, at most one less written.
 static const size_t TAG_BUFFER_SIZE = 256;
 
-// A NUL-terminated text field of a library record, never read past its end.
-template <size_t N>
-static String _recordText(const char (&field)[N])
-{
-    return String(field, static_cast<Uint32>(strnlen(field, N)));
-}
-
 template <size_t N>
 static std::string _fieldText(const char (&field)[N])
 {
@@ -185,7 +178,7 @@ void _setDDMProperties(CIMInstance& instance, const api_ddm_t (&ddm)[5])
         setReading(instance, names.highWarn, entry.highWarn, names.isSigned);
         setReading(instance, names.lowWarn, entry.lowWarn, names.isSigned);
         setReading(instance, names.value, entry.value, names.isSigned);
-        QEL_Common::setPropertyValue(instance, names.unit, _recordText(entry.unit));
+        QEL_Common::setPropertyValue(instance, names.unit, QEL_recordText(entry.unit));
     }
 }
 
@@ -249,17 +242,17 @@ CIMInstance QEL_SFPProvider::buildInstance(
     const String tag = makeUniqueTAG(portName, sfp);
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cimClass);
 
-    const String description = _recordText(sfp.description);
+    const String description = QEL_recordText(sfp.description);
     QEL_Common::setPropertyValue(instance, "Caption",
         description + " Small Form-factor Pluggable(SFP) Transceiver");
     QEL_Common::setPropertyValue(instance, "CreationClassName", SFP_CLASS);
     QEL_Common::setPropertyValue(instance, "Tag", tag);
     QEL_Common::setPropertyValue(instance, "ElementName", description);
     // The vendor texts as they stand, padding blanks included.
-    QEL_Common::setPropertyValue(instance, "Manufacturer", _recordText(sfp.manufacturer));
-    QEL_Common::setPropertyValue(instance, "PartNumber", _recordText(sfp.partNumber));
-    QEL_Common::setPropertyValue(instance, "SerialNumber", _recordText(sfp.serialNumber));
-    QEL_Common::setPropertyValue(instance, "Revision", _recordText(sfp.revision));
+    QEL_Common::setPropertyValue(instance, "Manufacturer", QEL_recordText(sfp.manufacturer));
+    QEL_Common::setPropertyValue(instance, "PartNumber", QEL_recordText(sfp.partNumber));
+    QEL_Common::setPropertyValue(instance, "SerialNumber", QEL_recordText(sfp.serialNumber));
+    QEL_Common::setPropertyValue(instance, "Revision", QEL_recordText(sfp.revision));
     QEL_Common::setPropertyValue(instance, "Speed", Uint64(sfp.speed));
     QEL_Common::setPropertyValue(instance, "DisableTXPinPosition", Uint16(sfp.disableTxPin & 0xFFFFu));
     QEL_Common::setPropertyValue(instance, "LossRXPinPosition", Uint16(sfp.lossRxPin & 0xFFFFu));

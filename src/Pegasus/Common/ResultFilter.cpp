@@ -1,0 +1,62 @@
+#include <Pegasus/Common/ResultFilter.h>
+#include <Pegasus/Common/CIMObjectRep.h>
+#include <Pegasus/Common/CheckRep.h>
+
+#include <atomic>
+
+PEGASUS_NAMESPACE_BEGIN
+
+bool ResultFilter::_reusable(
+    const CIMObjectRep& rep, long handles, Boolean includeQualifiers)
+{
+    // A handle can only be copied from another one, so a count of one
+    // cannot grow behind our back.
+    if (handles != 1)
+        return false;
+    // Dropping a qualifier changes its owner count, which a qualifier shared
+    // with another list would see: that case keeps to the copy.
+    if (!includeQualifiers && rep.qualifiers.size() != 0)
+        return false;
+    for (Uint32 i = 0, n = rep.properties.size(); i < n; i++)
+    {
+        const CIMProperty& p = rep.properties.at(i);
+        if (p._rep.use_count() != 1)
+            return false;
+        if (!includeQualifiers && p.getQualifierCount() != 0)
+            return false;
+    }
+    // Whatever the last other holders did before letting go happened
+    // before the changes made here.
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return true;
+}
+
+CIMInstance ResultFilter::filtered(
+    const CIMInstance& delivered,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    CIMInstanceRep& rep = checkRep(delivered._rep);
+    CIMInstance result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
+        ? delivered
+        : delivered.clone();
+    result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
+    return result;
+}
+
+CIMObject ResultFilter::filtered(
+    const CIMObject& delivered,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    CIMObjectRep& rep = checkRep(delivered._rep);
+    CIMObject result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
+        ? delivered
+        : delivered.clone();
+    result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
+    return result;
+}
+
+PEGASUS_NAMESPACE_END
