@@ -8,6 +8,10 @@ cd "$(dirname "$0")"
 ./scripts/setup.sh
 
 jobs=${JOBS:-$(nproc)}
+# Scratch files and the simulated array's default state file live in a folder of this run.
+TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/qel-test.XXXXXX")
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
 generator=()
 command -v ninja >/dev/null && generator=(-G Ninja)
 launcher=()

@@ -4,6 +4,8 @@
 
 #include "ServerProcess.h"
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -60,6 +62,25 @@ std::string statsPath(const std::string& instanceId);
 // An association path: wbemcli writes a reference key as Role=Class.keys.
 std::string sfpLinkPath(const std::string& tag, const std::string& deviceId, const std::string& systemName);
 std::string statsLinkPath(const std::string& deviceId, const std::string& systemName);
+
+// One server and one wbemcli for a whole suite, since a server takes a while to start.
+// Suite is the deriving test class, so that every suite has its own pair.
+template <class Suite>
+class SharedServerSuite : public ::testing::Test {
+ protected:
+  static void startServer(const std::map<std::string, std::string>& users) {
+    server = new ServerProcess(users);
+    cli = new Wbemcli(*server);
+  }
+  static void TearDownTestSuite() {
+    delete cli;
+    delete server;
+    cli = nullptr;
+    server = nullptr;
+  }
+  static inline ServerProcess* server = nullptr;
+  static inline Wbemcli* cli = nullptr;
+};
 
 // The part of the server log written after `mark` (a size of log() taken before).
 std::string logSince(const ServerProcess& server, size_t mark);

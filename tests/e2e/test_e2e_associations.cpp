@@ -27,18 +27,9 @@ const std::string kStatsLink012 = statsLinkPath("20120002AC00A001", "DEMO01-N0")
 const char* const kSfpProvider = "QEL_FCPortSFPProvider";
 const char* const kStatsProvider = "QEL_FCPortElementStatisticalDataProvider";
 
-class AssociationTest : public ::testing::Test {
+class AssociationTest : public SharedServerSuite<AssociationTest> {
  protected:
-  static void SetUpTestSuite() {
-    server = new ServerProcess(std::map<std::string, std::string>{{"monitor", "browse"}});
-    cli = new Wbemcli(*server);
-  }
-  static void TearDownTestSuite() {
-    delete cli;
-    delete server;
-    cli = nullptr;
-    server = nullptr;
-  }
+  static void SetUpTestSuite() { startServer({{"monitor", "browse"}}); }
 
   // A printed path with its reference keys written back the way wbemcli takes them:
   // wbemcli prints a reference as <host>/<namespace><Class>.<keys>.
@@ -57,13 +48,7 @@ class AssociationTest : public ::testing::Test {
     std::sort(v.begin(), v.end());
     return v;
   }
-
-  static ServerProcess* server;
-  static Wbemcli* cli;
 };
-
-ServerProcess* AssociationTest::server = nullptr;
-Wbemcli* AssociationTest::cli = nullptr;
 
 // ------------------------------------------------------------ enumerations
 

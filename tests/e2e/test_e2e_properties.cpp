@@ -22,18 +22,9 @@ const std::string kPort011 = portPath("20110002AC00A001", "DEMO01-N0");
 const std::string kPort022 = portPath("20220002AC00A001", "DEMO01-N0");  // refuses unforced mode changes
 const std::string kPort121 = portPath("21210002AC00A001", "DEMO01-N1");
 
-class PropertyTest : public ::testing::Test {
+class PropertyTest : public SharedServerSuite<PropertyTest> {
  protected:
-  static void SetUpTestSuite() {
-    server = new ServerProcess({{"operator", "edit"}, {"monitor", "browse"}});
-    cli = new Wbemcli(*server);
-  }
-  static void TearDownTestSuite() {
-    delete cli;
-    delete server;
-    cli = nullptr;
-    server = nullptr;
-  }
+  static void SetUpTestSuite() { startServer({{"operator", "edit"}, {"monitor", "browse"}}); }
 
   static WbemcliAnswer get(const std::string& user, const std::string& port, const std::string& property) {
     return (*cli)({"gp", cli->at(user, port), property});
@@ -92,13 +83,7 @@ class PropertyTest : public ::testing::Test {
     const CimResponse response = decodeResponse(reply.body.data(), reply.body.size(), r);
     return response.failed ? std::string(response.error.getMessage().getCString()) : std::string();
   }
-
-  static ServerProcess* server;
-  static Wbemcli* cli;
 };
-
-ServerProcess* PropertyTest::server = nullptr;
-Wbemcli* PropertyTest::cli = nullptr;
 
 TEST_F(PropertyTest, GetPropertyAnswersOneValueOfTheInstance) {
   const struct {

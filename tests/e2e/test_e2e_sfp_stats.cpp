@@ -14,18 +14,9 @@ namespace {
 const std::string kSfpOfPort012 = "20120002AC00A001-ABC1234";  // serial "ABC1234   ", -3 C
 const std::string kStatsOfPort022 = "ZEPHRAN:20220002AC00A001-Stats";
 
-class SfpAndStatisticsTest : public ::testing::Test {
+class SfpAndStatisticsTest : public SharedServerSuite<SfpAndStatisticsTest> {
  protected:
-  static void SetUpTestSuite() {
-    server = new ServerProcess({{"operator", "edit"}, {"monitor", "browse"}});
-    cli = new Wbemcli(*server);
-  }
-  static void TearDownTestSuite() {
-    delete cli;
-    delete server;
-    cli = nullptr;
-    server = nullptr;
-  }
+  static void SetUpTestSuite() { startServer({{"operator", "edit"}, {"monitor", "browse"}}); }
 
   static std::map<std::string, PrintedObject> byPath(const WbemcliAnswer& answer) {
     std::map<std::string, PrintedObject> result;
@@ -38,13 +29,7 @@ class SfpAndStatisticsTest : public ::testing::Test {
     const size_t at = out.rfind(": ");
     return at == std::string::npos ? "<none>" : out.substr(at + 2, out.find('\n', at) - at - 2);
   }
-
-  static ServerProcess* server;
-  static Wbemcli* cli;
 };
-
-ServerProcess* SfpAndStatisticsTest::server = nullptr;
-Wbemcli* SfpAndStatisticsTest::cli = nullptr;
 
 struct PropertyCase {
   std::string object;  // path as printed, from the class name on

@@ -23,19 +23,15 @@ const char* kPortB =
     "QEL_FCPort.CreationClassName=\"QEL_FCPort\",DeviceID=\"20110002AC00A001\","
     "SystemCreationClassName=\"QEL_NodeSystem\",SystemName=\"DEMO01-N0\"";
 
-class WbemcliTest : public ::testing::Test {
+class WbemcliTest : public SharedServerSuite<WbemcliTest> {
  protected:
   static void SetUpTestSuite() {
-    server = new ServerProcess({{"operator", "edit"}, {"monitor", "browse"}, {"admin", "super"}});
-    cli = new Wbemcli(*server);
+    startServer({{"operator", "edit"}, {"monitor", "browse"}, {"admin", "super"}});
     qel::client::installTcpTransport();
   }
   static void TearDownTestSuite() {
     Pegasus::setTcpTransportFactory(Pegasus::TcpTransportFactory());
-    delete cli;
-    delete server;
-    cli = nullptr;
-    server = nullptr;
+    SharedServerSuite::TearDownTestSuite();
   }
 
   static std::string as(const std::string& user) { return server->url(user, server->password(user)); }
@@ -84,13 +80,7 @@ class WbemcliTest : public ::testing::Test {
     for (const char* n : list) result.append(Pegasus::CIMName(n));
     return Pegasus::CIMPropertyList(result);
   }
-
-  static ServerProcess* server;
-  static Wbemcli* cli;
 };
-
-ServerProcess* WbemcliTest::server = nullptr;
-Wbemcli* WbemcliTest::cli = nullptr;
 
 TEST_F(WbemcliTest, ReadsOfPortsAndLoopPorts) {
   // Every FC port record in list order but the one whose WWN is zero, which is no port.

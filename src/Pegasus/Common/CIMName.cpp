@@ -1,6 +1,10 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/Exception.h>
 
+#include <cstring>
+#include <memory>
+#include <string>
+
 PEGASUS_NAMESPACE_BEGIN
 
 namespace
@@ -58,10 +62,97 @@ CIMName::CIMName(const String& name) : cimName(name)
         throw InvalidNameException(name);
 }
 
-CIMName::CIMName(const char* name) : cimName(name)
+namespace
 {
+// Names made from C strings, as providers make one for every property they
+// set, from the same few literals: each thread keeps the checked text of
+// recent ones, so that making such a name again shares the String made
+// before instead of decoding, allocating and checking the text anew.
+class RecentNames
+{
+public:
+    const String* find(const char* text, size_t length, size_t hash) const
+    {
+        const Slot* set = _setOf(hash);
+        for (size_t way = 0; way < kWays; ++way)
+        {
+            const Slot& s = set[way];
+            if (s.text.size() == length && std::memcmp(s.text.data(), text, length) == 0)
+                return &s.name;
+        }
+        return nullptr;
+    }
+
+    // Into a free way of the text's set, else over the one the hash picks.
+    void remember(const char* text, size_t length, size_t hash, const String& name)
+    {
+        Slot* set = _setOf(hash);
+        Slot* s = &set[(hash >> 16) % kWays];
+        for (size_t way = 0; way < kWays; ++way)
+        {
+            if (set[way].text.empty())
+            {
+                s = &set[way];
+                break;
+            }
+        }
+        s->text.assign(text, length);
+        s->name = name;
+    }
+
+    static size_t hashOf(const char* text, size_t length)
+    {
+        size_t h = 2166136261u;
+        for (size_t i = 0; i < length; ++i)
+            h = (h ^ static_cast<unsigned char>(text[i])) * 16777619u;
+        return h;
+    }
+
+private:
+    // Room for the property names of a few classes; two ways per set, so
+    // that two names of one class that hash alike do not evict each other.
+    static const size_t kSets = 256;
+    static const size_t kWays = 2;
+    struct Slot
+    {
+        std::string text;
+        String name;
+    };
+
+    Slot* _setOf(size_t hash) { return &_slots[(hash % kSets) * kWays]; }
+    const Slot* _setOf(size_t hash) const { return &_slots[(hash % kSets) * kWays]; }
+
+    Slot _slots[kSets * kWays];
+};
+
+// On the heap, made on a thread's first use: threads that never make a name
+// from a C string carry nothing.
+RecentNames& recentNames()
+{
+    thread_local std::unique_ptr<RecentNames> names;
+    if (!names)
+        names.reset(new RecentNames());
+    return *names;
+}
+}  // namespace
+
+CIMName::CIMName(const char* name)
+{
+    // A null or empty text is refused below, as it always was.
+    const size_t length = name ? std::strlen(name) : 0;
+    const size_t hash = RecentNames::hashOf(name, length);
+    if (length != 0)
+    {
+        if (const String* known = recentNames().find(name, length, hash))
+        {
+            cimName = *known;
+            return;
+        }
+    }
+    cimName = String(name);
     if (!legal(cimName))
         throw InvalidNameException(cimName);
+    recentNames().remember(name, length, hash, cimName);
 }
 
 CIMName& CIMName::operator=(const CIMName& name)

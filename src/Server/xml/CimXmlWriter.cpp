@@ -10,6 +10,7 @@
 #include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -21,18 +22,31 @@ namespace {
 
 // Attribute and element names are literals: as string_views their lengths are known when
 // compiled, not counted for every property written.
+//
+// ' NAME="' in one append (appends are what writing costs most, a few per property).
+void attrStart(std::string& out, std::string_view name) {
+  char head[32];
+  if (name.size() + 3 > sizeof head) {
+    out += ' ';
+    out += name;
+    out += "=\"";
+    return;
+  }
+  head[0] = ' ';
+  std::memcpy(head + 1, name.data(), name.size());
+  head[name.size() + 1] = '=';
+  head[name.size() + 2] = '"';
+  out.append(head, name.size() + 3);
+}
+
 void attr(std::string& out, std::string_view name, const String& value) {
-  out += ' ';
-  out += name;
-  out += "=\"";
+  attrStart(out, name);
   appendEscaped(out, value);
   out += '"';
 }
 
 void attr(std::string& out, std::string_view name, const char* value) {
-  out += ' ';
-  out += name;
-  out += "=\"";
+  attrStart(out, name);
   appendEscaped(out, value, std::char_traits<char>::length(value));
   out += '"';
 }
@@ -119,11 +133,16 @@ template <class P>
 void writeProperty(std::string& out, const P& p) {
   const CIMValue& v = p.getValue();
   const CIMType t = p.getType();
-  const std::string_view element = t == CIMTYPE_REFERENCE ? std::string_view("PROPERTY.REFERENCE")
-                                   : p.isArray()            ? std::string_view("PROPERTY.ARRAY")
-                                                            : std::string_view("PROPERTY");
-  out += '<';
-  out += element;
+  // Start and end tags, each written in one piece.
+  std::string_view start = "<PROPERTY", end = "</PROPERTY>";
+  if (t == CIMTYPE_REFERENCE) {
+    start = "<PROPERTY.REFERENCE";
+    end = "</PROPERTY.REFERENCE>";
+  } else if (p.isArray()) {
+    start = "<PROPERTY.ARRAY";
+    end = "</PROPERTY.ARRAY>";
+  }
+  out += start;
   attr(out, "NAME", p.getName().getString());
   if (t == CIMTYPE_REFERENCE) {
     if (!p.getReferenceClassName().isNull()) attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
@@ -136,9 +155,7 @@ void writeProperty(std::string& out, const P& p) {
   out += '>';
   writeQualifiers(out, p);
   writeValue(out, v);
-  out += "</";
-  out += element;
-  out += '>';
+  out += end;
 }
 
 template <class P>

@@ -33,22 +33,22 @@ void requireVersion(pugi::xml_node node, const char* attribute, char major, cons
     throw ProtocolError(501, cimError, std::string(attribute) + " \"" + a.value() + "\" is not supported");
 }
 
-void setParam(CimRequest& r, const ParamSpec& spec, pugi::xml_node ip, CimXmlReader& reader) {
+void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlReader& reader) {
   const std::vector<pugi::xml_node> children = elementChildren(ip);
   if (children.size() > 1) invalidElement(ip, "an IPARAMVALUE holds at most one value");
   pugi::xml_node v = children.empty() ? pugi::xml_node() : children[0];
   auto expect = [&](const char* a, const char* b = nullptr) {
-    if (!v) invalidElement(ip, std::string("parameter ") + spec.name + " needs a value");
+    if (!v) invalidElement(ip, std::string("parameter ") + def.name + " needs a value");
     if (!is(v, a) && !(b && is(v, b)))
-      invalidElement(v, std::string("parameter ") + spec.name + " expects " + a + (b ? std::string(" or ") + b : ""));
+      invalidElement(v, std::string("parameter ") + def.name + " expects " + a + (b ? std::string(" or ") + b : ""));
   };
-  switch (spec.kind) {
+  switch (def.kind) {
     case ParamKind::Boolean: {
       expect("VALUE");
       bool b;
       if (!parseBooleanText(elementText(v), b))
-        invalidElement(v, std::string("parameter ") + spec.name + " must be TRUE or FALSE");
-      switch (spec.param) {
+        invalidElement(v, std::string("parameter ") + def.name + " must be TRUE or FALSE");
+      switch (def.param) {
         case Param::LocalOnly: r.localOnly = b; break;
         case Param::DeepInheritance: r.deepInheritance = b; break;
         case Param::IncludeQualifiers: r.includeQualifiers = b; break;
@@ -63,10 +63,10 @@ void setParam(CimRequest& r, const ParamSpec& spec, pugi::xml_node ip, CimXmlRea
         expect("VALUE");
         s = reader.untypedValue(v).toString();
       }
-      if (spec.param == Param::Role) r.role = s;
-      else if (spec.param == Param::ResultRole) r.resultRole = s;
-      else if (spec.param == Param::QueryLanguage) r.queryLanguage = s;
-      else if (spec.param == Param::Query) r.query = s;
+      if (def.param == Param::Role) r.role = s;
+      else if (def.param == Param::ResultRole) r.resultRole = s;
+      else if (def.param == Param::QueryLanguage) r.queryLanguage = s;
+      else if (def.param == Param::Query) r.query = s;
       break;
     }
     case ParamKind::ClassName: {
@@ -74,12 +74,12 @@ void setParam(CimRequest& r, const ParamSpec& spec, pugi::xml_node ip, CimXmlRea
       if (v) {
         expect("CLASSNAME");
         name = reader.className(v);
-      } else if (spec.required) {
-        invalidElement(ip, std::string("parameter ") + spec.name + " must not be NULL");
+      } else if (def.required) {
+        invalidElement(ip, std::string("parameter ") + def.name + " must not be NULL");
       }
-      if (spec.param == Param::ClassName) r.className = name;
-      else if (spec.param == Param::AssocClass) r.assocClass = name;
-      else if (spec.param == Param::ResultClass) r.resultClass = name;
+      if (def.param == Param::ClassName) r.className = name;
+      else if (def.param == Param::AssocClass) r.assocClass = name;
+      else if (def.param == Param::ResultClass) r.resultClass = name;
       break;
     }
     case ParamKind::InstanceName:
@@ -125,13 +125,13 @@ void setParam(CimRequest& r, const ParamSpec& spec, pugi::xml_node ip, CimXmlRea
 
 void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader) {
   CimRequest& r = d.request;
-  const OperationSpec* spec = findIntrinsic(call.attribute("NAME").value());
-  if (!spec) {
+  const OperationSpec* def = findIntrinsic(call.attribute("NAME").value());
+  if (!def) {
     d.failed = true;
     d.error = CIMException(CIM_ERR_NOT_SUPPORTED, "unknown intrinsic method " + r.methodName);
     return;
   }
-  r.operation = spec->operation;
+  r.operation = def->operation;
   r.applyDefaults();
   const std::vector<pugi::xml_node> children = elementChildren(call);
   size_t i = 0;
@@ -144,17 +144,17 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
     if (!is(ip, "IPARAMVALUE")) invalidElement(ip, "expected IPARAMVALUE");
     const char* name = ip.attribute("NAME").value();
     if (!ip.attribute("NAME")) invalidElement(ip, "missing attribute NAME");
-    const ParamSpec* p = findParam(*spec, name);
-    if (!p) invalidElement(ip, std::string("unknown parameter \"") + name + "\" for " + spec->name);
+    const ParamSpec* p = findParam(*def, name);
+    if (!p) invalidElement(ip, std::string("unknown parameter \"") + name + "\" for " + def->name);
     const size_t bit = static_cast<size_t>(p->param);
     if (r.present.test(bit)) invalidElement(ip, std::string("parameter ") + p->name + " given twice");
     setParam(r, *p, ip, reader);
     r.present.set(bit);
   }
-  for (size_t k = 0; k < spec->paramCount; ++k) {
-    const ParamSpec& p = spec->params[k];
+  for (size_t k = 0; k < def->paramCount; ++k) {
+    const ParamSpec& p = def->params[k];
     if (p.required && !r.has(p.param))
-      invalidElement(call, std::string("missing required parameter ") + p.name + " for " + spec->name);
+      invalidElement(call, std::string("missing required parameter ") + p.name + " for " + def->name);
   }
 }
 
@@ -246,9 +246,9 @@ void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p) {
 }  // namespace
 
 void CimRequest::applyDefaults() {
-  const OperationSpec& spec = specOf(operation);
-  for (size_t i = 0; i < spec.paramCount; ++i) {
-    const ParamSpec& p = spec.params[i];
+  const OperationSpec& def = specOf(operation);
+  for (size_t i = 0; i < def.paramCount; ++i) {
+    const ParamSpec& p = def.params[i];
     if (p.kind != ParamKind::Boolean) continue;
     if (p.param == Param::LocalOnly) localOnly = p.booleanDefault;
     else if (p.param == Param::DeepInheritance) deepInheritance = p.booleanDefault;
@@ -330,13 +330,13 @@ std::string encodeRequest(const CimRequest& r) {
     for (Uint32 i = 0; i < r.inParameters.size(); ++i) writeParamValue(out, r.inParameters[i]);
     out += "</METHODCALL>";
   } else {
-    const OperationSpec& spec = specOf(r.operation);
+    const OperationSpec& def = specOf(r.operation);
     out += "<IMETHODCALL NAME=\"";
-    out += spec.name;
+    out += def.name;
     out += "\">";
     writeLocalNamespacePath(out, r.nameSpace);
-    for (size_t i = 0; i < spec.paramCount; ++i)
-      if (r.has(spec.params[i].param)) writeParam(out, r, spec.params[i]);
+    for (size_t i = 0; i < def.paramCount; ++i)
+      if (r.has(def.params[i].param)) writeParam(out, r, def.params[i]);
     out += "</IMETHODCALL>";
   }
   out += "</SIMPLEREQ></MESSAGE></CIM>\n";
