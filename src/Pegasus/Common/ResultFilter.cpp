@@ -31,18 +31,28 @@ bool ResultFilter::_reusable(
     return true;
 }
 
+template <class Handle>
+Handle ResultFilter::_filtered(
+    const Handle& delivered,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    const auto& rep = checkRep(delivered._rep);
+    Handle result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
+        ? delivered
+        : delivered.clone();
+    result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
+    return result;
+}
+
 CIMInstance ResultFilter::filtered(
     const CIMInstance& delivered,
     Boolean includeQualifiers,
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    CIMInstanceRep& rep = checkRep(delivered._rep);
-    CIMInstance result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
-        ? delivered
-        : delivered.clone();
-    result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
-    return result;
+    return _filtered(delivered, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 CIMObject ResultFilter::filtered(
@@ -51,12 +61,7 @@ CIMObject ResultFilter::filtered(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    CIMObjectRep& rep = checkRep(delivered._rep);
-    CIMObject result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
-        ? delivered
-        : delivered.clone();
-    result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
-    return result;
+    return _filtered(delivered, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 PEGASUS_NAMESPACE_END

@@ -39,6 +39,14 @@ public:
         const CIMPropertyList& propertyList);
 
 private:
+    // The one body of both filtered() forms.
+    template <class Handle>
+    static Handle _filtered(
+        const Handle& delivered,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList);
+
     // Whether the state behind `rep`, of which `handles` handles exist, may
     // be filtered in place.
     static bool _reusable(
