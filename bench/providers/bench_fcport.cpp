@@ -99,12 +99,21 @@ void BM_build_ref(benchmark::State& state, const char* className)
 }
 
 BENCHMARK_CAPTURE(BM_buildInstances, QEL_FCPort, "QEL_FCPort")
-    ->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_buildInstances, QEL_FCALPort, "QEL_FCALPort")
-    ->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_build_ref, QEL_FCPort, "QEL_FCPort")
-    ->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
 
-} // namespace
+}  // namespace
 
 BENCHMARK_MAIN();

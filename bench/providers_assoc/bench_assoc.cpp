@@ -32,8 +32,9 @@ struct Association
     const char* portRole;
 };
 const Association SFP = {"QEL_FCPortSFPProvider", "QEL_FCPortSFP", "Dependent"};
-const Association STATS = {"QEL_FCPortElementStatisticalDataProvider",
-    "QEL_FCPortLESBElementStatisticalData", "ManagedElement"};
+const Association STATS = {
+    "QEL_FCPortElementStatisticalDataProvider", "QEL_FCPortLESBElementStatisticalData",
+    "ManagedElement"};
 
 class CountingObjects : public ObjectResponseHandler
 {
@@ -68,7 +69,7 @@ CIMProvider& provider(const Association& association)
     ProviderHost& host = ProviderHost::instance();
     if (!started)
     {
-        std::cout.setstate(std::ios::failbit); // the factory's "Create" line
+        std::cout.setstate(std::ios::failbit);  // the factory's "Create" line
         host.startProvider("QEL_FCPortProvider", {"QEL_FCPort"});
         std::cout.clear();
         host.startProvider(SFP.provider, {SFP.assocClass});
@@ -112,9 +113,10 @@ CIMObjectPath middlePort(const Association& association)
         void deliver(const Array<CIMObjectPath>& more) override { paths.appendArray(more); }
         Array<CIMObjectPath> paths;
     } names;
-    dynamic_cast<CIMInstanceProvider&>(provider(association)).enumerateInstanceNames(
-        requestContext(), CIMObjectPath("", CIMNamespaceName("root/qel"), association.assocClass),
-        names);
+    dynamic_cast<CIMInstanceProvider&>(provider(association))
+        .enumerateInstanceNames(
+            requestContext(),
+            CIMObjectPath("", CIMNamespaceName("root/qel"), association.assocClass), names);
     if (names.paths.size() == 0)
     {
         throw std::runtime_error("the generated array has no association");
@@ -140,8 +142,9 @@ void BM_associatorsFromPort(benchmark::State& state, const Association* associat
     for (auto _ : state)
     {
         CountingObjects handler;
-        assoc.associators(context, port, association->assocClass, CIMName(), "", "", false,
-            false, CIMPropertyList(), handler);
+        assoc.associators(
+            context, port, association->assocClass, CIMName(), "", "", false, false,
+            CIMPropertyList(), handler);
         delivered = handler.count;
     }
     if (delivered != 1)
@@ -197,14 +200,14 @@ void BM_enumerateInstances(benchmark::State& state, const Association* associati
 
 BENCHMARK_CAPTURE(BM_associatorsFromPort, QEL_FCPortSFP, &SFP) QEL_PORT_COUNTS(kMicrosecond);
 BENCHMARK_CAPTURE(BM_associatorsFromPort, QEL_FCPortLESBElementStatisticalData, &STATS)
-    QEL_PORT_COUNTS(kMicrosecond);
+QEL_PORT_COUNTS(kMicrosecond);
 BENCHMARK_CAPTURE(BM_referencesFromPort, QEL_FCPortSFP, &SFP) QEL_PORT_COUNTS(kMicrosecond);
 BENCHMARK_CAPTURE(BM_referencesFromPort, QEL_FCPortLESBElementStatisticalData, &STATS)
-    QEL_PORT_COUNTS(kMicrosecond);
+QEL_PORT_COUNTS(kMicrosecond);
 BENCHMARK_CAPTURE(BM_enumerateInstances, QEL_FCPortSFP, &SFP) QEL_PORT_COUNTS(kMillisecond);
 BENCHMARK_CAPTURE(BM_enumerateInstances, QEL_FCPortLESBElementStatisticalData, &STATS)
-    QEL_PORT_COUNTS(kMillisecond);
+QEL_PORT_COUNTS(kMillisecond);
 
-} // namespace
+}  // namespace
 
 BENCHMARK_MAIN();

@@ -63,8 +63,8 @@ CIMInstanceProvider* providerOn(unsigned ports, const char* providerName, const 
 
     qeltest::ProviderHost& host = qeltest::ProviderHost::instance();
     host.stopProviders();
-    CIMInstanceProvider* provider = dynamic_cast<CIMInstanceProvider*>(
-        host.startProvider(providerName, {className}));
+    CIMInstanceProvider* provider =
+        dynamic_cast<CIMInstanceProvider*>(host.startProvider(providerName, {className}));
     if (provider == nullptr)
     {
         throw std::runtime_error(std::string("no instance provider ") + providerName);
@@ -83,8 +83,7 @@ void enumerate(benchmark::State& state, const char* providerName, const char* cl
     for (auto _ : state)
     {
         CountingHandler handler;
-        provider->enumerateInstances(
-            context, classPath, false, false, CIMPropertyList(), handler);
+        provider->enumerateInstances(context, classPath, false, false, CIMPropertyList(), handler);
         items += handler.delivered;
     }
     if (items == 0)
@@ -109,8 +108,12 @@ void BM_LESBEnumerateInstances(benchmark::State& state)
 }
 
 BENCHMARK(BM_SFPEnumerateInstances)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_LESBEnumerateInstances)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LESBEnumerateInstances)
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
 
-} // namespace
+}  // namespace
 
 BENCHMARK_MAIN();

@@ -70,10 +70,8 @@ void BM_PathIdentical(benchmark::State& state, const char* a, const char* b)
     for (auto _ : state)
         benchmark::DoNotOptimize(x.identical(y));
 }
-BENCHMARK_CAPTURE(BM_PathIdentical, port_4_keys, kPortPath,
-                  kPortPathOtherSpelling);
-BENCHMARK_CAPTURE(BM_PathIdentical, association_2_refs, kAssocPath,
-                  kAssocPathOtherOrder);
+BENCHMARK_CAPTURE(BM_PathIdentical, port_4_keys, kPortPath, kPortPathOtherSpelling);
+BENCHMARK_CAPTURE(BM_PathIdentical, association_2_refs, kAssocPath, kAssocPathOtherOrder);
 
 const int kPropertyCount = 30;
 
@@ -93,10 +91,18 @@ CIMClass makeWideClass()
         CIMValue def;
         switch (i % 4)
         {
-            case 0: def = CIMValue(String("")); break;
-            case 1: def = CIMValue(Uint16(0)); break;
-            case 2: def = CIMValue(Uint64(0)); break;
-            default: def = CIMValue(false); break;
+            case 0:
+                def = CIMValue(String(""));
+                break;
+            case 1:
+                def = CIMValue(Uint16(0));
+                break;
+            case 2:
+                def = CIMValue(Uint64(0));
+                break;
+            default:
+                def = CIMValue(false);
+                break;
         }
         CIMProperty p(name, def);
         if (i < 2)
@@ -109,8 +115,9 @@ CIMClass makeWideClass()
 void BM_BuildInstance30(benchmark::State& state)
 {
     const CIMClass cls = makeWideClass();
-    CIMValue values[4] = {CIMValue(String("value")), CIMValue(Uint16(7)),
-                          CIMValue(Uint64(8589934592ULL)), CIMValue(true)};
+    CIMValue values[4] = {
+        CIMValue(String("value")), CIMValue(Uint16(7)), CIMValue(Uint64(8589934592ULL)),
+        CIMValue(true)};
     Array<CIMName> names;
     for (int i = 0; i < kPropertyCount; i++)
         names.append(CIMName(propertyName(i).c_str()));
@@ -119,8 +126,7 @@ void BM_BuildInstance30(benchmark::State& state)
         CIMInstance inst = cls.buildInstance(false, false, CIMPropertyList());
         for (int i = 0; i < kPropertyCount; i++)
         {
-            inst.getProperty(inst.findProperty(names[i]))
-                .setValue(values[i % 4]);
+            inst.getProperty(inst.findProperty(names[i])).setValue(values[i % 4]);
         }
         benchmark::DoNotOptimize(inst);
     }

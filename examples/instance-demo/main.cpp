@@ -25,8 +25,8 @@ CIMProperty keyProperty(const char* name)
 CIMClass makePortClass()
 {
     CIMClass cls("QEL_FCPort", "CIM_FCPort");
-    cls.addQualifier(CIMQualifier(
-        "Description", CIMValue(String("A Fibre Channel port of the array"))));
+    cls.addQualifier(
+        CIMQualifier("Description", CIMValue(String("A Fibre Channel port of the array"))));
     cls.addProperty(keyProperty("SystemCreationClassName"));
     cls.addProperty(keyProperty("SystemName"));
     cls.addProperty(keyProperty("CreationClassName"));
@@ -39,8 +39,7 @@ CIMClass makePortClass()
     cls.addProperty(CIMProperty("EnabledState", CIMValue(Uint16(5))));
     cls.addProperty(CIMProperty("PermanentAddress", CIMValue(String(""))));
     Array<Uint16> unknownStatus(1, Uint16(0));
-    cls.addProperty(
-        CIMProperty("OperationalStatus", CIMValue(unknownStatus)));
+    cls.addProperty(CIMProperty("OperationalStatus", CIMValue(unknownStatus)));
     return cls;
 }
 
@@ -56,8 +55,7 @@ int main()
     try
     {
         CIMClass portClass = makePortClass();
-        CIMInstance port =
-            portClass.buildInstance(true, true, CIMPropertyList());
+        CIMInstance port = portClass.buildInstance(true, true, CIMPropertyList());
 
         set(port, "SystemCreationClassName", CIMValue(String("QEL_NodeSystem")));
         set(port, "SystemName", CIMValue(String("node-a")));
@@ -82,8 +80,7 @@ int main()
         for (Uint32 i = 0; i < port.getPropertyCount(); i++)
         {
             CIMConstProperty p = port.getProperty(i);
-            cout << p.getName().getString() << "="
-                 << p.getValue().toString() << endl;
+            cout << p.getName().getString() << "=" << p.getValue().toString() << endl;
         }
         return 0;
     }

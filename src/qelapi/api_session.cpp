@@ -16,66 +16,93 @@
 
 using namespace qelsim;
 
-namespace {
+namespace
+{
 
-std::string vformat(const char* fmt, va_list ap) {
+std::string vformat(const char* fmt, va_list ap)
+{
     va_list copy;
     va_copy(copy, ap);
     char small[512];
     int n = std::vsnprintf(small, sizeof small, fmt, copy);
     va_end(copy);
-    if (n < 0) return std::string("(bad format) ") + fmt;
-    if (static_cast<size_t>(n) < sizeof small) return std::string(small, static_cast<size_t>(n));
+    if (n < 0)
+        return std::string("(bad format) ") + fmt;
+    if (static_cast<size_t>(n) < sizeof small)
+        return std::string(small, static_cast<size_t>(n));
     std::string out(static_cast<size_t>(n) + 1, '\0');
     std::vsnprintf(&out[0], out.size(), fmt, ap);
     out.resize(static_cast<size_t>(n));
     return out;
 }
 
-} // namespace
+}  // namespace
 
-int api_qelOpenForCimserver(const char* user) {
-    int rc = runCall("api_qelOpenForCimserver", {argStr(user)}, nullptr, [&] {
-        if (!user) return static_cast<int>(API_ERR_INVAL);
-        return Simulator::instance().read([&](const Model& m) { return openSession(m, user); });
-    });
+int api_qelOpenForCimserver(const char* user)
+{
+    int rc = runCall(
+        "api_qelOpenForCimserver", {argStr(user)}, nullptr,
+        [&]
+        {
+            if (!user)
+                return static_cast<int>(API_ERR_INVAL);
+            return Simulator::instance().read([&](const Model& m) { return openSession(m, user); });
+        });
     (rc == API_OK ? stats().sessionsOpened : stats().sessionsRefused)++;
     return rc;
 }
 
-int api_authorizeCIMUser(const char* user, const char* addr, const char* key) {
-    return runCall("api_authorizeCIMUser", {argStr(user), argStr(addr), argStr(key)}, nullptr, [&] {
-        if (!user || !addr || !key) return static_cast<int>(API_ERR_INVAL);
-        return Simulator::instance().read([&](const Model& m) { return authorize(m, user, addr, key); });
-    });
+int api_authorizeCIMUser(const char* user, const char* addr, const char* key)
+{
+    return runCall(
+        "api_authorizeCIMUser", {argStr(user), argStr(addr), argStr(key)}, nullptr,
+        [&]
+        {
+            if (!user || !addr || !key)
+                return static_cast<int>(API_ERR_INVAL);
+            return Simulator::instance().read([&](const Model& m)
+                                              { return authorize(m, user, addr, key); });
+        });
 }
 
-int cim_sem_wait(void) {
-    int rc = runCall("cim_sem_wait", {}, nullptr, [] {
-        ApiSemaphore::instance().wait();
-        return static_cast<int>(API_OK);
-    });
+int cim_sem_wait(void)
+{
+    int rc = runCall(
+        "cim_sem_wait", {}, nullptr,
+        []
+        {
+            ApiSemaphore::instance().wait();
+            return static_cast<int>(API_OK);
+        });
     (rc == API_OK ? stats().semWaits : stats().semFailedWaits)++;
     return rc;
 }
 
-int cim_sem_post(void) {
-    return runCall("cim_sem_post", {}, nullptr, [] {
-        if (!ApiSemaphore::instance().post()) {
-            stats().semUnbalancedPosts++;
-            return static_cast<int>(API_ERR_INVAL);
-        }
-        stats().semPosts++;
-        return static_cast<int>(API_OK);
-    });
+int cim_sem_post(void)
+{
+    return runCall(
+        "cim_sem_post", {}, nullptr,
+        []
+        {
+            if (!ApiSemaphore::instance().post())
+            {
+                stats().semUnbalancedPosts++;
+                return static_cast<int>(API_ERR_INVAL);
+            }
+            stats().semPosts++;
+            return static_cast<int>(API_OK);
+        });
 }
 
-void log_message(int level, const char* fmt, ...) {
-    if (!fmt) return;
+void log_message(int level, const char* fmt, ...)
+{
+    if (!fmt)
+        return;
     // The array's own log settings apply from the first line on.
     Simulator::instance().ensureAttached();
     Logger& log = Logger::instance();
-    if (!log.wants(level)) return;
+    if (!log.wants(level))
+        return;
     va_list ap;
     va_start(ap, fmt);
     std::string text = vformat(fmt, ap);
@@ -83,8 +110,10 @@ void log_message(int level, const char* fmt, ...) {
     log.write(level, text);
 }
 
-void qel_print_no_evt(const char* fmt, ...) {
-    if (!fmt) return;
+void qel_print_no_evt(const char* fmt, ...)
+{
+    if (!fmt)
+        return;
     va_list ap;
     va_start(ap, fmt);
     std::string text = vformat(fmt, ap);
@@ -93,9 +122,11 @@ void qel_print_no_evt(const char* fmt, ...) {
     std::fflush(stderr);
 }
 
-void qel_panic(const char* fmt, ...) {
+void qel_panic(const char* fmt, ...)
+{
     std::string text = "(no message)\n";
-    if (fmt) {
+    if (fmt)
+    {
         va_list ap;
         va_start(ap, fmt);
         text = vformat(fmt, ap);

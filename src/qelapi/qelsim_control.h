@@ -13,11 +13,13 @@
 #include <string>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct Result {
+struct Result
+{
     bool ok = true;
-    std::string error; // says what was wrong and where when !ok
+    std::string error;  // says what was wrong and where when !ok
 };
 
 // ------------------------------------------------------------------ arrays
@@ -29,10 +31,11 @@ Result loadArrayText(const std::string& json, const std::string& statePath = "")
 // The same from a file (relative log and audit paths in it are taken from its folder).
 Result loadArrayFile(const std::string& path, const std::string& statePath = "");
 
-struct AttachOptions {
-    std::string arrayPath;   // empty: the built-in demo array
-    std::string statePath;   // empty: the default state path of the array
-    bool persist = true;     // false: keep the state in memory only
+struct AttachOptions
+{
+    std::string arrayPath;  // empty: the built-in demo array
+    std::string statePath;  // empty: the default state path of the array
+    bool persist = true;    // false: keep the state in memory only
 };
 // Attaches to an array as a server process does: an existing state file that
 // was seeded from the same array contents is taken as it stands (so changes
@@ -60,46 +63,54 @@ Result injectFault(const std::string& call, int code, int64_t times = -1);
 // Removes the faults of one call, or all of them for "" ; returns how many.
 int clearFaults(const std::string& call = "");
 
-struct FaultInfo {
+struct FaultInfo
+{
     std::string call;
     int code;
-    int64_t times; // -1: always
+    int64_t times;  // -1: always
 };
 std::vector<FaultInfo> faults();
 
 // Shorthands for the faults tests need most.
-inline Result refuseSessions(int code = API_ERR_PERM, int64_t times = -1) {
+inline Result refuseSessions(int code = API_ERR_PERM, int64_t times = -1)
+{
     return injectFault("api_qelOpenForCimserver", code, times);
 }
-inline Result forceAuthorization(int result, int64_t times = -1) {
+inline Result forceAuthorization(int result, int64_t times = -1)
+{
     return injectFault("api_authorizeCIMUser", result, times);
 }
-inline Result failSemaphoreWait(int code = API_ERR_BUSY, int64_t times = -1) {
+inline Result failSemaphoreWait(int code = API_ERR_BUSY, int64_t times = -1)
+{
     return injectFault("cim_sem_wait", code, times);
 }
 
 // ---------------------------------------------------------------- counters
 
-struct Counters {
-    uint64_t fcListsHandedOut = 0;     // non-empty lists of api_getFCPorts/api_getFCALPorts
-    uint64_t fcListsFreed = 0;         // of those, released by api_freeFCPorts
-    uint64_t iscsiArraysHandedOut = 0; // non-empty arrays released by free()
+struct Counters
+{
+    uint64_t fcListsHandedOut = 0;      // non-empty lists of api_getFCPorts/api_getFCALPorts
+    uint64_t fcListsFreed = 0;          // of those, released by api_freeFCPorts
+    uint64_t iscsiArraysHandedOut = 0;  // non-empty arrays released by free()
     uint64_t lesbArraysHandedOut = 0;
     uint64_t vvArraysHandedOut = 0;
-    uint64_t badFrees = 0;             // api_freeFCPorts of a list not handed out (or freed twice)
-    uint64_t semWaits = 0;             // successful cim_sem_wait
-    uint64_t semPosts = 0;             // successful cim_sem_post
-    uint64_t semFailedWaits = 0;       // cim_sem_wait that returned non-zero
-    uint64_t semUnbalancedPosts = 0;   // cim_sem_post without a wait
-    uint64_t unbracketedCalls = 0;     // list reads and changes made without the semaphore
+    uint64_t badFrees = 0;            // api_freeFCPorts of a list not handed out (or freed twice)
+    uint64_t semWaits = 0;            // successful cim_sem_wait
+    uint64_t semPosts = 0;            // successful cim_sem_post
+    uint64_t semFailedWaits = 0;      // cim_sem_wait that returned non-zero
+    uint64_t semUnbalancedPosts = 0;  // cim_sem_post without a wait
+    uint64_t unbracketedCalls = 0;    // list reads and changes made without the semaphore
     uint64_t sessionsOpened = 0;
     uint64_t sessionsRefused = 0;
-    uint64_t changesSaved = 0;         // changes that reached the state
+    uint64_t changesSaved = 0;  // changes that reached the state
 };
 Counters counters();
 void resetCounters();
 // FC lists handed out and not yet freed.
-inline uint64_t outstandingFCLists(const Counters& c) { return c.fcListsHandedOut - c.fcListsFreed; }
+inline uint64_t outstandingFCLists(const Counters& c)
+{
+    return c.fcListsHandedOut - c.fcListsFreed;
+}
 // Runs LeakSanitizer now, when the process has it: 1 leaks found (reported on
 // standard error), 0 none, -1 no leak checker in this build. Arrays released
 // with free() are verified this way.
@@ -111,12 +122,13 @@ int leakCheck();
 // argument as text: integers in decimal, WWNs and filters as 0x + 16 hex
 // digits, strings quoted ("\"CAGE1\""), LPID arrays as [1057,1058], other
 // pointers as "ptr" or "null".
-struct CallRecord {
+struct CallRecord
+{
     uint64_t seq = 0;
     std::string call;
     std::vector<std::string> args;
     bool hasEvent = false;
-    api_evtparam_t event{}; // a copy of the event record, when one was passed
+    api_evtparam_t event{};  // a copy of the event record, when one was passed
     int result = 0;
     // "call(arg, arg)"
     std::string text() const;
@@ -129,9 +141,10 @@ void clearCallLog();
 
 // ------------------------------------------------------------ log capture
 
-struct LogLine {
+struct LogLine
+{
     int level;
-    std::string text; // as formatted, line end included
+    std::string text;  // as formatted, line end included
 };
 // While on, every log_message line is kept here whatever the threshold.
 void captureLog(bool on);
@@ -147,7 +160,11 @@ int setPortState(const std::string& port, api_port_status_t state, const std::st
 // counter: linkFailures, lossOfSync, lossOfSignal, primitiveSeqErrors,
 // invalidTxWords or crcErrors; adds to the port's first LESB record (created
 // when the port has none) and stamps the sample time.
-int bumpLesb(const std::string& port, const std::string& counter, uint64_t amount, const std::string& actor);
+int bumpLesb(
+    const std::string& port,
+    const std::string& counter,
+    uint64_t amount,
+    const std::string& actor);
 
 // Port state names as the array file spells them ("PORT_OFFLINE").
 const char* portStateName(api_port_status_t state);
@@ -156,16 +173,17 @@ bool parsePortState(const std::string& text, api_port_status_t* state);
 
 // --------------------------------------------------------------- generator
 
-struct GenerateOptions {
-    unsigned fcPorts = 10000;    // at most 61440
+struct GenerateOptions
+{
+    unsigned fcPorts = 10000;  // at most 61440
     unsigned lesbPerPort = 1;
     unsigned iscsiPorts = 0;
     unsigned volumes = 0;
-    uint32_t seed = 1;           // same seed, same array
+    uint32_t seed = 1;  // same seed, same array
 };
 // A valid array description of the requested size; ok false when too large.
 Result generateArray(const GenerateOptions& options, std::string* json);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -14,7 +14,7 @@ TEST(ArrayEdit, InsertRemoveAndTheirBounds)
     a.prepend("a");
     a.insert(2, "d");
     a.insert(2, "c");
-    const String more[] = { "e", "f" };
+    const String more[] = {"e", "f"};
     a.append(more, 2);
     a.remove(1, 2);
     ASSERT_EQ(a.size(), 4u);

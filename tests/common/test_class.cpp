@@ -63,25 +63,36 @@ TEST(ClassDefinition, KeysPropertiesAndQualifiers)
     Array<CIMName> keys(1, CIMName("stale"));  // replaced, not appended to
     cls.getKeyNames(keys);
     ASSERT_EQ(keys.size(), 3u);
-    EXPECT_EQ(str(keys[0].getString()) + str(keys[1].getString()) + str(keys[2].getString()),
+    EXPECT_EQ(
+        str(keys[0].getString()) + str(keys[1].getString()) + str(keys[2].getString()),
         "SystemNameDeviceIDCreationClassName");  // class order
     EXPECT_FALSE(CIMClass("QEL_Keyless").hasKeys());
-    EXPECT_EQ(thrownMessage<AlreadyExistsException>(
-                  [&] { cls.addProperty(CIMProperty("SPEED", CIMValue(Uint64(1)))); }),
+    EXPECT_EQ(
+        thrownMessage<AlreadyExistsException>(
+            [&] { cls.addProperty(CIMProperty("SPEED", CIMValue(Uint64(1)))); }),
         "already exists: property \"SPEED\"");
     // A reference needs its class named in a class definition.
-    EXPECT_THROW(cls.addProperty(CIMProperty("Antecedent", CIMValue(CIMObjectPath("QEL_SFP")))),
+    EXPECT_THROW(
+        cls.addProperty(CIMProperty("Antecedent", CIMValue(CIMObjectPath("QEL_SFP")))),
         TypeMismatchException);
-    EXPECT_NO_THROW(cls.addProperty(CIMProperty("Antecedent", CIMValue(CIMObjectPath("QEL_SFP")), 0, "QEL_SFP")));
+    EXPECT_NO_THROW(cls.addProperty(
+        CIMProperty("Antecedent", CIMValue(CIMObjectPath("QEL_SFP")), 0, "QEL_SFP")));
     CIMConstClass view = cls;  // shares
     cls.removeProperty(0);
     EXPECT_EQ(propertyNames(view).front(), "DeviceID");
     EXPECT_THROW(CIMClass{CIMName()}, UninitializedObjectException);
-    EXPECT_THROW(CIMClass().buildInstance(true, true, CIMPropertyList()), UninitializedObjectException);
+    EXPECT_THROW(
+        CIMClass().buildInstance(true, true, CIMPropertyList()), UninitializedObjectException);
 
     // Association and Abstract count only when the qualifier is boolean true.
-    struct { CIMValue value; bool expected; } cases[] = {{CIMValue(true), true},
-        {CIMValue(false), false}, {CIMValue(CIMTYPE_BOOLEAN, false), false},
+    struct
+    {
+        CIMValue value;
+        bool expected;
+    } cases[] = {
+        {CIMValue(true), true},
+        {CIMValue(false), false},
+        {CIMValue(CIMTYPE_BOOLEAN, false), false},
         {CIMValue(String("true")), false}};
     for (const auto& c : cases)
     {
@@ -95,12 +106,25 @@ TEST(ClassDefinition, KeysPropertiesAndQualifiers)
 
 TEST(ClassBuildInstance, PropertySelectionAndIndependence)
 {
-    struct Case { const char* what; bool iq; bool ico; CIMPropertyList list; Names expected; };
+    struct Case
+    {
+        const char* what;
+        bool iq;
+        bool ico;
+        CIMPropertyList list;
+        Names expected;
+    };
     const std::vector<Case> cases = {
-        {"null list: all", true, true, CIMPropertyList(),
+        {"null list: all",
+         true,
+         true,
+         CIMPropertyList(),
          {"SystemName", "DeviceID", "CreationClassName", "Speed", "PortType", "ElementName"}},
         {"empty list: none", true, true, listOf({}), {}},
-        {"class order, any case", false, false, listOf({"speed", "DEVICEID", "NoSuch"}),
+        {"class order, any case",
+         false,
+         false,
+         listOf({"speed", "DEVICEID", "NoSuch"}),
          {"DeviceID", "Speed"}},
     };
     CIMClass cls = makePortClass();
@@ -154,8 +178,9 @@ TEST(ClassBuildPath, KeysSortedWithoutHostOrNamespace)
     inst.getProperty(1).setValue(CIMValue(String("0123456789ABCDEF")));
     inst.getProperty(2).setValue(CIMValue(String("QEL_FCPort")));
     CIMObjectPath path = inst.buildPath(cls);
-    EXPECT_EQ(str(path.toString()), "QEL_FCPort.CreationClassName=\"QEL_FCPort\","
-                                    "DeviceID=\"0123456789ABCDEF\",SystemName=\"array\\\"1\"");
+    EXPECT_EQ(
+        str(path.toString()), "QEL_FCPort.CreationClassName=\"QEL_FCPort\","
+                              "DeviceID=\"0123456789ABCDEF\",SystemName=\"array\\\"1\"");
     EXPECT_TRUE(path.getNameSpace().isNull());
     // Without keys in the class the path names the class only.
     EXPECT_EQ(str(inst.buildPath(CIMClass("QEL_FCPort")).toString()), "QEL_FCPort");
@@ -176,14 +201,16 @@ TEST(ClassMethods, ParametersAndDuplicates)
     CIMMethod reset("Reset", CIMTYPE_UINT32);
     reset.addParameter(CIMParameter("Force", CIMTYPE_BOOLEAN))
         .addParameter(CIMParameter("Ports", CIMTYPE_STRING, true, 4));
-    EXPECT_EQ(thrownMessage<AlreadyExistsException>(
-                  [&] { reset.addParameter(CIMParameter("force", CIMTYPE_UINT8)); }),
+    EXPECT_EQ(
+        thrownMessage<AlreadyExistsException>(
+            [&] { reset.addParameter(CIMParameter("force", CIMTYPE_UINT8)); }),
         "already exists: parameter \"force\"");
     EXPECT_EQ(reset.findParameter("PORTS"), 1u);
     CIMClass cls = makePortClass();
     cls.addMethod(reset);
-    EXPECT_EQ(thrownMessage<AlreadyExistsException>(
-                  [&] { cls.addMethod(CIMMethod("RESET", CIMTYPE_SINT32)); }),
+    EXPECT_EQ(
+        thrownMessage<AlreadyExistsException>(
+            [&] { cls.addMethod(CIMMethod("RESET", CIMTYPE_SINT32)); }),
         "already exists: method \"RESET\"");
     EXPECT_EQ(cls.findMethod("reset"), 0u);
     CIMClass copy = cls.clone();
@@ -193,8 +220,15 @@ TEST(ClassMethods, ParametersAndDuplicates)
     EXPECT_FALSE(cls.getMethod(0).getPropagated());
     EXPECT_THROW(reset.setName("Other"), Exception) << "method is in a class";
 
-    struct { const char* what; CIMType type; bool isArray; Uint32 size; const char* ref; bool ok; }
-    params[] = {
+    struct
+    {
+        const char* what;
+        CIMType type;
+        bool isArray;
+        Uint32 size;
+        const char* ref;
+        bool ok;
+    } params[] = {
         {"sized array", CIMTYPE_UINT16, true, 3, nullptr, true},
         {"size on scalar", CIMTYPE_UINT16, false, 3, nullptr, false},
         {"reference without class", CIMTYPE_REFERENCE, false, 0, nullptr, false},
@@ -203,7 +237,8 @@ TEST(ClassMethods, ParametersAndDuplicates)
     for (const auto& c : params)
     {
         SCOPED_TRACE(c.what);
-        auto make = [&] { CIMParameter("P", c.type, c.isArray, c.size, c.ref ? CIMName(c.ref) : CIMName()); };
+        auto make = [&]
+        { CIMParameter("P", c.type, c.isArray, c.size, c.ref ? CIMName(c.ref) : CIMName()); };
         if (c.ok)
             EXPECT_NO_THROW(make());
         else

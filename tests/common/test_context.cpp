@@ -32,18 +32,24 @@ std::string userOf(const OperationContext& ctx)
 TEST(OperationContextContainers, MissingAndDuplicateContainers)
 {
     OperationContext ctx;
-    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.get(IdentityContainer::NAME); }), "object not found");
-    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.set(IdentityContainer("root")); }), "object not found");
-    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.remove(IdentityContainer::NAME); }), "object not found");
+    EXPECT_EQ(
+        thrownMessage<Exception>([&] { ctx.get(IdentityContainer::NAME); }), "object not found");
+    EXPECT_EQ(
+        thrownMessage<Exception>([&] { ctx.set(IdentityContainer("root")); }), "object not found");
+    EXPECT_EQ(
+        thrownMessage<Exception>([&] { ctx.remove(IdentityContainer::NAME); }), "object not found");
     ctx.insert(IdentityContainer("root"));
-    EXPECT_EQ(thrownMessage<Exception>([&] { ctx.insert(IdentityContainer("other")); }), "object already exists.");
+    EXPECT_EQ(
+        thrownMessage<Exception>([&] { ctx.insert(IdentityContainer("other")); }),
+        "object already exists.");
     EXPECT_FALSE(ctx.contains("identitycontainer"));  // names are matched exactly
     EXPECT_THROW(IdentityContainer{RoleContainer("x")}, DynamicCastFailedException);
 
     // User and client address come back as given, the address empty when none was.
     ctx.set(IdentityContainer("admin", "fe80::1%eth0"));
     EXPECT_EQ(userOf(ctx), "admin");
-    EXPECT_EQ(str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getIpAddress()), "fe80::1%eth0");
+    EXPECT_EQ(
+        str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getIpAddress()), "fe80::1%eth0");
     ctx.set(IdentityContainer("root"));
     EXPECT_EQ(str(IdentityContainer(ctx.get(IdentityContainer::NAME)).getIpAddress()), "");
     ctx.remove(IdentityContainer::NAME);

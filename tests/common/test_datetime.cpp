@@ -10,7 +10,10 @@ using qeltest::str;
 
 namespace
 {
-std::string text(const CIMDateTime& d) { return str(d.toString()); }
+std::string text(const CIMDateTime& d)
+{
+    return str(d.toString());
+}
 
 // "" when the text parses, else the exception's message.
 std::string parseFailure(const char* input)
@@ -42,22 +45,32 @@ TEST(DateTimeText, ValidPrintBackInvalidAreNamed)
     }
     EXPECT_EQ(text(CIMDateTime("20240131120000.000000-000")), "20240131120000.000000+000");
 
-    const std::string bad = "invalid datetime format", range = "DateTime is out of range : illegal ";
-    struct Case { const char* input; std::string message; } cases[] = {
-        { "2024013112000.000000+000", bad }, { "20240131120000.000000+0000", bad },
-        { "20240131120000.000000*000", bad }, { "20240131120000,000000+000", bad },
-        { "2024013112000a.000000+000", bad }, { "00000001000000.000000:001", bad },
-        { "2024013112**00.******+000", bad }, { "20240131120000.12*4**+000", bad },
-        { "20240131120000.000000+0*0", bad },
-        { "20241301000000.000000+000", range + "month number" },
-        { "20240001000000.000000+000", range + "month number" },
-        { "20240230000000.000000+000", range + "day number" }, { "20230229000000.000000+000", range + "day number" },
-        { "20240100000000.000000+000", range + "day number" },
+    const std::string bad = "invalid datetime format",
+                      range = "DateTime is out of range : illegal ";
+    struct Case
+    {
+        const char* input;
+        std::string message;
+    } cases[] = {
+        {"2024013112000.000000+000", bad},
+        {"20240131120000.000000+0000", bad},
+        {"20240131120000.000000*000", bad},
+        {"20240131120000,000000+000", bad},
+        {"2024013112000a.000000+000", bad},
+        {"00000001000000.000000:001", bad},
+        {"2024013112**00.******+000", bad},
+        {"20240131120000.12*4**+000", bad},
+        {"20240131120000.000000+0*0", bad},
+        {"20241301000000.000000+000", range + "month number"},
+        {"20240001000000.000000+000", range + "month number"},
+        {"20240230000000.000000+000", range + "day number"},
+        {"20230229000000.000000+000", range + "day number"},
+        {"20240100000000.000000+000", range + "day number"},
         // The trailing blanks are the original texts'.
-        { "20240131240000.000000+000", range + "hours number " },
-        { "20240131236000.000000+000", range + "minutes number " },
-        { "20240131235960.000000+000", range + "seconds number " },
-        { "00000000240000.000000:000", range + "hours number " },
+        {"20240131240000.000000+000", range + "hours number "},
+        {"20240131236000.000000+000", range + "minutes number "},
+        {"20240131235960.000000+000", range + "seconds number "},
+        {"00000000240000.000000:000", range + "hours number "},
     };
     for (const Case& c : cases)
         EXPECT_EQ(parseFailure(c.input), c.message) << c.input;
@@ -71,7 +84,8 @@ TEST(DateTimeNumeric, MicrosecondConstructorAndRanges)
     EXPECT_EQ(text(CIMDateTime(Uint64(0), false)), "00000101000000.000000+000");
     EXPECT_EQ(text(CIMDateTime(Uint64(3723000001ULL), true)), "00000000010203.000001:000");
     // 1970-01-01 is 719528 days after 0000-01-01.
-    EXPECT_EQ(text(CIMDateTime(Uint64(719528) * 86400000000ULL, false)), "19700101000000.000000+000");
+    EXPECT_EQ(
+        text(CIMDateTime(Uint64(719528) * 86400000000ULL, false)), "19700101000000.000000+000");
     EXPECT_THROW(CIMDateTime(315569520000000000ULL, false), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime(8640000000000000000ULL, true), DateTimeOutOfRangeException);
     EXPECT_NO_THROW(CIMDateTime(315569520000000000ULL - 1, false));
@@ -96,7 +110,8 @@ TEST(DateTimeCompare, ArithmeticAndComparisonNormaliseOffsets)
     // Wildcard positions match anything.
     EXPECT_TRUE(CIMDateTime("2024013111****.******+000") == utc);
     EXPECT_FALSE(CIMDateTime("2024013112****.******+000") == utc);
-    EXPECT_TRUE(CIMDateTime("00000000010203.******:000") == CIMDateTime("00000000010203.999999:000"));
+    EXPECT_TRUE(
+        CIMDateTime("00000000010203.******:000") == CIMDateTime("00000000010203.999999:000"));
 
     // The current time: a timestamp with the local offset.
     CIMDateTime now = CIMDateTime::getCurrentDateTime();
@@ -113,7 +128,8 @@ TEST(DateTimeCompare, ArithmeticAndComparisonNormaliseOffsets)
     EXPECT_EQ(text(hour * 30), "00000001060000.000000:000");
     EXPECT_EQ(text(hour / 4), "00000000001500.000000:000");
     EXPECT_EQ((hour * 3) / hour, 3u);
-    EXPECT_EQ(text(CIMDateTime("20240101000000.000000+000") - CIMDateTime("20231231000000.000000+000")),
+    EXPECT_EQ(
+        text(CIMDateTime("20240101000000.000000+000") - CIMDateTime("20231231000000.000000+000")),
         "00000001000000.000000:000");
     EXPECT_THROW(hour + t, TypeMismatchException);
     EXPECT_THROW(t * 2, TypeMismatchException);
@@ -121,4 +137,3 @@ TEST(DateTimeCompare, ArithmeticAndComparisonNormaliseOffsets)
     EXPECT_THROW(hour - (hour * 2), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime("99991231233000.000000+000") + hour, DateTimeOutOfRangeException);
 }
-

@@ -13,26 +13,35 @@ using qeltest::str;
 
 TEST(ExceptionTexts, MessagesStatusAndTypeNames)
 {
-    struct Case { Exception e; const char* message; } cases[] = {
-        { IndexOutOfBoundsException(), "index out of bounds" },
-        { TypeMismatchException("m"), "type mismatch: m" },
-        { DynamicCastFailedException(), "dynamic cast failed" },
-        { ConnectionTimeoutException(), "connection timed out" },
-        { NullPointer(), "null pointer" },
-        { NoSuchProperty("Name"), "no such property: Name" },
-        { NotImplemented("f"), "not implemented: f" },
-        { ParseError("at 3"), "parse error: at 3" },
-        { AssertionFailureException("a.cpp", 12, "x > 0"), "a.cpp(12): x > 0" },
+    struct Case
+    {
+        Exception e;
+        const char* message;
+    } cases[] = {
+        {IndexOutOfBoundsException(), "index out of bounds"},
+        {TypeMismatchException("m"), "type mismatch: m"},
+        {DynamicCastFailedException(), "dynamic cast failed"},
+        {ConnectionTimeoutException(), "connection timed out"},
+        {NullPointer(), "null pointer"},
+        {NoSuchProperty("Name"), "no such property: Name"},
+        {NotImplemented("f"), "not implemented: f"},
+        {ParseError("at 3"), "parse error: at 3"},
+        {AssertionFailureException("a.cpp", 12, "x > 0"), "a.cpp(12): x > 0"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(str(c.e.getMessage()), c.message);
 
-    struct Status { int code; const char* name; } statuses[] = {
-        { CIM_ERR_METHOD_NOT_FOUND, "CIM_ERR_METHOD_NOT_FOUND" },
-        { 18, "empty" }, { 19, "empty" },  // the unassigned numbers, named as the original names them
-        { CIM_ERR_NAMESPACE_NOT_EMPTY, "CIM_ERR_NAMESPACE_NOT_EMPTY" },
-        { CIM_ERR_SERVER_IS_SHUTTING_DOWN, "CIM_ERR_SERVER_IS_SHUTTING_DOWN" },
-        { 29, "Unrecognized CIM status code" },
+    struct Status
+    {
+        int code;
+        const char* name;
+    } statuses[] = {
+        {CIM_ERR_METHOD_NOT_FOUND, "CIM_ERR_METHOD_NOT_FOUND"},
+        {18, "empty"},
+        {19, "empty"},  // the unassigned numbers, named as the original names them
+        {CIM_ERR_NAMESPACE_NOT_EMPTY, "CIM_ERR_NAMESPACE_NOT_EMPTY"},
+        {CIM_ERR_SERVER_IS_SHUTTING_DOWN, "CIM_ERR_SERVER_IS_SHUTTING_DOWN"},
+        {29, "Unrecognized CIM status code"},
     };
     for (const Status& c : statuses)
         EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(c.code)), c.name) << c.code;
@@ -49,12 +58,15 @@ TEST(CIMExceptionTexts, DescriptionsWithAndWithoutOrigin)
     TraceableCIMException t(
         CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", "QEL_FCPortProvider", 103);
     EXPECT_EQ(str(t.getMessage()), "Insufficient privilege for the user");
-    EXPECT_EQ(str(t.getDescription()), "CIM_ERR_ACCESS_DENIED: Insufficient privilege for the user");
-    EXPECT_EQ(str(t.getTraceDescription()),
+    EXPECT_EQ(
+        str(t.getDescription()), "CIM_ERR_ACCESS_DENIED: Insufficient privilege for the user");
+    EXPECT_EQ(
+        str(t.getTraceDescription()),
         "QEL_FCPortProvider(103): CIM_ERR_ACCESS_DENIED: Insufficient privilege for the user");
     EXPECT_EQ(str(t.getFile()), "QEL_FCPortProvider");
     EXPECT_EQ(t.getLine(), 103u);
-    EXPECT_EQ(str(TraceableCIMException(CIM_ERR_FAILED, "", "f", 1).getDescription()), "CIM_ERR_FAILED");
+    EXPECT_EQ(
+        str(TraceableCIMException(CIM_ERR_FAILED, "", "f", 1).getDescription()), "CIM_ERR_FAILED");
 
     // Caught as a plain CIMException, then wrapped again: origin kept.
     try
@@ -66,7 +78,8 @@ TEST(CIMExceptionTexts, DescriptionsWithAndWithoutOrigin)
         TraceableCIMException again(e);
         EXPECT_EQ(again.getCode(), CIM_ERR_NOT_SUPPORTED);
         EXPECT_EQ(again.getLine(), unsigned(__LINE__ - 6));
-        EXPECT_EQ(str(again.getDescription()), "CIM_ERR_NOT_SUPPORTED: Does not support in generic!");
+        EXPECT_EQ(
+            str(again.getDescription()), "CIM_ERR_NOT_SUPPORTED: Does not support in generic!");
     }
     TraceableCIMException plain{CIMException(CIM_ERR_FAILED, "x")};
     EXPECT_EQ(str(plain.getTraceDescription()), "(0): CIM_ERR_FAILED: x");

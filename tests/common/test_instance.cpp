@@ -92,8 +92,9 @@ TEST(InstanceHandle, SharingClonesAndIdentity)
 TEST(InstanceProperties, FindRemoveDuplicatesAndPath)
 {
     CIMInstance inst = makePort();
-    EXPECT_EQ(thrownMessage<AlreadyExistsException>(
-                  [&] { inst.addProperty(CIMProperty("deviceid", CIMValue(String()))); }),
+    EXPECT_EQ(
+        thrownMessage<AlreadyExistsException>(
+            [&] { inst.addProperty(CIMProperty("deviceid", CIMValue(String()))); }),
         "already exists: property \"deviceid\"");
     EXPECT_THROW(inst.addProperty(CIMProperty()), UninitializedObjectException);
     EXPECT_EQ(inst.getPropertyCount(), 3u);
@@ -110,7 +111,9 @@ TEST(InstanceProperties, FindRemoveDuplicatesAndPath)
     EXPECT_EQ(str(inst.getPath().toString()), "QEL_FCPort");
     CIMObjectPath full("//array1/root/qel:qel_fcport.DeviceID=\"0123\"");
     inst.setPath(full);
-    EXPECT_EQ(thrownMessage<TypeMismatchException>([&] { inst.setPath(CIMObjectPath("QEL_SFP.Tag=\"x\"")); }),
+    EXPECT_EQ(
+        thrownMessage<TypeMismatchException>([&]
+                                             { inst.setPath(CIMObjectPath("QEL_SFP.Tag=\"x\"")); }),
         "type mismatch");
     EXPECT_THROW(inst.setPath(CIMObjectPath()), UninitializedObjectException);
     EXPECT_TRUE(inst.getPath() == full);
@@ -118,13 +121,15 @@ TEST(InstanceProperties, FindRemoveDuplicatesAndPath)
 
 TEST(InstanceFilter, QualifiersPropertiesAndClassOrigin)
 {
-    auto build = [] {
+    auto build = []
+    {
         CIMInstance inst("QEL_FCPort");
         inst.addQualifier(CIMQualifier("Description", CIMValue(String("d"))));
         CIMProperty id("DeviceID", CIMValue(String("A")), 0, CIMName(), "CIM_LogicalDevice");
         id.addQualifier(CIMQualifier("Key", CIMValue(true)));
         inst.addProperty(id);
-        inst.addProperty(CIMProperty("Speed", CIMValue(Uint16(1)), 0, CIMName(), "CIM_NetworkPort"));
+        inst.addProperty(
+            CIMProperty("Speed", CIMValue(Uint16(1)), 0, CIMName(), "CIM_NetworkPort"));
         return inst;
     };
     CIMInstance all = build();

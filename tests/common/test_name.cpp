@@ -10,10 +10,14 @@ using namespace qeltest;
 
 TEST(CIMNameRules, LegalAndIllegalNames)
 {
-    struct Case { const char* name; bool legal; } cases[] = {
-        { "abc", true }, { "_abc", true }, { "A1_b2", true }, { "\xC3\xA9t\xC3\xA9", true },
-        { "", false }, { "1abc", false }, { "a-b", false }, { "a b", false }, { "a.b", false },
-        { "\xEF\xBF\xBD", false },  // U+FFFD lies above U+FFEF
+    struct Case
+    {
+        const char* name;
+        bool legal;
+    } cases[] = {
+        {"abc", true},  {"_abc", true},          {"A1_b2", true}, {"\xC3\xA9t\xC3\xA9", true},
+        {"", false},    {"1abc", false},         {"a-b", false},  {"a b", false},
+        {"a.b", false}, {"\xEF\xBF\xBD", false},  // U+FFFD lies above U+FFEF
     };
     for (const Case& c : cases)
     {
@@ -21,7 +25,8 @@ TEST(CIMNameRules, LegalAndIllegalNames)
         if (c.legal)
             EXPECT_EQ(str(CIMName(c.name).getString()), c.name);
         else
-            EXPECT_EQ(thrownMessage<InvalidNameException>([&] { CIMName n(c.name); }),
+            EXPECT_EQ(
+                thrownMessage<InvalidNameException>([&] { CIMName n(c.name); }),
                 std::string("The CIM name is not valid: ") + c.name);
     }
     CIMName n("Good");
@@ -39,17 +44,29 @@ TEST(NameEquality, IgnoresAsciiCaseOnlyAndKeepsTheSpelling)
     EXPECT_FALSE(CIMName("\xC3\x89t\xC3\xA9") == CIMName("\xC3\xA9t\xC3\xA9"));
     CIMNamespaceName ns("root/qel");
     EXPECT_TRUE(ns == CIMNamespaceName("/Root/Qel"));  // '/' dropped when stored
-    EXPECT_FALSE(ns == "/Root/Qel");  // raw text is compared as it is
+    EXPECT_FALSE(ns == "/Root/Qel");                   // raw text is compared as it is
     EXPECT_FALSE(ns == "root/qel2");
 }
 
 TEST(CIMNamespaceNameRules, LegalityAndStoredForm)
 {
-    struct Case { const char* name; const char* stored; } cases[] = {  // stored nullptr: illegal
-        { "root/qel", "root/qel" }, { "/root/qel", "root/qel" }, { "root", "root" },
-        { "a/_b/c1", "a/_b/c1" },
-        { "", nullptr }, { "/", nullptr }, { "root/", nullptr }, { "root//x", nullptr },
-        { "root/my-ns", nullptr }, { "root/1x", nullptr }, { "//root", nullptr },
+    struct Case
+    {
+        const char* name;
+        const char* stored;
+    } cases[] = {
+        // stored nullptr: illegal
+        {"root/qel", "root/qel"},
+        {"/root/qel", "root/qel"},
+        {"root", "root"},
+        {"a/_b/c1", "a/_b/c1"},
+        {"", nullptr},
+        {"/", nullptr},
+        {"root/", nullptr},
+        {"root//x", nullptr},
+        {"root/my-ns", nullptr},
+        {"root/1x", nullptr},
+        {"//root", nullptr},
     };
     for (const Case& c : cases)
     {
@@ -62,7 +79,8 @@ TEST(CIMNamespaceNameRules, LegalityAndStoredForm)
             EXPECT_EQ(str(assigned.getString()), c.stored);
         }
         else
-            EXPECT_EQ(thrownMessage<InvalidNamespaceNameException>([&] { CIMNamespaceName n(c.name); }),
+            EXPECT_EQ(
+                thrownMessage<InvalidNamespaceNameException>([&] { CIMNamespaceName n(c.name); }),
                 std::string("invalid CIM namespace name: ") + c.name);
     }
 }

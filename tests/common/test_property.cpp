@@ -19,9 +19,11 @@ TEST(PropertyConstruction, RejectsInconsistentDeclarations)
     const CIMObjectPath ref("QEL_FCPort.DeviceID=\"A\"");
     const std::vector<std::pair<const char*, std::function<void()>>> cases = {
         {"fixed size on a scalar", [] { CIMProperty("P", CIMValue(Uint16(1)), 2); }},
-        {"fixed size differs from the array", [] { CIMProperty("P", CIMValue(Array<Uint16>(3)), 2); }},
+        {"fixed size differs from the array",
+         [] { CIMProperty("P", CIMValue(Array<Uint16>(3)), 2); }},
         {"array of references", [&] { CIMProperty("P", CIMValue(Array<CIMObjectPath>(1, ref))); }},
-        {"reference class on a string", [] { CIMProperty("P", CIMValue(String("x")), 0, "QEL_FCPort"); }},
+        {"reference class on a string",
+         [] { CIMProperty("P", CIMValue(String("x")), 0, "QEL_FCPort"); }},
     };
     for (const auto& c : cases)
     {
@@ -29,7 +31,8 @@ TEST(PropertyConstruction, RejectsInconsistentDeclarations)
         EXPECT_EQ(thrownMessage<TypeMismatchException>(c.second), "type mismatch");
     }
     EXPECT_THROW(CIMProperty(CIMName(), CIMValue(Uint16(1))), UninitializedObjectException);
-    CIMProperty r("R", CIMValue(CIMObjectPath("QEL_SFP.Tag=\"t\"")), 0, "QEL_SFP", "QEL_FCPortSFP", true);
+    CIMProperty r(
+        "R", CIMValue(CIMObjectPath("QEL_SFP.Tag=\"t\"")), 0, "QEL_SFP", "QEL_FCPortSFP", true);
     EXPECT_EQ(str(r.getReferenceClassName().getString()), "QEL_SFP");
     EXPECT_EQ(str(r.getClassOrigin().getString()), "QEL_FCPortSFP");
     EXPECT_TRUE(r.getPropagated());
@@ -37,11 +40,20 @@ TEST(PropertyConstruction, RejectsInconsistentDeclarations)
 
 TEST(PropertySetValue, KeepsTypeAndArrayness)
 {
-    struct Case { const char* what; CIMValue initial; Uint32 arraySize; CIMValue next; bool accepted; };
+    struct Case
+    {
+        const char* what;
+        CIMValue initial;
+        Uint32 arraySize;
+        CIMValue next;
+        bool accepted;
+    };
     const std::vector<Case> cases = {
         {"same type", CIMValue(Uint16(1)), 0, CIMValue(Uint16(7)), true},
-        {"typed null accepts its type", CIMValue(CIMTYPE_UINT16, false), 0, CIMValue(Uint16(7)), true},
-        {"typed null rejects a wider type", CIMValue(CIMTYPE_UINT16, false), 0, CIMValue(Uint32(7)), false},
+        {"typed null accepts its type", CIMValue(CIMTYPE_UINT16, false), 0, CIMValue(Uint16(7)),
+         true},
+        {"typed null rejects a wider type", CIMValue(CIMTYPE_UINT16, false), 0, CIMValue(Uint32(7)),
+         false},
         {"null of the same type", CIMValue(Uint16(1)), 0, CIMValue(CIMTYPE_UINT16, false), true},
         {"string into uint16", CIMValue(Uint16(1)), 0, CIMValue(String("1")), false},
         {"array into scalar", CIMValue(Uint16(1)), 0, CIMValue(Array<Uint16>(1)), false},
@@ -83,7 +95,8 @@ TEST(PropertyHandle, SharingAndRenames)
     CIMInstance inst("QEL_FCPort");
     inst.addProperty(copy);
     EXPECT_NO_THROW(p.setName("SPEED"));
-    EXPECT_EQ(thrownMessage<Exception>([&] { p.setName("Other"); }),
+    EXPECT_EQ(
+        thrownMessage<Exception>([&] { p.setName("Other"); }),
         "Attempted to change the name of a property already in a container.");
     inst.removeProperty(0);
     p.setName("Other");
@@ -110,8 +123,9 @@ TEST(Qualifier, HandlesDuplicatesIdentityAndDeclarations)
     p.addQualifier(CIMQualifier("Key", CIMValue(true)))
         .addQualifier(CIMQualifier("MaxLen", CIMValue(Uint32(16))));
     EXPECT_EQ(p.findQualifier("maxlen"), 1u);
-    EXPECT_EQ(thrownMessage<AlreadyExistsException>(
-                  [&] { p.addQualifier(CIMQualifier("key", CIMValue(false))); }),
+    EXPECT_EQ(
+        thrownMessage<AlreadyExistsException>(
+            [&] { p.addQualifier(CIMQualifier("key", CIMValue(false))); }),
         "already exists: qualifier \"key\"");
     EXPECT_THROW(p.getQualifier(2), IndexOutOfBoundsException);
     EXPECT_THROW(p.removeQualifier(2), IndexOutOfBoundsException);
@@ -119,22 +133,31 @@ TEST(Qualifier, HandlesDuplicatesIdentityAndDeclarations)
     EXPECT_EQ(str(p.getQualifier(0).getName().getString()), "MaxLen");
 
     // A declaration completes its flavor with the defaults.
-    struct Case { CIMFlavor given; const char* expected; } cases[] = {
+    struct Case
+    {
+        CIMFlavor given;
+        const char* expected;
+    } cases[] = {
         {CIMFlavor::NONE, "OVERRIDABLE TOSUBCLASS"},
         {CIMFlavor::RESTRICTED, "OVERRIDABLE RESTRICTED"},
         {CIMFlavor::DISABLEOVERRIDE, "TOSUBCLASS DISABLEOVERRIDE"},
         {CIMFlavor::RESTRICTED + CIMFlavor::TOSUBCLASS + CIMFlavor::DISABLEOVERRIDE +
-             CIMFlavor::TRANSLATABLE, "TRANSLATABLE DISABLEOVERRIDE RESTRICTED"},
+             CIMFlavor::TRANSLATABLE,
+         "TRANSLATABLE DISABLEOVERRIDE RESTRICTED"},
     };
     for (const auto& c : cases)
     {
         CIMQualifierDecl d("Key", CIMValue(false), CIMScope::PROPERTY, c.given);
         EXPECT_EQ(str(d.getFlavor().toString()), c.expected);
     }
-    EXPECT_THROW(CIMQualifierDecl(CIMName(), CIMValue(false), CIMScope::ANY), UninitializedObjectException);
-    CIMQualifierDecl d("ValueMap", CIMValue(Array<String>()), CIMScope::PROPERTY + CIMScope::METHOD);
+    EXPECT_THROW(
+        CIMQualifierDecl(CIMName(), CIMValue(false), CIMScope::ANY), UninitializedObjectException);
+    CIMQualifierDecl d(
+        "ValueMap", CIMValue(Array<String>()), CIMScope::PROPERTY + CIMScope::METHOD);
     EXPECT_EQ(str(d.getScope().toString()), "PROPERTY METHOD");
-    EXPECT_EQ(str(CIMScope::ANY.toString()), "CLASS ASSOCIATION INDICATION PROPERTY REFERENCE METHOD PARAMETER");
+    EXPECT_EQ(
+        str(CIMScope::ANY.toString()),
+        "CLASS ASSOCIATION INDICATION PROPERTY REFERENCE METHOD PARAMETER");
 }
 
 }  // namespace

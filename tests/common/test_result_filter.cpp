@@ -15,10 +15,11 @@ CIMInstance makeDelivered(bool withQualifier = false)
     CIMInstance inst("QEL_FCPort");
     if (withQualifier)
         inst.addQualifier(CIMQualifier("Description", CIMValue(String("a port"))));
-    inst.addProperty(CIMProperty("DeviceID", CIMValue(String("20110002AC00A001")), 0, CIMName(),
-                                 CIMName("CIM_LogicalDevice"), true));
-    inst.addProperty(CIMProperty("Speed", CIMValue(Uint64(8589934592ULL)), 0, CIMName(),
-                                 CIMName("CIM_LogicalPort"), true));
+    inst.addProperty(CIMProperty(
+        "DeviceID", CIMValue(String("20110002AC00A001")), 0, CIMName(),
+        CIMName("CIM_LogicalDevice"), true));
+    inst.addProperty(CIMProperty(
+        "Speed", CIMValue(Uint64(8589934592ULL)), 0, CIMName(), CIMName("CIM_LogicalPort"), true));
     return inst;
 }
 
@@ -48,7 +49,8 @@ TEST(ResultFilter, FiltersAnInstanceNobodyElseHolds)
     expectFiltered(ResultFilter::filtered(makeDelivered(), false, false, only("DeviceID")));
     expectFiltered(ResultFilter::filtered(makeDelivered(true), false, false, only("DeviceID")));
     // With everything asked for, nothing is dropped.
-    const CIMInstance all = ResultFilter::filtered(makeDelivered(true), true, true, CIMPropertyList());
+    const CIMInstance all =
+        ResultFilter::filtered(makeDelivered(true), true, true, CIMPropertyList());
     EXPECT_EQ(all.getPropertyCount(), 2u);
     EXPECT_EQ(all.getQualifierCount(), 1u);
     EXPECT_EQ(all.getProperty(1).getClassOrigin(), CIMName("CIM_LogicalPort"));
@@ -64,7 +66,8 @@ TEST(ResultFilter, NeverChangesWhatAProviderStillHolds)
 
     // The provider keeps only one of its properties.
     CIMProperty keptProperty;
-    auto deliver = [&keptProperty] {
+    auto deliver = [&keptProperty]
+    {
         CIMInstance delivered = makeDelivered();
         keptProperty = delivered.getProperty(0);
         return delivered;
@@ -76,14 +79,17 @@ TEST(ResultFilter, NeverChangesWhatAProviderStillHolds)
     // Objects follow the same rule.
     CIMObject object(makeDelivered());
     CIMObject objectHandedOver = object;
-    const CIMObject filteredObject = ResultFilter::filtered(objectHandedOver, false, false, only("Speed"));
+    const CIMObject filteredObject =
+        ResultFilter::filtered(objectHandedOver, false, false, only("Speed"));
     EXPECT_EQ(filteredObject.getPropertyCount(), 1u);
     EXPECT_EQ(object.getPropertyCount(), 2u);
 }
 
 TEST(ResultFilter, UninitializedHandleThrows)
 {
-    EXPECT_THROW(ResultFilter::filtered(CIMInstance(), true, true, CIMPropertyList()), UninitializedObjectException);
+    EXPECT_THROW(
+        ResultFilter::filtered(CIMInstance(), true, true, CIMPropertyList()),
+        UninitializedObjectException);
 }
 
 }  // namespace

@@ -9,7 +9,10 @@
 namespace qeltest
 {
 
-inline std::string str(const Pegasus::String& s) { return (const char*)s.getCString(); }
+inline std::string str(const Pegasus::String& s)
+{
+    return (const char*)s.getCString();
+}
 
 // Runs f, which must throw E (or a subclass), and returns getMessage().
 template <class E, class F>

@@ -11,7 +11,8 @@ using namespace qeltest;
 
 TEST(StringUtf8, DecodesAndEncodesRoundTrip)
 {
-    for (const char* text : { "", "plain", "\xC3\xA9t\xC3\xA9", "\xE2\x82\xAC 5", "\xF0\x9F\x98\x80" })
+    for (const char* text :
+         {"", "plain", "\xC3\xA9t\xC3\xA9", "\xE2\x82\xAC 5", "\xF0\x9F\x98\x80"})
         EXPECT_EQ(str(String(text)), text) << text;
     EXPECT_EQ(String("\xF0\x9F\x98\x80").size(), 2u);  // surrogate pair
     EXPECT_EQ(String("\xC3\xA9").size(), 1u);
@@ -20,15 +21,20 @@ TEST(StringUtf8, DecodesAndEncodesRoundTrip)
 TEST(StringUtf8, InvalidBytesNameIndexAndHexBytes)
 {
     const char* prefix = "The byte sequence starting at index ";
-    struct Case { const char* text; const char* message; } cases[] = {
-        { "\xFF\xFE", "0 is not valid UTF-8 encoding:  0xFF 0xFE" },
-        { "abc\xC3", "3 is not valid UTF-8 encoding: abc 0xC3" },
-        { "a\xC0\x80z", "1 is not valid UTF-8 encoding: a 0xC0 0x80 0x7A" },
-        { "\xE0\x80\x80", "0 is not valid UTF-8 encoding:  0xE0 0x80 0x80" },
-        { "\xF4\x90\x80\x80", "0 is not valid UTF-8 encoding:  0xF4 0x90 0x80 0x80" },
+    struct Case
+    {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"\xFF\xFE", "0 is not valid UTF-8 encoding:  0xFF 0xFE"},
+        {"abc\xC3", "3 is not valid UTF-8 encoding: abc 0xC3"},
+        {"a\xC0\x80z", "1 is not valid UTF-8 encoding: a 0xC0 0x80 0x7A"},
+        {"\xE0\x80\x80", "0 is not valid UTF-8 encoding:  0xE0 0x80 0x80"},
+        {"\xF4\x90\x80\x80", "0 is not valid UTF-8 encoding:  0xF4 0x90 0x80 0x80"},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(thrownMessage<Exception>([&] { String s(c.text); }), prefix + std::string(c.message));
+        EXPECT_EQ(
+            thrownMessage<Exception>([&] { String s(c.text); }), prefix + std::string(c.message));
 
     // Failed constructions and appends leave the string as it was.
     EXPECT_THROW(String(static_cast<const char*>(nullptr)), NullPointer);
@@ -41,9 +47,15 @@ TEST(StringUtf8, InvalidBytesNameIndexAndHexBytes)
 
 TEST(StringCompare, DifferenceOfFirstDifferingUnits)
 {
-    struct Case { const char* a; const char* b; int exact; int noCase; } cases[] = {
-        { "A_B", "AB", 29, -3 }, { "abc", "abc", 0, 0 }, { "abc", "ABC", 32, 0 },
-        { "ab", "abc", -1, -1 }, { "abc", "ab", 1, 1 }, { "", "a", -1, -1 }, { "b", "a", 1, 1 },
+    struct Case
+    {
+        const char* a;
+        const char* b;
+        int exact;
+        int noCase;
+    } cases[] = {
+        {"A_B", "AB", 29, -3}, {"abc", "abc", 0, 0}, {"abc", "ABC", 32, 0}, {"ab", "abc", -1, -1},
+        {"abc", "ab", 1, 1},   {"", "a", -1, -1},    {"b", "a", 1, 1},
     };
     for (const Case& c : cases)
     {
@@ -60,7 +72,7 @@ TEST(StringCase, FoldsOnlyAsciiLetters)
     EXPECT_TRUE(String::equalNoCase("QEL_FCPort", "qel_fcport"));
     EXPECT_FALSE(String::equalNoCase("abc", "abcd"));
     EXPECT_FALSE(String::equalNoCase("[", "{"));  // not letters, 0x20 apart
-    String folded("AB\xC3\x89\xC3\xA9z");  // É and é stay as they are
+    String folded("AB\xC3\x89\xC3\xA9z");         // É and é stay as they are
     folded.toLower();
     EXPECT_EQ(str(folded), "ab\xC3\x89\xC3\xA9z");
     folded.toUpper();
@@ -106,4 +118,3 @@ TEST(StringSharing, CopiesAreIndependent)
     self.append(self.getChar16Data() + 1, 2);
     EXPECT_EQ(self, "xyxyyx");
 }
-

@@ -38,7 +38,8 @@ TEST(ValueAccess, TypesNullsAndTypeMismatch)
     v.get(right);
     EXPECT_EQ(right, 7u);
     Boolean b = false;
-    EXPECT_THROW(CIMValue(CIMTYPE_STRING, false).get(b), TypeMismatchException);  // type checked first
+    EXPECT_THROW(
+        CIMValue(CIMTYPE_STRING, false).get(b), TypeMismatchException);  // type checked first
     v.set(String("now a string"));  // set() replaces type and value
     String s;
     v.get(s);
@@ -57,43 +58,54 @@ TEST(ValueAccess, TypesNullsAndTypeMismatch)
 
 TEST(ValueEquality, TypeNullnessAndContent)
 {
-    struct Case { CIMValue a; CIMValue b; bool same; } cases[] = {
-        { CIMValue(Uint16(1)), CIMValue(Uint16(1)), true },
-        { CIMValue(Uint16(1)), CIMValue(Uint32(1)), false },
-        { CIMValue(String("a")), CIMValue(String("A")), false },
-        { CIMValue(CIMTYPE_STRING, false), CIMValue(CIMTYPE_STRING, false), true },
-        { CIMValue(CIMTYPE_STRING, false), CIMValue(String("")), false },
-        { CIMValue(CIMTYPE_STRING, true), CIMValue(CIMTYPE_STRING, false), false },
-        { CIMValue(CIMObjectPath("X.b=1,a=2")), CIMValue(CIMObjectPath("x.A=2,B=1")), true },
-        { CIMValue(CIMDateTime("20240131120000.000000+060")),
-          CIMValue(CIMDateTime("20240131110000.000000+000")), true },
-        { CIMValue(Array<Uint8>(2, 3)), CIMValue(Array<Uint8>(2, 3)), true },
-        { CIMValue(Array<Uint8>(2, 3)), CIMValue(Array<Uint8>(3, 3)), false },
+    struct Case
+    {
+        CIMValue a;
+        CIMValue b;
+        bool same;
+    } cases[] = {
+        {CIMValue(Uint16(1)), CIMValue(Uint16(1)), true},
+        {CIMValue(Uint16(1)), CIMValue(Uint32(1)), false},
+        {CIMValue(String("a")), CIMValue(String("A")), false},
+        {CIMValue(CIMTYPE_STRING, false), CIMValue(CIMTYPE_STRING, false), true},
+        {CIMValue(CIMTYPE_STRING, false), CIMValue(String("")), false},
+        {CIMValue(CIMTYPE_STRING, true), CIMValue(CIMTYPE_STRING, false), false},
+        {CIMValue(CIMObjectPath("X.b=1,a=2")), CIMValue(CIMObjectPath("x.A=2,B=1")), true},
+        {CIMValue(CIMDateTime("20240131120000.000000+060")),
+         CIMValue(CIMDateTime("20240131110000.000000+000")), true},
+        {CIMValue(Array<Uint8>(2, 3)), CIMValue(Array<Uint8>(2, 3)), true},
+        {CIMValue(Array<Uint8>(2, 3)), CIMValue(Array<Uint8>(3, 3)), false},
     };
     for (const Case& c : cases)
     {
         EXPECT_EQ(c.a == c.b, c.same) << str(c.a.toString()) << " vs " << str(c.b.toString());
         EXPECT_EQ(c.a != c.b, !c.same);
     }
-    EXPECT_THROW(CIMValue(CIMDateTime()).equal(CIMValue(CIMDateTime(Uint64(0), false))), TypeMismatchException);
+    EXPECT_THROW(
+        CIMValue(CIMDateTime()).equal(CIMValue(CIMDateTime(Uint64(0), false))),
+        TypeMismatchException);
 }
 
 TEST(ValueText, DisplayForms)
 {
     Array<Uint32> two(1, 1);
     two.append(2);
-    struct Case { CIMValue v; const char* text; } cases[] = {
-        { CIMValue(false), "FALSE" },
-        { CIMValue(Uint64(18446744073709551615ULL)), "18446744073709551615" },
-        { CIMValue(Sint64(-9223372036854775807LL - 1)), "-9223372036854775808" },
-        { CIMValue(Real32(1.5)), "1.5000000000000000e+00" },
-        { CIMValue(Real64(0.1)), "1.0000000000000001e-01" },
-        { CIMValue(Char16(0xE9)), "\xC3\xA9" },
-        { CIMValue(String("no \"quotes\" added")), "no \"quotes\" added" },
-        { CIMValue(CIMDateTime()), "00000000000000.000000:000" },
-        { CIMValue(CIMObjectPath("X.k=\"v\"")), "X.k=\"v\"" },
-        { CIMValue(two), "1 2 " },
-        { CIMValue(Array<String>()), "" },
+    struct Case
+    {
+        CIMValue v;
+        const char* text;
+    } cases[] = {
+        {CIMValue(false), "FALSE"},
+        {CIMValue(Uint64(18446744073709551615ULL)), "18446744073709551615"},
+        {CIMValue(Sint64(-9223372036854775807LL - 1)), "-9223372036854775808"},
+        {CIMValue(Real32(1.5)), "1.5000000000000000e+00"},
+        {CIMValue(Real64(0.1)), "1.0000000000000001e-01"},
+        {CIMValue(Char16(0xE9)), "\xC3\xA9"},
+        {CIMValue(String("no \"quotes\" added")), "no \"quotes\" added"},
+        {CIMValue(CIMDateTime()), "00000000000000.000000:000"},
+        {CIMValue(CIMObjectPath("X.k=\"v\"")), "X.k=\"v\""},
+        {CIMValue(two), "1 2 "},
+        {CIMValue(Array<String>()), ""},
     };
     for (const Case& c : cases)
         EXPECT_EQ(str(c.v.toString()), c.text);
@@ -114,7 +126,9 @@ TEST(ValueEmbedded, InstancesAreClonedInAndOut)
     v.get(out);
     out.addProperty(CIMProperty(CIMName("Mine"), CIMValue(Uint8(2))));
     v.get(again);
-    EXPECT_EQ(out.getPropertyCount() + again.getPropertyCount(), 1u);  // stored as a clone, handed out as one
+    EXPECT_EQ(
+        out.getPropertyCount() + again.getPropertyCount(),
+        1u);  // stored as a clone, handed out as one
     CIMObject obj;
     EXPECT_THROW(v.get(obj), TypeMismatchException);
 }

@@ -13,138 +13,176 @@
 #include <thread>
 #include <unistd.h>
 
-namespace e2e {
-namespace {
+namespace e2e
+{
+namespace
+{
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
 }
 
 }  // namespace
 
-CommandResult run(const std::vector<std::string>& argv, const std::string& input) {
-  int out[2], err[2], in[2];
-  if (pipe(out) != 0 || pipe(err) != 0 || pipe(in) != 0) throw std::runtime_error("pipe failed");
-  const pid_t pid = fork();
-  if (pid == 0) {
-    dup2(in[0], 0);
-    dup2(out[1], 1);
-    dup2(err[1], 2);
+CommandResult run(const std::vector<std::string>& argv, const std::string& input)
+{
+    int out[2], err[2], in[2];
+    if (pipe(out) != 0 || pipe(err) != 0 || pipe(in) != 0)
+        throw std::runtime_error("pipe failed");
+    const pid_t pid = fork();
+    if (pid == 0)
+    {
+        dup2(in[0], 0);
+        dup2(out[1], 1);
+        dup2(err[1], 2);
+        close(in[1]);
+        close(out[0]);
+        close(err[0]);
+        std::vector<char*> args;
+        for (const std::string& a : argv)
+            args.push_back(const_cast<char*>(a.c_str()));
+        args.push_back(nullptr);
+        execv(args[0], args.data());
+        _exit(127);
+    }
+    close(in[0]);
+    close(out[1]);
+    close(err[1]);
+    if (!input.empty() && write(in[1], input.data(), input.size()) < 0)
+    {
+    }
     close(in[1]);
-    close(out[0]);
-    close(err[0]);
-    std::vector<char*> args;
-    for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
-    args.push_back(nullptr);
-    execv(args[0], args.data());
-    _exit(127);
-  }
-  close(in[0]);
-  close(out[1]);
-  close(err[1]);
-  if (!input.empty() && write(in[1], input.data(), input.size()) < 0) {}
-  close(in[1]);
-  // Both streams are drained together so that neither pipe can fill and stall the child.
-  CommandResult r;
-  pollfd fds[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
-  std::string* sinks[2] = {&r.out, &r.err};
-  int open = 2;
-  while (open > 0) {
-    if (poll(fds, 2, -1) < 0) {
-      if (errno == EINTR) continue;
-      break;
+    // Both streams are drained together so that neither pipe can fill and stall the child.
+    CommandResult r;
+    pollfd fds[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
+    std::string* sinks[2] = {&r.out, &r.err};
+    int open = 2;
+    while (open > 0)
+    {
+        if (poll(fds, 2, -1) < 0)
+        {
+            if (errno == EINTR)
+                continue;
+            break;
+        }
+        for (int i = 0; i < 2; ++i)
+        {
+            if (fds[i].fd < 0 || fds[i].revents == 0)
+                continue;
+            char buf[4096];
+            const ssize_t n = read(fds[i].fd, buf, sizeof buf);
+            if (n > 0)
+            {
+                sinks[i]->append(buf, static_cast<size_t>(n));
+            }
+            else
+            {
+                close(fds[i].fd);
+                fds[i].fd = -1;
+                --open;
+            }
+        }
     }
-    for (int i = 0; i < 2; ++i) {
-      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
-      char buf[4096];
-      const ssize_t n = read(fds[i].fd, buf, sizeof buf);
-      if (n > 0) {
-        sinks[i]->append(buf, static_cast<size_t>(n));
-      } else {
-        close(fds[i].fd);
-        fds[i].fd = -1;
-        --open;
-      }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    r.output = r.out + r.err;
+    return r;
+}
+
+ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
+{
+    char tmpl[] = "/tmp/qel-e2e-XXXXXX";
+    if (!mkdtemp(tmpl))
+        throw std::runtime_error("mkdtemp failed");
+    dir_ = tmpl;
+    const std::string passwd = dir_ + "/passwd";
+    for (const auto& u : users)
+    {
+        const CommandResult r = run({QEL_E2E_PASSWD, "-f", passwd, "add", u.first, "--generate"});
+        if (r.exitCode != 0)
+            throw std::runtime_error("qel-passwd failed: " + r.output);
+        passwords_[u.first] = r.out.substr(0, r.out.find('\n'));
     }
-  }
-  int status = 0;
-  waitpid(pid, &status, 0);
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  r.output = r.out + r.err;
-  return r;
-}
-
-ServerProcess::ServerProcess(const std::map<std::string, std::string>& users) {
-  char tmpl[] = "/tmp/qel-e2e-XXXXXX";
-  if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp failed");
-  dir_ = tmpl;
-  const std::string passwd = dir_ + "/passwd";
-  for (const auto& u : users) {
-    const CommandResult r = run({QEL_E2E_PASSWD, "-f", passwd, "add", u.first, "--generate"});
-    if (r.exitCode != 0) throw std::runtime_error("qel-passwd failed: " + r.output);
-    passwords_[u.first] = r.out.substr(0, r.out.find('\n'));
-  }
-  const std::string logPath = dir_ + "/server.log";
-  const pid_t parent = getpid();
-  pid_ = fork();
-  if (pid_ == 0) {
-    // A test that dies (a failed sanitizer check aborts it) takes its server along.
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) _exit(127);
-    const int fd = open(logPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(fd, 1);
-    dup2(fd, 2);
-    setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
-    setenv("QELSIM_STATE", statePath().c_str(), 1);
-    const std::string socket = dir_ + "/cim.socket";
-    execl(QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(), "--password-file",
-          passwd.c_str(), static_cast<char*>(nullptr));
-    _exit(127);
-  }
-  // The server prints its port once it listens; sanitizer builds take a while to load.
-  const std::string marker = "listening on http://127.0.0.1:";
-  for (int i = 0; i < 1200 && port_ == 0; ++i) {
-    const std::string text = readFile(logPath);
-    const size_t at = text.find(marker);
-    if (at != std::string::npos && text.find("/cimom", at) != std::string::npos) {
-      port_ = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
-      break;
+    const std::string logPath = dir_ + "/server.log";
+    const pid_t parent = getpid();
+    pid_ = fork();
+    if (pid_ == 0)
+    {
+        // A test that dies (a failed sanitizer check aborts it) takes its server along.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent)
+            _exit(127);
+        const int fd = open(logPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(fd, 1);
+        dup2(fd, 2);
+        setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
+        setenv("QELSIM_STATE", statePath().c_str(), 1);
+        const std::string socket = dir_ + "/cim.socket";
+        execl(
+            QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(),
+            "--password-file", passwd.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
     }
-    int status;
-    if (waitpid(pid_, &status, WNOHANG) == pid_) {
-      pid_ = -1;
-      throw std::runtime_error("qel-cimserver exited at start:\n" + text);
+    // The server prints its port once it listens; sanitizer builds take a while to load.
+    const std::string marker = "listening on http://127.0.0.1:";
+    for (int i = 0; i < 1200 && port_ == 0; ++i)
+    {
+        const std::string text = readFile(logPath);
+        const size_t at = text.find(marker);
+        if (at != std::string::npos && text.find("/cimom", at) != std::string::npos)
+        {
+            port_ = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
+            break;
+        }
+        int status;
+        if (waitpid(pid_, &status, WNOHANG) == pid_)
+        {
+            pid_ = -1;
+            throw std::runtime_error("qel-cimserver exited at start:\n" + text);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  }
-  if (port_ == 0) throw std::runtime_error("qel-cimserver did not start:\n" + readFile(logPath));
+    if (port_ == 0)
+        throw std::runtime_error("qel-cimserver did not start:\n" + readFile(logPath));
 }
 
-ServerProcess::~ServerProcess() {
-  stop();
-  run({"/bin/rm", "-rf", dir_});
+ServerProcess::~ServerProcess()
+{
+    stop();
+    run({"/bin/rm", "-rf", dir_});
 }
 
-int ServerProcess::stop() {
-  if (pid_ <= 0) return -1;
-  kill(pid_, SIGTERM);
-  int status = 0;
-  waitpid(pid_, &status, 0);
-  pid_ = -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+int ServerProcess::stop()
+{
+    if (pid_ <= 0)
+        return -1;
+    kill(pid_, SIGTERM);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ServerProcess::url(const std::string& user, const std::string& password) const {
-  std::string auth = user.empty() ? "" : user + ":" + password + "@";
-  return "http://" + auth + "127.0.0.1:" + std::to_string(port_) + "/root/qel";
+std::string ServerProcess::url(const std::string& user, const std::string& password) const
+{
+    std::string auth = user.empty() ? "" : user + ":" + password + "@";
+    return "http://" + auth + "127.0.0.1:" + std::to_string(port_) + "/root/qel";
 }
 
-std::string ServerProcess::log() const { return readFile(dir_ + "/server.log"); }
+std::string ServerProcess::log() const
+{
+    return readFile(dir_ + "/server.log");
+}
 
 // The simulator keeps the audit log next to its state file.
-std::string ServerProcess::auditLog() const { return readFile(statePath() + ".audit.jsonl"); }
+std::string ServerProcess::auditLog() const
+{
+    return readFile(statePath() + ".audit.jsonl");
+}
 
 }  // namespace e2e

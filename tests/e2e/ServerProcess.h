@@ -8,43 +8,46 @@
 #include <string>
 #include <sys/types.h>
 
-namespace e2e {
+namespace e2e
+{
 
-struct CommandResult {
-  int exitCode = -1;
-  std::string out;     // standard output
-  std::string err;     // standard error
-  std::string output;  // both: out followed by err
+struct CommandResult
+{
+    int exitCode = -1;
+    std::string out;     // standard output
+    std::string err;     // standard error
+    std::string output;  // both: out followed by err
 };
 
 // Runs a program (no shell) and collects what it prints.
 CommandResult run(const std::vector<std::string>& argv, const std::string& input = "");
 
-class ServerProcess {
- public:
-  // Users and their roles in the demo array: each gets a generated password.
-  explicit ServerProcess(const std::map<std::string, std::string>& users);
-  ~ServerProcess();
-  ServerProcess(const ServerProcess&) = delete;
-  ServerProcess& operator=(const ServerProcess&) = delete;
+class ServerProcess
+{
+public:
+    // Users and their roles in the demo array: each gets a generated password.
+    explicit ServerProcess(const std::map<std::string, std::string>& users);
+    ~ServerProcess();
+    ServerProcess(const ServerProcess&) = delete;
+    ServerProcess& operator=(const ServerProcess&) = delete;
 
-  // Sends SIGTERM and waits; returns the exit status and leaves the log readable.
-  int stop();
+    // Sends SIGTERM and waits; returns the exit status and leaves the log readable.
+    int stop();
 
-  unsigned short port() const { return port_; }
-  const std::string& password(const std::string& user) const { return passwords_.at(user); }
-  std::string url(const std::string& user, const std::string& password) const;
-  std::string log() const;
-  const std::string& dir() const { return dir_; }
-  // The simulated array's live state and the audit log of its changes, private to this server.
-  std::string statePath() const { return dir_ + "/state.json"; }
-  std::string auditLog() const;
+    unsigned short port() const { return port_; }
+    const std::string& password(const std::string& user) const { return passwords_.at(user); }
+    std::string url(const std::string& user, const std::string& password) const;
+    std::string log() const;
+    const std::string& dir() const { return dir_; }
+    // The simulated array's live state and the audit log of its changes, private to this server.
+    std::string statePath() const { return dir_ + "/state.json"; }
+    std::string auditLog() const;
 
- private:
-  std::string dir_;
-  pid_t pid_ = -1;
-  unsigned short port_ = 0;
-  std::map<std::string, std::string> passwords_;
+private:
+    std::string dir_;
+    pid_t pid_ = -1;
+    unsigned short port_ = 0;
+    std::map<std::string, std::string> passwords_;
 };
 
 }  // namespace e2e

@@ -15,7 +15,10 @@ namespace moftest
 
 inline const char* const testNamespace = "root/test";
 
-inline std::string schemaDir() { return QEL_SCHEMA_DIR; }
+inline std::string schemaDir()
+{
+    return QEL_SCHEMA_DIR;
+}
 
 // Gives root/test of repo the schema's qualifier declarations.
 inline void loadQualifiers(Pegasus::ClassRepository& repo)
@@ -62,6 +65,6 @@ private:
     std::string _path;
 };
 
-}
+}  // namespace moftest
 
 #endif

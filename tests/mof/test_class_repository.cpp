@@ -44,7 +44,10 @@ protected:
         moftest::loadQualifiers(repo);
         moftest::compile(repo, hierarchy);
     }
-    CIMClass full(const char* name) { return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList()); }
+    CIMClass full(const char* name)
+    {
+        return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList());
+    }
     ClassRepository repo;
 };
 
@@ -70,7 +73,14 @@ TEST_F(ClassRepositoryTest, InheritedElementsKeepOriginAndPropagation)
 {
     EXPECT_EQ(propertyNames(full("T_Mid")), (Names{"Id", "Note", "Count", "Flag"}));
     EXPECT_EQ(propertyNames(full("T_Leaf")), (Names{"Id", "Note", "Count", "Flag", "Extra"}));
-    struct Row { const char* cls; const char* property; const char* origin; bool propagated; Uint16 countDefault; };
+    struct Row
+    {
+        const char* cls;
+        const char* property;
+        const char* origin;
+        bool propagated;
+        Uint16 countDefault;
+    };
     const Row rows[] = {
         {"T_Base", "Id", "T_Base", false, 0},
         {"T_Mid", "Id", "T_Base", true, 0},
@@ -115,17 +125,24 @@ TEST_F(ClassRepositoryTest, InheritedElementsKeepOriginAndPropagation)
 TEST_F(ClassRepositoryTest, QualifiersFollowTheirFlavor)
 {
     // Per row: element (property null: the class), qualifier, present?, propagated flag when present.
-    struct Row { const char* cls; const char* property; const char* qualifier; bool present; bool propagated; };
+    struct Row
+    {
+        const char* cls;
+        const char* property;
+        const char* qualifier;
+        bool present;
+        bool propagated;
+    };
     const Row rows[] = {
         {"T_Base", 0, "Abstract", true, false},
-        {"T_Mid", 0, "Abstract", false, false},          // Restricted
-        {"T_Mid", 0, "Description", true, true},         // ToSubclass
+        {"T_Mid", 0, "Abstract", false, false},   // Restricted
+        {"T_Mid", 0, "Description", true, true},  // ToSubclass
         {"T_Leaf", "Id", "Key", true, true},
         {"T_Base", "Count", "Description", true, false},
-        {"T_Mid", "Count", "Description", false, false}, // given Restricted
+        {"T_Mid", "Count", "Description", false, false},  // given Restricted
         {"T_Mid", "Count", "Units", true, true},
         {"T_Mid", "Count", "Override", true, false},
-        {"T_Leaf", "Count", "Override", false, false},   // Override is Restricted
+        {"T_Leaf", "Count", "Override", false, false},  // Override is Restricted
         {"T_Leaf", "Count", "MaxLen", true, true},
     };
     for (const Row& r : rows)
@@ -170,8 +187,13 @@ TEST_F(ClassRepositoryTest, GetClassAppliesItsOptions)
     EXPECT_TRUE(ping.getClassOrigin().isNull());
     Array<CIMName> wanted(1, CIMName("count"));
     wanted.append("NoSuchProperty");
-    EXPECT_EQ(propertyNames(repo.getClass(testNamespace, "T_Leaf", false, true, true, wanted)), (Names{"Count"}));
-    EXPECT_EQ(repo.getClass(testNamespace, "T_Leaf", false, true, true, Array<CIMName>()).getPropertyCount(), 0u);
+    EXPECT_EQ(
+        propertyNames(repo.getClass(testNamespace, "T_Leaf", false, true, true, wanted)),
+        (Names{"Count"}));
+    EXPECT_EQ(
+        repo.getClass(testNamespace, "T_Leaf", false, true, true, Array<CIMName>())
+            .getPropertyCount(),
+        0u);
 
     // Copies are fresh: changing one leaves the repository as it was.
     CIMClass copy = full("T_Leaf");
@@ -181,21 +203,31 @@ TEST_F(ClassRepositoryTest, GetClassAppliesItsOptions)
 
 TEST_F(ClassRepositoryTest, ClassesAndNamespacesListInDefinitionOrder)
 {
-    EXPECT_EQ(names(repo.enumerateClassNames(testNamespace, CIMName(), false)), (Names{"T_Base", "T_Other"}));
-    EXPECT_EQ(names(repo.enumerateClassNames(testNamespace, CIMName(), true)),
+    EXPECT_EQ(
+        names(repo.enumerateClassNames(testNamespace, CIMName(), false)),
+        (Names{"T_Base", "T_Other"}));
+    EXPECT_EQ(
+        names(repo.enumerateClassNames(testNamespace, CIMName(), true)),
         (Names{"T_Base", "T_Mid", "T_Leaf", "T_Other"}));
     EXPECT_EQ(names(repo.enumerateClassNames(testNamespace, "t_base", false)), (Names{"T_Mid"}));
-    EXPECT_EQ(names(repo.enumerateClassNames(testNamespace, "T_Base", true)), (Names{"T_Mid", "T_Leaf"}));
+    EXPECT_EQ(
+        names(repo.enumerateClassNames(testNamespace, "T_Base", true)), (Names{"T_Mid", "T_Leaf"}));
     EXPECT_EQ(names(repo.subclassNames(testNamespace, "T_Mid", false)), (Names{"T_Leaf"}));
     EXPECT_TRUE(repo.subclassNames(testNamespace, "T_Leaf", true).size() == 0);
     EXPECT_EQ(repo.enumerateClasses(testNamespace, "T_Base", true, true, false, false).size(), 2u);
-    struct Row { const char* cls; const char* ancestor; bool expected; };
+    struct Row
+    {
+        const char* cls;
+        const char* ancestor;
+        bool expected;
+    };
     const Row rows[] = {
-        {"T_Leaf", "T_Base", true}, {"t_leaf", "T_BASE", true}, {"T_Leaf", "T_Leaf", true},
+        {"T_Leaf", "T_Base", true},  {"t_leaf", "T_BASE", true},   {"T_Leaf", "T_Leaf", true},
         {"T_Base", "T_Leaf", false}, {"T_Other", "T_Base", false}, {"T_None", "T_Base", false},
     };
     for (const Row& r : rows)
-        EXPECT_EQ(repo.isSubclassOf(testNamespace, r.cls, r.ancestor), r.expected) << r.cls << " < " << r.ancestor;
+        EXPECT_EQ(repo.isSubclassOf(testNamespace, r.cls, r.ancestor), r.expected)
+            << r.cls << " < " << r.ancestor;
 
     // Namespaces list in the order they came; their names ignore case.
     repo.createNamespace("root/second");
@@ -213,7 +245,8 @@ TEST_F(ClassRepositoryTest, StaticInstancesAreFoundByClassAndPath)
     EXPECT_EQ(repo.enumerateInstances(testNamespace, "T_Base").size(), 2u);
     EXPECT_EQ(repo.enumerateInstances(testNamespace, "T_Leaf").size(), 1u);
     EXPECT_EQ(repo.enumerateInstances(testNamespace, "T_Other").size(), 1u);
-    CIMInstance leaf = repo.getInstance(testNamespace, CIMObjectPath("//h/root/test:t_leaf.Id=\"l1\""));
+    CIMInstance leaf =
+        repo.getInstance(testNamespace, CIMObjectPath("//h/root/test:t_leaf.Id=\"l1\""));
     CIMProperty extra = leaf.getProperty(leaf.findProperty("Extra"));
     EXPECT_TRUE(extra.getValue().equal(CIMValue(Uint64(5))));
     EXPECT_EQ(extra.getClassOrigin(), CIMName("T_Leaf"));
@@ -221,13 +254,15 @@ TEST_F(ClassRepositoryTest, StaticInstancesAreFoundByClassAndPath)
 
     // A copy: changing it does not change the stored instance.
     leaf.removeProperty(leaf.findProperty("Extra"));
-    EXPECT_EQ(repo.getInstance(testNamespace, CIMObjectPath("T_Leaf.Id=\"l1\"")).getPropertyCount(), 2u);
+    EXPECT_EQ(
+        repo.getInstance(testNamespace, CIMObjectPath("T_Leaf.Id=\"l1\"")).getPropertyCount(), 2u);
 }
 
 TEST_F(ClassRepositoryTest, ErrorsCarryTheirCIMCode)
 {
     const CIMNamespaceName ns(testNamespace);
-    auto instance = [](const char* cls, const char* property, const CIMValue& value) {
+    auto instance = [](const char* cls, const char* property, const CIMValue& value)
+    {
         CIMInstance inst(cls);
         inst.addProperty(CIMProperty(property, value));
         return inst;
@@ -240,34 +275,52 @@ TEST_F(ClassRepositoryTest, ErrorsCarryTheirCIMCode)
     unknownProperty.addProperty(CIMProperty("Nope", CIMValue(String("z"))));
     const CIMInstance again = instance("T_Other", "Name", CIMValue(String("o1")));
     const CIMPropertyList all;
-    const struct { const char* what; std::function<void()> call; CIMStatusCode code; } rows[] = {
-        {"getClass, unknown namespace", [&] { repo.getClass("root/nowhere", "T_Base", false, true, true, all); },
+    const struct
+    {
+        const char* what;
+        std::function<void()> call;
+        CIMStatusCode code;
+    } rows[] = {
+        {"getClass, unknown namespace",
+         [&] { repo.getClass("root/nowhere", "T_Base", false, true, true, all); },
          CIM_ERR_INVALID_NAMESPACE},
-        {"getClass, unknown class", [&] { repo.getClass(ns, "T_None", false, true, true, all); }, CIM_ERR_NOT_FOUND},
-        {"enumerateClassNames, unknown class", [&] { repo.enumerateClassNames(ns, "T_None", true); },
-         CIM_ERR_INVALID_CLASS},
-        {"subclassNames, null class", [&] { repo.subclassNames(ns, CIMName(), true); }, CIM_ERR_INVALID_CLASS},
-        {"enumerateInstances, unknown class", [&] { repo.enumerateInstances(ns, "T_None"); }, CIM_ERR_INVALID_CLASS},
-        {"getInstance, no such instance", [&] { repo.getInstance(ns, CIMObjectPath("T_Other.Name=\"zz\"")); },
+        {"getClass, unknown class", [&] { repo.getClass(ns, "T_None", false, true, true, all); },
          CIM_ERR_NOT_FOUND},
+        {"enumerateClassNames, unknown class",
+         [&] { repo.enumerateClassNames(ns, "T_None", true); }, CIM_ERR_INVALID_CLASS},
+        {"subclassNames, null class", [&] { repo.subclassNames(ns, CIMName(), true); },
+         CIM_ERR_INVALID_CLASS},
+        {"enumerateInstances, unknown class", [&] { repo.enumerateInstances(ns, "T_None"); },
+         CIM_ERR_INVALID_CLASS},
+        {"getInstance, no such instance",
+         [&] { repo.getInstance(ns, CIMObjectPath("T_Other.Name=\"zz\"")); }, CIM_ERR_NOT_FOUND},
         {"getQualifier, undeclared", [&] { repo.getQualifier(ns, "Nope"); }, CIM_ERR_NOT_FOUND},
         {"classExists, unknown namespace", [&] { repo.classExists("root/nowhere", "T_Base"); },
          CIM_ERR_INVALID_NAMESPACE},
-        {"addClass, missing superclass", [&] { repo.addClass(ns, CIMClass("T_Orphan", "T_Missing")); },
-         CIM_ERR_INVALID_SUPERCLASS},
-        {"addClass, duplicate", [&] { repo.addClass(ns, CIMClass("t_other")); }, CIM_ERR_ALREADY_EXISTS},
-        {"addClass, override of another type", [&] { repo.addClass(ns, narrowed); }, CIM_ERR_INVALID_PARAMETER},
+        {"addClass, missing superclass",
+         [&] { repo.addClass(ns, CIMClass("T_Orphan", "T_Missing")); }, CIM_ERR_INVALID_SUPERCLASS},
+        {"addClass, duplicate", [&] { repo.addClass(ns, CIMClass("t_other")); },
+         CIM_ERR_ALREADY_EXISTS},
+        {"addClass, override of another type", [&] { repo.addClass(ns, narrowed); },
+         CIM_ERR_INVALID_PARAMETER},
         {"addClass, reference outside an association", [&] { repo.addClass(ns, refInPlainClass); },
          CIM_ERR_INVALID_PARAMETER},
         {"addQualifierDecl, duplicate",
-         [&] { repo.addQualifierDecl(ns, CIMQualifierDecl("KEY", CIMValue(false), CIMScope::PROPERTY)); },
+         [&] {
+             repo.addQualifierDecl(
+                 ns, CIMQualifierDecl("KEY", CIMValue(false), CIMScope::PROPERTY));
+         },
          CIM_ERR_ALREADY_EXISTS},
-        {"addInstance, abstract class", [&] { repo.addInstance(ns, instance("T_Base", "Id", CIMValue(String("a")))); },
+        {"addInstance, abstract class",
+         [&] { repo.addInstance(ns, instance("T_Base", "Id", CIMValue(String("a")))); },
          CIM_ERR_INVALID_CLASS},
-        {"addInstance, wrong type", [&] { repo.addInstance(ns, instance("T_Other", "Name", CIMValue(Uint8(1)))); },
+        {"addInstance, wrong type",
+         [&] { repo.addInstance(ns, instance("T_Other", "Name", CIMValue(Uint8(1)))); },
          CIM_ERR_TYPE_MISMATCH},
-        {"addInstance, unknown property", [&] { repo.addInstance(ns, unknownProperty); }, CIM_ERR_NO_SUCH_PROPERTY},
-        {"addInstance, same path twice", [&] { repo.addInstance(ns, again); }, CIM_ERR_ALREADY_EXISTS},
+        {"addInstance, unknown property", [&] { repo.addInstance(ns, unknownProperty); },
+         CIM_ERR_NO_SUCH_PROPERTY},
+        {"addInstance, same path twice", [&] { repo.addInstance(ns, again); },
+         CIM_ERR_ALREADY_EXISTS},
         {"addInstance, unknown namespace", [&] { repo.addInstance("root/nowhere", again); },
          CIM_ERR_INVALID_NAMESPACE},
     };

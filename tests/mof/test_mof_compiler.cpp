@@ -18,7 +18,10 @@ class MofCompilerTest : public ::testing::Test
 {
 protected:
     void SetUp() override { moftest::loadQualifiers(repo); }
-    CIMClass cls(const char* name) { return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList()); }
+    CIMClass cls(const char* name)
+    {
+        return repo.getClass(testNamespace, name, false, true, true, CIMPropertyList());
+    }
     ClassRepository repo;
 };
 
@@ -30,7 +33,12 @@ TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
     Array<String> strings(1, "a,b");
     strings.append("");
     // One property default per row: the literal is converted to the declared type.
-    const struct { const char* declaration; const char* literal; CIMValue expected; } cases[] = {
+    const struct
+    {
+        const char* declaration;
+        const char* literal;
+        CIMValue expected;
+    } cases[] = {
         {"uint8 v", "255", CIMValue(Uint8(255))},
         {"sint8 v", "-128", CIMValue(Sint8(-128))},
         {"uint16 v", "0x1F", CIMValue(Uint16(31))},
@@ -51,7 +59,7 @@ TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
         {"string v", "\"q\\\"\\\\\\t\\x41\"", CIMValue(String("q\"\\\tA"))},
         {"string v", "\"\\x00e9t\\xE9\"", CIMValue(String("\xC3\xA9t\xC3\xA9"))},
         {"datetime v", "\"20240131120000.000000+060\"",
-            CIMValue(CIMDateTime("20240131120000.000000+060"))},
+         CIMValue(CIMDateTime("20240131120000.000000+060"))},
         {"uint16 v[]", "{1, 0x10, 101B}", CIMValue(u16)},
         {"uint16 v[3]", "{1, 0x10, 101B}", CIMValue(u16)},
         {"string v[]", "{\"a,b\", \"\"}", CIMValue(strings)},
@@ -63,17 +71,19 @@ TEST_F(MofCompilerTest, LiteralsAreConvertedToTheDeclaredType)
     for (const auto& c : cases)
     {
         const std::string className = "V" + std::to_string(n++);
-        const std::string mof = "class " + className + " { " + c.declaration + " = " + c.literal + "; };";
+        const std::string mof =
+            "class " + className + " { " + c.declaration + " = " + c.literal + "; };";
         ASSERT_NO_THROW(compile(repo, mof)) << mof;
         const CIMValue got = cls(className.c_str()).getProperty(0).getValue();
-        EXPECT_TRUE(got.equal(c.expected)) << mof << "\n got " << got.toString() << " type "
-                                           << cimTypeToString(got.getType());
+        EXPECT_TRUE(got.equal(c.expected))
+            << mof << "\n got " << got.toString() << " type " << cimTypeToString(got.getType());
     }
 }
 
 TEST_F(MofCompilerTest, ClassElementsKeepTheirDeclarations)
 {
-    compile(repo,
+    compile(
+        repo,
         "// line comment\n"
         "/* block\n comment */\n"
         "[Abstract, Description(\"base\")]\n"
@@ -100,7 +110,8 @@ TEST_F(MofCompilerTest, ClassElementsKeepTheirDeclarations)
     EXPECT_FALSE(flavor.hasFlavor(CIMFlavor::TOSUBCLASS));
     EXPECT_TRUE(flavor.hasFlavor(CIMFlavor::TRANSLATABLE));  // from the declaration
     // A boolean qualifier named alone is true.
-    EXPECT_TRUE(counter.getQualifier(counter.findQualifier("Write")).getValue().equal(CIMValue(true)));
+    EXPECT_TRUE(
+        counter.getQualifier(counter.findQualifier("Write")).getValue().equal(CIMValue(true)));
     CIMMethod run = a.getMethod(a.findMethod("Run"));
     EXPECT_EQ(run.getType(), CIMTYPE_SINT32);
     ASSERT_EQ(run.getParameterCount(), 4u);
@@ -120,12 +131,12 @@ TEST_F(MofCompilerTest, ClassElementsKeepTheirDeclarations)
 
 TEST_F(MofCompilerTest, InstancesTakeClassTypesAndAliases)
 {
-    compile(repo,
-        "class T_Node { [Key] string Name; uint16 Weights[]; datetime Seen; };\n"
-        "[Association] class T_Edge { [Key] T_Node REF From; [Key] T_Node REF To; };\n"
-        "instance of T_Node as $a { Name = \"a\"; Weights = {1, 2}; };\n"
-        "instance of T_Node as $B { Name = \"b\"; Seen = \"20240101000000.000000+000\"; };\n"
-        "instance of T_Edge { From = $a; To = $b; };\n");
+    compile(
+        repo, "class T_Node { [Key] string Name; uint16 Weights[]; datetime Seen; };\n"
+              "[Association] class T_Edge { [Key] T_Node REF From; [Key] T_Node REF To; };\n"
+              "instance of T_Node as $a { Name = \"a\"; Weights = {1, 2}; };\n"
+              "instance of T_Node as $B { Name = \"b\"; Seen = \"20240101000000.000000+000\"; };\n"
+              "instance of T_Edge { From = $a; To = $b; };\n");
     Array<CIMInstance> nodes = repo.enumerateInstances(testNamespace, "T_Node");
     ASSERT_EQ(nodes.size(), 2u);
     CIMInstance a = nodes[0];
@@ -143,18 +154,19 @@ TEST_F(MofCompilerTest, InstancesTakeClassTypesAndAliases)
 TEST_F(MofCompilerTest, IncludesAreRelativeAndNamespacesAreScopedToTheirFile)
 {
     moftest::TempDir dir;
-    std::filesystem::copy_file(moftest::schemaDir() + "/qualifiers.mof", dir.path() + "/qualifiers.mof");
+    std::filesystem::copy_file(
+        moftest::schemaDir() + "/qualifiers.mof", dir.path() + "/qualifiers.mof");
     dir.write("sub/inner.mof", "class T_Inner { string S; };\n");
-    dir.write("sub/mid.mof",
-        "#pragma namespace(\"root/y\")\n"
-        "#pragma include(\"../qualifiers.mof\")\n"
-        "#pragma include(\"inner.mof\")\n");
-    const std::string main = dir.write("main.mof",
-        "#pragma locale(\"en_US\")\n"
-        "#pragma namespace(\"/root/x\")\n"
-        "#pragma include(\"qualifiers.mof\")\n"
-        "#pragma include(\"sub/mid.mof\")\n"
-        "class T_Outer { string S; };\n");
+    dir.write(
+        "sub/mid.mof", "#pragma namespace(\"root/y\")\n"
+                       "#pragma include(\"../qualifiers.mof\")\n"
+                       "#pragma include(\"inner.mof\")\n");
+    const std::string main = dir.write(
+        "main.mof", "#pragma locale(\"en_US\")\n"
+                    "#pragma namespace(\"/root/x\")\n"
+                    "#pragma include(\"qualifiers.mof\")\n"
+                    "#pragma include(\"sub/mid.mof\")\n"
+                    "class T_Outer { string S; };\n");
     ClassRepository r;
     MofCompiler compiler(r);
     compiler.compileFile(main);
@@ -168,19 +180,27 @@ TEST_F(MofCompilerTest, IncludesAreRelativeAndNamespacesAreScopedToTheirFile)
 
 // Each row: MOF text compiled after the qualifier declarations, and the
 // "line:column: message" fragment the error must contain.
-const struct { const char* mof; const char* expected; } badCases[] = {
+const struct
+{
+    const char* mof;
+    const char* expected;
+} badCases[] = {
     {"class A : B { };", "test.mof:1:11: unknown superclass 'B' of class 'A'"},
     {"class A { [Nope] uint8 x; };", "1:12: qualifier 'Nope' is not declared"},
     {"class A { uint8 x = 256; };", "1:21: value 256 does not fit uint8"},
     {"class A { uint8 x = -1; };", "1:21: value -1 of property 'x' is negative"},
-    {"class A { uint64 x = 18446744073709551616; };", "1:22: value 18446744073709551616 does not fit"},
-    {"class A { string s = 5; };", "1:22: type mismatch: property 's' is string but the value is an integer"},
-    {"class A { uint8 x = 1.5; };", "1:21: type mismatch: property 'x' is uint8 but the value is a real"},
+    {"class A { uint64 x = 18446744073709551616; };",
+     "1:22: value 18446744073709551616 does not fit"},
+    {"class A { string s = 5; };",
+     "1:22: type mismatch: property 's' is string but the value is an integer"},
+    {"class A { uint8 x = 1.5; };",
+     "1:21: type mismatch: property 'x' is uint8 but the value is a real"},
     {"class A { uint16 x; uint16 X; };", "1:28: property 'X' is declared twice in class 'A'"},
     {"class A { uint8 x }", "1:19: expected ';' after the property declaration, found '}'"},
     {"class A { uint8 x; }", "1:21: expected ';' after the class body, found end of file"},
     {"#pragma include(\"missing.mof\")", "1:17: cannot open included file 'missing.mof'"},
-    {"class A { uint8 a[2] = {1,2,3}; };", "1:24: property 'a' is an array of 2 elements but the value has 3"},
+    {"class A { uint8 a[2] = {1,2,3}; };",
+     "1:24: property 'a' is an array of 2 elements but the value has 3"},
     {"class A { uint8 a[] = 1; };", "1:23: type mismatch: property 'a' is an array"},
     {"class A { uint8 x = {1}; };", "1:21: type mismatch: property 'x' is not an array"},
     {"class A { uint8 a[] = {1, null}; };", "1:27: an element of property 'a' is null"},
@@ -200,16 +220,18 @@ const struct { const char* mof; const char* expected; } badCases[] = {
     {"class A { string s = \"\\x0\"; };", "1:23: \\x0 would put a NUL character"},
     {"class A { string s = \"\\q\"; };", "1:23: unknown escape sequence '\\q'"},
     {"class A { string s = \"\xff\"; };", "1:23: byte 0xFF is not valid UTF-8"},
-    {"class A { uint8 x = 1 2; };", "1:23: expected ';' after the property declaration, found the number 2"},
+    {"class A { uint8 x = 1 2; };",
+     "1:23: expected ';' after the property declaration, found the number 2"},
     {"class A { unit8 x; };", "1:11: unknown data type 'unit8'"},
     {"class A as $a { };", "1:9: class aliases are not supported"},
-    {"class A { sint32 M(uint8 a, uint8 A); };", "1:35: parameter 'A' is declared twice in method 'M' of class 'A'"},
+    {"class A { sint32 M(uint8 a, uint8 A); };",
+     "1:35: parameter 'A' is declared twice in method 'M' of class 'A'"},
     {"class A { sint32 M(); uint8 m(); };", "1:29: method 'm' is declared twice"},
     {"class A { };\nclass a { };", "2:7: class 'a' is already defined in namespace 'root/test'"},
     {"class A { [Key] string k; };\nclass B : A { [Key(false)] string k; };",
-        "2:7: cannot add class 'B': qualifier Key of property k of class B cannot take another value"},
+     "2:7: cannot add class 'B': qualifier Key of property k of class B cannot take another value"},
     {"class A { [Description(\"a\") ToSubclass Restricted] uint8 x; };",
-        "1:12: qualifier Description of property 'x' of class 'A' is given both ToSubclass and Restricted"},
+     "1:12: qualifier Description of property 'x' of class 'A' is given both ToSubclass and Restricted"},
     {"/* never closed", "1:1: comment not closed"},
     {"#include \"x\"", "1:1: unknown directive '#include'"},
     {"#pragma frobnicate(\"x\")", "1:9: unknown pragma 'frobnicate'"},
@@ -218,29 +240,34 @@ const struct { const char* mof; const char* expected; } badCases[] = {
     {"Qualifier Q : uint8 = 300, Scope(property);", "1:23: value 300 does not fit uint8"},
     {"Qualifier Q : boolean, Scope(nowhere);", "1:30: unknown scope 'nowhere'"},
     {"Qualifier Q : boolean, Scope(any), Flavor(ToSubclass, Restricted);",
-        "1:11: qualifier 'Q' is declared both ToSubclass and Restricted"},
+     "1:11: qualifier 'Q' is declared both ToSubclass and Restricted"},
     {"Qualifier Key : boolean, Scope(property);", "1:11: qualifier 'Key' is already declared"},
     {"Qualifier Q : boolean Scope(any);", "1:23: expected ',' before 'scope'"},
     {"instance of A { x = 1; };", "1:13: unknown class 'A' in namespace 'root/test'"},
-    {"class A { [Key] string k; };\ninstance of A { y = 1; };", "2:17: class 'A' has no property 'y'"},
+    {"class A { [Key] string k; };\ninstance of A { y = 1; };",
+     "2:17: class 'A' has no property 'y'"},
     {"class A { [Key] string k; uint8 n; };\ninstance of A { n = 1; };",
-        "2:1: cannot add the instance of 'A': key property k of class A has no value"},
+     "2:1: cannot add the instance of 'A': key property k of class A has no value"},
     {"class A { [Key] string k; };\ninstance of A { k = \"1\"; k = \"2\"; };",
-        "2:26: property 'k' is given twice"},
+     "2:26: property 'k' is given twice"},
     {"[Abstract] class A { [Key] string k; };\ninstance of A { k = \"1\"; };",
-        "2:1: cannot add the instance of 'A': class A is abstract"},
+     "2:1: cannot add the instance of 'A': class A is abstract"},
     {"class A { [Key] string k; };\n[Association] class R { [Key] A REF a; };\n"
-     "instance of R { a = $nope; };", "3:21: alias $nope is not defined"},
+     "instance of R { a = $nope; };",
+     "3:21: alias $nope is not defined"},
     {"class A { [Key] string k; };\ninstance of A as $x { k = \"1\"; };\n"
-     "instance of A as $X { k = \"2\"; };", "3:18: alias $X is already defined"},
+     "instance of A as $X { k = \"2\"; };",
+     "3:18: alias $X is already defined"},
     {"class A { [Key] string k; };\n[Association] class R { [Key] A REF a; };\n"
-     "instance of R { a = \"A.k=\"; };", "3:21: 'A.k=' is not a valid object path"},
+     "instance of R { a = \"A.k=\"; };",
+     "3:21: 'A.k=' is not a valid object path"},
     {"[", "1:2: expected a qualifier name, found end of file"},
     {"[Description(\"x\")] qualifier Q : boolean, Scope(any);",
-        "1:20: expected 'class' or 'instance' after the qualifier list"},
+     "1:20: expected 'class' or 'instance' after the qualifier list"},
     {"uint8 x;", "1:1: expected a class, an instance, a qualifier declaration or #pragma"},
     {"class A { uint8 x[0]; };", "1:19: array size must be a positive 32-bit number"},
-    {"class A { uint8 x = $a; };", "1:21: type mismatch: property 'x' is uint8 but the value is an alias"},
+    {"class A { uint8 x = $a; };",
+     "1:21: type mismatch: property 'x' is uint8 but the value is an alias"},
     {"class 1A { };", "1:7: malformed number '1A'"},
     {"class A { string s = \"a\" \n \"b; };", "2:2: string not closed"},
     {"class A { uint8 x; };\x01", "1:22: unexpected control byte 0x01"},
@@ -304,7 +331,8 @@ TEST_F(MofCompilerTest, DamagedInputNeverEscapesAsAnotherError)
         "instance of T_C as $c { Id = \"x\" \"y\"; N = {3, 4}; };\n"
         "instance of T_R { L = $c; R = \"T_C.Id=\\\"xy\\\"\"; };\n";
     ASSERT_NO_THROW(compile(repo, good));
-    auto attempt = [](const std::string& text) {
+    auto attempt = [](const std::string& text)
+    {
         ClassRepository r;
         moftest::loadQualifiers(r);
         try
@@ -332,9 +360,15 @@ TEST_F(MofCompilerTest, DamagedInputNeverEscapesAsAnotherError)
             const char c = alphabet[rng() % (sizeof(alphabet) - 1)];
             switch (rng() % 3)
             {
-                case 0: text[at] = c; break;
-                case 1: text.insert(at, 1, c); break;
-                default: text.erase(at, 1 + rng() % 4); break;
+                case 0:
+                    text[at] = c;
+                    break;
+                case 1:
+                    text.insert(at, 1, c);
+                    break;
+                default:
+                    text.erase(at, 1 + rng() % 4);
+                    break;
             }
         }
         ASSERT_NO_FATAL_FAILURE(attempt(text)) << text;

@@ -26,8 +26,14 @@ Words split(const std::string& text)
     return words;
 }
 
-std::string text(const CIMValue& v) { return static_cast<const char*>(v.toString().getCString()); }
-std::string text(const CIMName& n) { return static_cast<const char*>(n.getString().getCString()); }
+std::string text(const CIMValue& v)
+{
+    return static_cast<const char*>(v.toString().getCString());
+}
+std::string text(const CIMName& n)
+{
+    return static_cast<const char*>(n.getString().getCString());
+}
 
 // "<type> <name>([In(false), Out] <type> <name>, ...)": the qualifiers In
 // and Out are shown when the parameter carries them.
@@ -43,10 +49,10 @@ std::string signature(const CIMConstMethod& m)
             const Uint32 at = p.findQualifier(q);
             if (at != PEG_NOT_FOUND)
                 given += (given.empty() ? "[" : ", ") + std::string(q) +
-                    (text(p.getQualifier(at).getValue()) == "TRUE" ? "" : "(false)");
+                         (text(p.getQualifier(at).getValue()) == "TRUE" ? "" : "(false)");
         }
         s += (i ? ", " : "") + given + (given.empty() ? "" : "] ") + cimTypeToString(p.getType()) +
-            (p.isArray() ? "[] " : " ") + text(p.getName());
+             (p.isArray() ? "[] " : " ") + text(p.getName());
     }
     return s + ")";
 }
@@ -54,7 +60,10 @@ std::string signature(const CIMConstMethod& m)
 class SchemaTest : public ::testing::Test
 {
 protected:
-    static void SetUpTestSuite() { MofCompiler(*repo).compileFile(moftest::schemaDir() + "/root.mof"); }
+    static void SetUpTestSuite()
+    {
+        MofCompiler(*repo).compileFile(moftest::schemaDir() + "/root.mof");
+    }
     static void TearDownTestSuite() { delete repo; }
     static CIMClass cls(const char* name, const char* ns = qel)
     {
@@ -66,7 +75,13 @@ protected:
 ClassRepository* SchemaTest::repo = new ClassRepository;
 
 // The properties the providers set, by class, type and arrayness.
-const struct { const char* classes; CIMType type; bool isArray; const char* names; } typedProperties[] = {
+const struct
+{
+    const char* classes;
+    CIMType type;
+    bool isArray;
+    const char* names;
+} typedProperties[] = {
     {"QEL_FCPort QEL_FCALPort", CIMTYPE_STRING, false,
      "SystemCreationClassName SystemName CreationClassName DeviceID ElementName Name PermanentAddress"},
     {"QEL_FCPort QEL_FCALPort", CIMTYPE_UINT16, false,
@@ -74,15 +89,18 @@ const struct { const char* classes; CIMType type; bool isArray; const char* name
      "EnabledState"},
     {"QEL_FCPort QEL_FCALPort", CIMTYPE_UINT16, true,
      "PortDiscriminator SupportedFC4Types ActiveFC4Types SupportedCOS ActiveCOS OperationalStatus"},
-    {"QEL_FCPort QEL_FCALPort", CIMTYPE_UINT64, false, "NodeWWN Speed SupportedMaximumTransmissionUnit MaxSpeed"},
+    {"QEL_FCPort QEL_FCALPort", CIMTYPE_UINT64, false,
+     "NodeWWN Speed SupportedMaximumTransmissionUnit MaxSpeed"},
     {"QEL_FCPort", CIMTYPE_UINT16, false,
      "Topology Configuration Mode DeviceTypeConnected Class2Support VCN InterruptCoalescing ConnectionType"},
     {"QEL_FCPort", CIMTYPE_BOOLEAN, false, "ModeChangeAllowed FullDuplex AutoSense"},
-    {"QEL_FCPort", CIMTYPE_STRING, false, "ConnectedTo"}, {"QEL_FCPort", CIMTYPE_UINT64, false, "RequestedSpeed"},
+    {"QEL_FCPort", CIMTYPE_STRING, false, "ConnectedTo"},
+    {"QEL_FCPort", CIMTYPE_UINT64, false, "RequestedSpeed"},
     {"QEL_SFP", CIMTYPE_STRING, false,
      "Caption CreationClassName Tag ElementName Manufacturer PartNumber SerialNumber Revision SystemName "
      "TemperatureUnit VccUnit TxBiasUnit TxPowerUnit RxPowerUnit"},
-    {"QEL_SFP", CIMTYPE_UINT64, false, "Speed"}, {"QEL_SFP", CIMTYPE_UINT16, true, "OperationalStatus"},
+    {"QEL_SFP", CIMTYPE_UINT64, false, "Speed"},
+    {"QEL_SFP", CIMTYPE_UINT16, true, "OperationalStatus"},
     {"QEL_SFP", CIMTYPE_UINT16, false, "DisableTXPinPosition LossRXPinPosition FaultTXPinPosition"},
     {"QEL_SFP", CIMTYPE_BOOLEAN, false, "IsUnqualified IsRXPowerLow IsDDMAvailable"},
     // Temperature and voltage readings are signed, the other readings not: intended.
@@ -112,7 +130,8 @@ TEST_F(SchemaTest, PropertiesHaveTheTypesTheProvidersSet)
                 SCOPED_TRACE(className + "." + name);
                 const Uint32 i = c.findProperty(name.c_str());
                 ASSERT_NE(i, PEG_NOT_FOUND);
-                EXPECT_EQ(text(c.getProperty(i).getName()), name);  // spelled as the providers spell it
+                EXPECT_EQ(
+                    text(c.getProperty(i).getName()), name);  // spelled as the providers spell it
                 EXPECT_EQ(c.getProperty(i).getType(), row.type);
                 EXPECT_EQ(c.getProperty(i).isArray(), row.isArray);
             }
@@ -120,8 +139,9 @@ TEST_F(SchemaTest, PropertiesHaveTheTypesTheProvidersSet)
     }
     // The loop view has none of the fabric port's own properties.
     CIMClass loop = cls("QEL_FCALPort");
-    for (const std::string& name : split("Topology Configuration Mode ModeChangeAllowed DeviceTypeConnected "
-                                         "ConnectedTo Class2Support VCN InterruptCoalescing ConnectionType"))
+    for (const std::string& name :
+         split("Topology Configuration Mode ModeChangeAllowed DeviceTypeConnected "
+               "ConnectedTo Class2Support VCN InterruptCoalescing ConnectionType"))
         EXPECT_EQ(loop.findProperty(name.c_str()), PEG_NOT_FOUND) << name;
 }
 
@@ -130,17 +150,37 @@ TEST_F(SchemaTest, PropertiesHaveTheTypesTheProvidersSet)
 TEST_F(SchemaTest, HierarchyKeysReferencesAndMethods)
 {
     const char* portKeys = "SystemCreationClassName SystemName CreationClassName DeviceID";
-    const struct { const char* cls; const char* parent; const char* keys; const char* refs; Words methods; } rows[] = {
-        {"QEL_FCPort", "CIM_FCPort", portKeys, "",
-         {"sint32 SetOffline()", "sint32 Reset()", "sint32 ReloadFirmware()", "sint32 SyncDatabase()",
-          "sint32 InitializeLoop([In] string CageName)"}},
+    const struct
+    {
+        const char* cls;
+        const char* parent;
+        const char* keys;
+        const char* refs;
+        Words methods;
+    } rows[] = {
+        {"QEL_FCPort",
+         "CIM_FCPort",
+         portKeys,
+         "",
+         {"sint32 SetOffline()", "sint32 Reset()", "sint32 ReloadFirmware()",
+          "sint32 SyncDatabase()", "sint32 InitializeLoop([In] string CageName)"}},
         {"QEL_FCALPort", "CIM_FCPort", portKeys, "", {}},
         {"QEL_SFP", "CIM_PhysicalConnector", "Tag CreationClassName", "", {}},
-        {"QEL_FCPortLESBStatistics", "CIM_StatisticalData", "InstanceID", "", {"sint32 ResetSelectedStats()"}},
-        {"QEL_FCPortSFP", "CIM_PortActiveConnection", "Antecedent Dependent",
-         "Antecedent:QEL_SFP Dependent:QEL_FCPort", {}},
-        {"QEL_FCPortLESBElementStatisticalData", "CIM_ElementStatisticalData", "ManagedElement Stats",
-         "ManagedElement:QEL_FCPort Stats:QEL_FCPortLESBStatistics", {}},
+        {"QEL_FCPortLESBStatistics",
+         "CIM_StatisticalData",
+         "InstanceID",
+         "",
+         {"sint32 ResetSelectedStats()"}},
+        {"QEL_FCPortSFP",
+         "CIM_PortActiveConnection",
+         "Antecedent Dependent",
+         "Antecedent:QEL_SFP Dependent:QEL_FCPort",
+         {}},
+        {"QEL_FCPortLESBElementStatisticalData",
+         "CIM_ElementStatisticalData",
+         "ManagedElement Stats",
+         "ManagedElement:QEL_FCPort Stats:QEL_FCPortLESBStatistics",
+         {}},
     };
     for (const auto& r : rows)
     {
@@ -158,7 +198,9 @@ TEST_F(SchemaTest, HierarchyKeysReferencesAndMethods)
         for (Uint32 i = 0; i < c.getPropertyCount(); i++)
         {
             if (c.getProperty(i).getType() == CIMTYPE_REFERENCE)
-                refs.push_back(text(c.getProperty(i).getName()) + ":" + text(c.getProperty(i).getReferenceClassName()));
+                refs.push_back(
+                    text(c.getProperty(i).getName()) + ":" +
+                    text(c.getProperty(i).getReferenceClassName()));
         }
         EXPECT_EQ(refs, split(r.refs));
         for (Uint32 i = 0; i < c.getMethodCount(); i++)
@@ -181,12 +223,14 @@ TEST_F(SchemaTest, InternalCacheMethods)
     Words methods;
     for (Uint32 i = 0; i < cache.getMethodCount(); i++)
         methods.push_back(signature(cache.getMethod(i)));
-    EXPECT_EQ(methods, (Words{"uint32 GetSystemName([In(false), Out] string SystemName)",
-                           "uint32 GetSystemHostName([In(false), Out] string SystemHostName)",
-                           "uint32 GetSystemID([In(false), Out] uint32 SystemID)",
-                           "uint32 GetSystemType([In(false), Out] sint32 SystemType)",
-                           "uint32 GetSystemAddress([In(false), Out] string SystemAddress)",
-                           "uint32 IsQuadPortSystem([In(false), Out] uint8 IsQuadPort)"}));
+    EXPECT_EQ(
+        methods, (Words{
+                     "uint32 GetSystemName([In(false), Out] string SystemName)",
+                     "uint32 GetSystemHostName([In(false), Out] string SystemHostName)",
+                     "uint32 GetSystemID([In(false), Out] uint32 SystemID)",
+                     "uint32 GetSystemType([In(false), Out] sint32 SystemType)",
+                     "uint32 GetSystemAddress([In(false), Out] string SystemAddress)",
+                     "uint32 IsQuadPortSystem([In(false), Out] uint8 IsQuadPort)"}));
     Array<CIMName> keys;
     cache.getKeyNames(keys);
     EXPECT_EQ(text(keys[0]) + " " + std::to_string(keys.size()), "InstanceID 1");
@@ -200,8 +244,10 @@ TEST_F(SchemaTest, ProvidersAreRegistered)
         SCOPED_TRACE(module);
         const std::string path = std::string("PG_ProviderModule.Name=\"") + module + "Module\"";
         CIMInstance m = repo->getInstance(interop, CIMObjectPath(String(path.c_str())));
-        auto value = [&](const char* name) { return text(m.getProperty(m.findProperty(name)).getValue()); };
-        EXPECT_EQ(value("Location") + " " + value("InterfaceType") + " " + value("InterfaceVersion"),
+        auto value = [&](const char* name)
+        { return text(m.getProperty(m.findProperty(name)).getValue()); };
+        EXPECT_EQ(
+            value("Location") + " " + value("InterfaceType") + " " + value("InterfaceVersion"),
             std::string(module) + " C++Default 2.1.0");
     }
     EXPECT_EQ(repo->enumerateInstances(interop, "PG_ProviderModule").size(), 2u);
@@ -209,15 +255,21 @@ TEST_F(SchemaTest, ProvidersAreRegistered)
 
     // Per capability: "<module> <provider> <namespaces> <ProviderType>" as
     // CIMValue::toString prints the arrays.
-    const struct { const char* className; const char* registration; } rows[] = {
+    const struct
+    {
+        const char* className;
+        const char* registration;
+    } rows[] = {
         {"QEL_FCPort", "QEL_FCPortProviderModule QEL_FCPortProvider root/qel 2 5"},
         {"QEL_FCALPort", "QEL_FCPortProviderModule QEL_FCPortProvider root/qel 2 5"},
         {"QEL_SFP", "QEL_FCPortProviderModule QEL_SFPProvider root/qel 2"},
-        {"QEL_FCPortLESBStatistics", "QEL_FCPortProviderModule QEL_FCPortStatisticsProvider root/qel 2 5"},
+        {"QEL_FCPortLESBStatistics",
+         "QEL_FCPortProviderModule QEL_FCPortStatisticsProvider root/qel 2 5"},
         {"QEL_FCPortSFP", "QEL_FCPortProviderModule QEL_FCPortSFPProvider root/qel 2 3"},
         {"QEL_FCPortLESBElementStatisticalData",
          "QEL_FCPortProviderModule QEL_FCPortElementStatisticalDataProvider root/qel 2 3"},
-        {"QEL_InternalCache", "QEL_InternalCacheProviderModule QEL_InternalCacheProvider root/PG_Internal 2 5"},
+        {"QEL_InternalCache",
+         "QEL_InternalCacheProviderModule QEL_InternalCacheProvider root/PG_Internal 2 5"},
     };
     Array<CIMInstance> caps = repo->enumerateInstances(interop, "PG_ProviderCapabilities");
     ASSERT_EQ(caps.size(), 7u);
@@ -228,16 +280,19 @@ TEST_F(SchemaTest, ProvidersAreRegistered)
         for (Uint32 i = 0; i < caps.size(); i++)
         {
             CIMInstance c = caps[i];
-            auto value = [&](const char* name) { return c.getProperty(c.findProperty(name)).getValue(); };
+            auto value = [&](const char* name)
+            { return c.getProperty(c.findProperty(name)).getValue(); };
             if (text(value("ClassName")) != r.className)
                 continue;
             found = text(value("ProviderModuleName")) + " " + text(value("ProviderName")) + " " +
-                text(value("Namespaces")) + text(value("ProviderType"));
+                    text(value("Namespaces")) + text(value("ProviderType"));
             EXPECT_TRUE(value("SupportedProperties").isNull());
-            const std::string provider = "PG_Provider.ProviderModuleName=\"" + text(value("ProviderModuleName")) +
-                "\",Name=\"" + text(value("ProviderName")) + "\"";
+            const std::string provider = "PG_Provider.ProviderModuleName=\"" +
+                                         text(value("ProviderModuleName")) + "\",Name=\"" +
+                                         text(value("ProviderName")) + "\"";
             EXPECT_NO_THROW(repo->getInstance(interop, CIMObjectPath(String(provider.c_str()))));
-            EXPECT_TRUE(repo->classExists(split(text(value("Namespaces")))[0].c_str(), r.className));
+            EXPECT_TRUE(
+                repo->classExists(split(text(value("Namespaces")))[0].c_str(), r.className));
         }
         EXPECT_EQ(found, std::string(r.registration) + " ");
     }

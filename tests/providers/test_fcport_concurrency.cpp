@@ -25,25 +25,35 @@ TEST_F(FCPortConcurrency, ConcurrentReadsChangesAndMethods)
     std::vector<std::thread> workers;
     for (int t = 0; t < threads; t++)
     {
-        workers.emplace_back([&, t] {
-            const OperationContext context = asOperator();
-            for (int r = 0; r < rounds; r++)
+        workers.emplace_back(
+            [&, t]
             {
-                const Answer all = request("QEL_FCPort", ENUMERATE_INSTANCES, CIMObjectPath(), Request(), "operator");
-                const Answer one = request("QEL_FCPort", GET_INSTANCE, port, Request(), "operator");
-                CIMInstance change("QEL_FCPort");
-                change.addProperty(CIMProperty("VCN", CIMValue(Uint16(1 + (t + r) % 2))));
-                RecordingResponseHandler changed;
-                RecordingMethodHandler method;
-                const std::string failure = thrown([&] {
-                    provider->modifyInstance(context, port, change, false, CIMPropertyList(), changed);
-                    provider->invokeMethod(context, port, "SyncDatabase", Array<CIMParamValue>(), method);
-                });
-                failures += !failure.empty() || all.instances.size() != 3 || one.instances.size() != 1 ||
-                    all.sequence != "processing deliver deliver deliver complete" || !changed.record.untouched() ||
-                    method.returnValues.size() != 1 || method.returnValues[0] != CIMValue(Sint32(0));
-            }
-        });
+                const OperationContext context = asOperator();
+                for (int r = 0; r < rounds; r++)
+                {
+                    const Answer all = request(
+                        "QEL_FCPort", ENUMERATE_INSTANCES, CIMObjectPath(), Request(), "operator");
+                    const Answer one =
+                        request("QEL_FCPort", GET_INSTANCE, port, Request(), "operator");
+                    CIMInstance change("QEL_FCPort");
+                    change.addProperty(CIMProperty("VCN", CIMValue(Uint16(1 + (t + r) % 2))));
+                    RecordingResponseHandler changed;
+                    RecordingMethodHandler method;
+                    const std::string failure = thrown(
+                        [&]
+                        {
+                            provider->modifyInstance(
+                                context, port, change, false, CIMPropertyList(), changed);
+                            provider->invokeMethod(
+                                context, port, "SyncDatabase", Array<CIMParamValue>(), method);
+                        });
+                    failures += !failure.empty() || all.instances.size() != 3 ||
+                                one.instances.size() != 1 ||
+                                all.sequence != "processing deliver deliver deliver complete" ||
+                                !changed.record.untouched() || method.returnValues.size() != 1 ||
+                                method.returnValues[0] != CIMValue(Sint32(0));
+                }
+            });
     }
     for (std::thread& worker : workers)
         worker.join();

@@ -19,8 +19,10 @@ const char ALL_PORTS[] = "0xFFFFFFFFFFFFFFF6";
 static Texts readAndFree(const CIMName& cls, const char* filter)
 {
     const bool loop = cls == CIMName("QEL_FCALPort");
-    return {std::string(loop ? "api_getFCALPorts(" : "api_getFCPorts(") + filter +
-            (loop ? ", ptr)" : ", 3, 0, ptr)"), "api_freeFCPorts(ptr)"};
+    return {
+        std::string(loop ? "api_getFCALPorts(" : "api_getFCPorts(") + filter +
+            (loop ? ", ptr)" : ", 3, 0, ptr)"),
+        "api_freeFCPorts(ptr)"};
 }
 
 class FCPortRetrieval : public ProviderTest
@@ -32,7 +34,10 @@ protected:
         provider = start<QEL_FCPortProvider>("QEL_FCPortProvider", {"QEL_FCPort", "QEL_FCALPort"});
     }
 
-    static Texts listCalls() { return callsNamed({"api_getFCPorts", "api_getFCALPorts", "api_freeFCPorts"}); }
+    static Texts listCalls()
+    {
+        return callsNamed({"api_getFCPorts", "api_getFCALPorts", "api_freeFCPorts"});
+    }
 
     QEL_FCPortProvider* provider = nullptr;
 };
@@ -60,7 +65,9 @@ TEST_F(FCPortRetrieval, EnumerationsListEveryPortInLibraryOrder)
         for (size_t i = 0; i < 3; i++)
         {
             EXPECT_EQ(names.paths[i], all.instances[i].getPath());
-            EXPECT_EQ(names.paths[i], portPath(ports[i].c_str(), c.second[i], c.first, "qelhost.example.com"));
+            EXPECT_EQ(
+                names.paths[i],
+                portPath(ports[i].c_str(), c.second[i], c.first, "qelhost.example.com"));
         }
     }
 }
@@ -69,19 +76,30 @@ TEST_F(FCPortRetrieval, GetInstanceAsksForThePortAndMatchesThePath)
 {
     const std::string notFound = "QEL_FCPort CIM Object not found.";
     // notFound: the message, "" when the port is found
-    const struct { const char* name; CIMObjectPath path; const char* filter; std::string notFound; } cases[] = {
-        {"FC view", portPath(PORT_B, "qel-node1", "QEL_FCPort", "clienthost"), "0x21230002AC001235", ""},
+    const struct
+    {
+        const char* name;
+        CIMObjectPath path;
+        const char* filter;
+        std::string notFound;
+    } cases[] = {
+        {"FC view", portPath(PORT_B, "qel-node1", "QEL_FCPort", "clienthost"), "0x21230002AC001235",
+         ""},
         {"loop view", portPath(PORT_A, "qel-loop0", "QEL_FCALPort"), "0x20110002AC001234", ""},
-        {"class in other case", portPath(PORT_D, "qel-node0", "qel_fcport"), "0x22320002AC001236", ""},
+        {"class in other case", portPath(PORT_D, "qel-node0", "qel_fcport"), "0x22320002AC001236",
+         ""},
         // The scan reads either case, but key values compare with case.
-        {"lower case", portPath("21230002ac001235", "qel-node1"), "0x21230002AC001235", notFound + "21230002ac001235"},
+        {"lower case", portPath("21230002ac001235", "qel-node1"), "0x21230002AC001235",
+         notFound + "21230002ac001235"},
         // Not hexadecimal: every port is read, none matches.
         {"not hexadecimal", portPath("XYZ", "qel-node1"), ALL_PORTS, notFound + "XYZ"},
         {"other system", portPath(PORT_B), "0x21230002AC001235", notFound + PORT_B},
-        {"no namespace", CIMObjectPath("", CIMNamespaceName(), "QEL_FCPort",
-             portPath(PORT_B, "qel-node1").getKeyBindings()), "0x21230002AC001235", notFound + PORT_B},
+        {"no namespace",
+         CIMObjectPath(
+             "", CIMNamespaceName(), "QEL_FCPort", portPath(PORT_B, "qel-node1").getKeyBindings()),
+         "0x21230002AC001235", notFound + PORT_B},
         {"record that is no port", portPath("0000000000000000", "qel-node1"), "0x0000000000000000",
-            notFound + "0000000000000000"},
+         notFound + "0000000000000000"},
     };
     for (const auto& c : cases)
     {
@@ -89,8 +107,13 @@ TEST_F(FCPortRetrieval, GetInstanceAsksForThePortAndMatchesThePath)
         qelsim::clearCallLog();
         qelsim::clearCapturedLog();
         RecordingInstanceHandler handler;
-        EXPECT_EQ(thrown<CIMObjectNotFoundException>([&] {
-            provider->getInstance(asViewer(), c.path, false, false, CIMPropertyList(), handler); }), c.notFound);
+        EXPECT_EQ(
+            thrown<CIMObjectNotFoundException>(
+                [&] {
+                    provider->getInstance(
+                        asViewer(), c.path, false, false, CIMPropertyList(), handler);
+                }),
+            c.notFound);
         EXPECT_EQ(listCalls(), readAndFree(c.path.getClassName(), c.filter));
         if (!c.notFound.empty())
         {
@@ -116,17 +139,31 @@ TEST_F(FCPortRetrieval, MalformedRequestsAreRefusedBeforeReading)
     for (Op op : {GET_INSTANCE, ENUMERATE_INSTANCES, ENUMERATE_INSTANCE_NAMES})
     {
         SCOPED_TRACE(OP_NAMES[op]);
-        const Answer answer = request("CIM_FCPort", op, portPath(PORT_A, "qel-node0", "CIM_FCPort"));
+        const Answer answer =
+            request("CIM_FCPort", op, portPath(PORT_A, "qel-node0", "CIM_FCPort"));
         EXPECT_EQ(answer.failure, "CIM_ERR_NOT_SUPPORTED: " + wrongClass);
         EXPECT_EQ(answer.sequence, "");
     }
-    EXPECT_EQ(thrown<CIMNotSupportedException>([&] {
-        QEL_FCPortProvider::buildInstances(host().handle(), "CIM_FCPort", QEL_ALL_PORTS, false, false,
-            CIMPropertyList(), "h"); }), wrongClass);
-    EXPECT_EQ(thrown<CIMNotSupportedException>([&] { provider->_build_ref("CIM_FCPort"); }), wrongClass);
+    EXPECT_EQ(
+        thrown<CIMNotSupportedException>(
+            [&]
+            {
+                QEL_FCPortProvider::buildInstances(
+                    host().handle(), "CIM_FCPort", QEL_ALL_PORTS, false, false, CIMPropertyList(),
+                    "h");
+            }),
+        wrongClass);
+    EXPECT_EQ(
+        thrown<CIMNotSupportedException>([&] { provider->_build_ref("CIM_FCPort"); }), wrongClass);
     RecordingInstanceHandler handler;
-    EXPECT_EQ(thrown<CIMInvalidParameterException>([&] { provider->getInstance(asViewer(),
-        CIMObjectPath("clienthost", "root/qel", "QEL_FCPort"), false, false, CIMPropertyList(), handler); }),
+    EXPECT_EQ(
+        thrown<CIMInvalidParameterException>(
+            [&]
+            {
+                provider->getInstance(
+                    asViewer(), CIMObjectPath("clienthost", "root/qel", "QEL_FCPort"), false, false,
+                    CIMPropertyList(), handler);
+            }),
         "QEL_FCPortProvider DeviceID key not found.");
     EXPECT_TRUE(handler.record.untouched());
     EXPECT_TRUE(listCalls().empty());
@@ -134,8 +171,8 @@ TEST_F(FCPortRetrieval, MalformedRequestsAreRefusedBeforeReading)
 
 TEST_F(FCPortRetrieval, RefusedSessionEndsEveryReadWithItsLine)
 {
-    const std::pair<Op, int> lines[] = {{GET_INSTANCE, 103}, {ENUMERATE_INSTANCES, 203},
-        {ENUMERATE_INSTANCE_NAMES, 252}};
+    const std::pair<Op, int> lines[] = {
+        {GET_INSTANCE, 103}, {ENUMERATE_INSTANCES, 203}, {ENUMERATE_INSTANCE_NAMES, 252}};
     // An unknown user, a disabled one, and a refusal the library forces.
     for (const std::string user : {"nobody", "retired", "admin"})
     {
@@ -148,12 +185,16 @@ TEST_F(FCPortRetrieval, RefusedSessionEndsEveryReadWithItsLine)
             }
             qelsim::clearCallLog();
             // The class is wrong too: the session is checked first.
-            const Answer answer = request("QEL_FCPort", c.first, portPath(PORT_A, "x", "CIM_Foo"), Request(),
-                user.c_str());
-            EXPECT_EQ(answer.failure, "QEL_FCPortProvider(" + std::to_string(c.second) +
-                "): CIM_ERR_ACCESS_DENIED: Insufficient privilege for the user");
+            const Answer answer = request(
+                "QEL_FCPort", c.first, portPath(PORT_A, "x", "CIM_Foo"), Request(), user.c_str());
+            EXPECT_EQ(
+                answer.failure,
+                "QEL_FCPortProvider(" + std::to_string(c.second) +
+                    "): CIM_ERR_ACCESS_DENIED: Insufficient privilege for the user");
             EXPECT_EQ(answer.sequence, "");
-            EXPECT_EQ(callsNamed({"api_qelOpenForCimserver"}), Texts{"api_qelOpenForCimserver(\"" + user + "\")"});
+            EXPECT_EQ(
+                callsNamed({"api_qelOpenForCimserver"}),
+                Texts{"api_qelOpenForCimserver(\"" + user + "\")"});
             EXPECT_TRUE(listCalls().empty());
         }
     }
@@ -169,7 +210,8 @@ TEST_F(FCPortRetrieval, FailedReadsGiveEmptyResults)
         qelsim::resetCounters();
         EXPECT_EQ(request("QEL_FCPort", ENUMERATE_INSTANCES).sequence, "processing complete");
         EXPECT_EQ(request("QEL_FCPort", ENUMERATE_INSTANCE_NAMES).sequence, "processing complete");
-        EXPECT_EQ(request("QEL_FCPort", GET_INSTANCE, portPath(PORT_B, "qel-node1")).failure,
+        EXPECT_EQ(
+            request("QEL_FCPort", GET_INSTANCE, portPath(PORT_B, "qel-node1")).failure,
             "CIM_ERR_NOT_FOUND: QEL_FCPort CIM Object not found." + std::string(PORT_B));
 
         // Every list is released, also the one that was never filled; no read is made without the semaphore.
@@ -192,14 +234,23 @@ TEST_F(FCPortRetrieval, PortLookupsInAnInstanceList)
     Array<CIMInstance> list;
     for (const CIMInstance& i : request("QEL_FCPort", ENUMERATE_INSTANCES).instances)
         list.append(i);
-    EXPECT_EQ(keyValue(QEL_FCPortProvider::_getPortInstance(0x21230002AC001235ULL, list).getPath(),
-        "DeviceID"), PORT_B);
-    EXPECT_EQ(keyValue(QEL_FCPortProvider::_getPortInstance(String("0:3:2"), list).getPath(), "DeviceID"), PORT_D);
+    EXPECT_EQ(
+        keyValue(
+            QEL_FCPortProvider::_getPortInstance(0x21230002AC001235ULL, list).getPath(),
+            "DeviceID"),
+        PORT_B);
+    EXPECT_EQ(
+        keyValue(QEL_FCPortProvider::_getPortInstance(String("0:3:2"), list).getPath(), "DeviceID"),
+        PORT_D);
 
     qelsim::clearCapturedLog();
-    EXPECT_EQ(thrown<CIMObjectNotFoundException>([&] { QEL_FCPortProvider::_getPortInstance(0xABCULL, list); }),
+    EXPECT_EQ(
+        thrown<CIMObjectNotFoundException>(
+            [&] { QEL_FCPortProvider::_getPortInstance(0xABCULL, list); }),
         "QEL_FCPortProvider CIM Object not found.0000000000000ABC");
     EXPECT_EQ(traceLines(QEL_TRACE_FAILURE), Texts{"Object not found: 0000000000000ABC\n"});
-    EXPECT_EQ(thrown<CIMObjectNotFoundException>([&] { QEL_FCPortProvider::_getPortInstance(String("9:9:9"), list); }),
+    EXPECT_EQ(
+        thrown<CIMObjectNotFoundException>(
+            [&] { QEL_FCPortProvider::_getPortInstance(String("9:9:9"), list); }),
         "QEL_FCPortProvider CIM Object not found.9:9:9");
 }

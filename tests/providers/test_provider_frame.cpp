@@ -21,8 +21,8 @@ using namespace qeltest;
 static std::string interfacesOf(CIMProvider* provider)
 {
     return std::string(dynamic_cast<CIMInstanceProvider*>(provider) ? "I" : "") +
-        (dynamic_cast<CIMMethodProvider*>(provider) ? "M" : "") +
-        (dynamic_cast<CIMAssociationProvider*>(provider) ? "A" : "");
+           (dynamic_cast<CIMMethodProvider*>(provider) ? "M" : "") +
+           (dynamic_cast<CIMAssociationProvider*>(provider) ? "A" : "");
 }
 
 const char CREATE_LINE[] = "Create QEL_FCPortProvider \n";
@@ -30,11 +30,23 @@ const char CREATE_LINE[] = "Create QEL_FCPortProvider \n";
 TEST(ModuleFactory, CreatesByNameWithoutRegardToCase)
 {
     // interfaces: "" when no provider is made
-    const struct { const char* name; const char* printed; const char* interfaces; } cases[] = {
-        {"QEL_FCPortProvider", CREATE_LINE, "IM"}, {"qel_fcportPROVIDER", CREATE_LINE, "IM"},
-        {"qel_sfpPROVIDER", "", "I"}, {"QEL_FCPortSFPProvider", "", "IA"}, {"QEL_FCPortStatisticsProvider", "", "IM"},
-        {"QEL_FCPortElementStatisticalDataProvider", "", "IA"}, {"QEL_FCPort", "", ""}, {"", "", ""},
-        {" QEL_FCPortProvider", "", ""}, {"QEL_FCPortProvider ", "", ""}, {"QEL_FCPortStatistics", "", ""},
+    const struct
+    {
+        const char* name;
+        const char* printed;
+        const char* interfaces;
+    } cases[] = {
+        {"QEL_FCPortProvider", CREATE_LINE, "IM"},
+        {"qel_fcportPROVIDER", CREATE_LINE, "IM"},
+        {"qel_sfpPROVIDER", "", "I"},
+        {"QEL_FCPortSFPProvider", "", "IA"},
+        {"QEL_FCPortStatisticsProvider", "", "IM"},
+        {"QEL_FCPortElementStatisticalDataProvider", "", "IA"},
+        {"QEL_FCPort", "", ""},
+        {"", "", ""},
+        {" QEL_FCPortProvider", "", ""},
+        {"QEL_FCPortProvider ", "", ""},
+        {"QEL_FCPortStatistics", "", ""},
     };
     for (const auto& c : cases)
     {
@@ -55,9 +67,11 @@ TEST(ProviderConstructors, ObjectPathConstructorIsRefusedExceptForFCPorts)
     EXPECT_EQ(interfacesOf(fcPorts), "IM");
     fcPorts->terminate();
 
-    EXPECT_EQ(thrown<CIMNotSupportedException>([&] { new QEL_SFPProvider(path); }),
+    EXPECT_EQ(
+        thrown<CIMNotSupportedException>([&] { new QEL_SFPProvider(path); }),
         "QEL_SFPProvider does not support constructor with object path.");
-    EXPECT_EQ(thrown<CIMNotSupportedException>([&] { new QEL_FCPortStatisticsProvider(path); }),
+    EXPECT_EQ(
+        thrown<CIMNotSupportedException>([&] { new QEL_FCPortStatisticsProvider(path); }),
         "QEL_FCPortLESBStatistics does not support constructor with object path.");
 }
 
@@ -66,20 +80,32 @@ using ProviderFrame = ProviderTest;
 TEST_F(ProviderFrame, InitializeTracesAndAsksTheIdentityLocallyOnce)
 {
     // entryTrace: null for none; exitTrace: the provider's last level-4 line.
-    const struct { const char *provider, *entryTrace, *exitTrace; Texts identityCalls; } cases[] = {
-        {"QEL_FCPortProvider", "--> QEL_FCPortProvider::initialize\n",
-            "<-- QEL_FCPortProvider::initialize\n", {"local:GetSystemHostName"}},
-        {"QEL_SFPProvider", "--> QEL_SFPProvider::initialize()\n",
-            "<--QEL_SFPProvider::initialize()\n", {"local:GetSystemHostName"}},
+    const struct
+    {
+        const char *provider, *entryTrace, *exitTrace;
+        Texts identityCalls;
+    } cases[] = {
+        {"QEL_FCPortProvider",
+         "--> QEL_FCPortProvider::initialize\n",
+         "<-- QEL_FCPortProvider::initialize\n",
+         {"local:GetSystemHostName"}},
+        {"QEL_SFPProvider",
+         "--> QEL_SFPProvider::initialize()\n",
+         "<--QEL_SFPProvider::initialize()\n",
+         {"local:GetSystemHostName"}},
         // Only an entry line, written after the members are set.
-        {"QEL_FCPortStatisticsProvider", nullptr,
-            "-->QEL_FCPortStatisticsProvider::initialize()\n", {"local:GetSystemHostName"}},
-        {"QEL_FCPortSFPProvider", "--> QEL_FCPortSFPProvider::initialize(cimom)\n)",
-            "<-- QEL_FCPortSFPProvider::initialize(cimom)\n)", {"local:GetSystemHostName"}},
+        {"QEL_FCPortStatisticsProvider",
+         nullptr,
+         "-->QEL_FCPortStatisticsProvider::initialize()\n",
+         {"local:GetSystemHostName"}},
+        {"QEL_FCPortSFPProvider",
+         "--> QEL_FCPortSFPProvider::initialize(cimom)\n)",
+         "<-- QEL_FCPortSFPProvider::initialize(cimom)\n)",
+         {"local:GetSystemHostName"}},
         {"QEL_FCPortElementStatisticalDataProvider",
-            "--> QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)",
-            "<-- QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)",
-            {"local:GetSystemHostName", "local:GetSystemName"}},
+         "--> QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)",
+         "<-- QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)",
+         {"local:GetSystemHostName", "local:GetSystemName"}},
     };
     for (const auto& c : cases)
     {
@@ -105,14 +131,23 @@ TEST_F(ProviderFrame, InitializeTracesAndAsksTheIdentityLocallyOnce)
 
 TEST_F(ProviderFrame, RefusedOperationsThrowBeforeAnyCheck)
 {
-    const struct { const char* provider; const char* prefix; Texts operations; } cases[] = {
+    const struct
+    {
+        const char* provider;
+        const char* prefix;
+        Texts operations;
+    } cases[] = {
         {"QEL_FCPortProvider", "QEL_FCPortProvider", {"createInstance", "deleteInstance"}},
-        {"QEL_SFPProvider", "QEL_SFPProvider", {"createInstance", "modifyInstance", "deleteInstance"}},
-        {"QEL_FCPortStatisticsProvider", "QEL_FCPortLESBStatistics",
-            {"createInstance", "modifyInstance", "deleteInstance"}},
+        {"QEL_SFPProvider",
+         "QEL_SFPProvider",
+         {"createInstance", "modifyInstance", "deleteInstance"}},
+        {"QEL_FCPortStatisticsProvider",
+         "QEL_FCPortLESBStatistics",
+         {"createInstance", "modifyInstance", "deleteInstance"}},
         {"QEL_FCPortSFPProvider", "QEL_FCPortSFPProvider", {"modifyInstance", "createInstance"}},
-        {"QEL_FCPortElementStatisticalDataProvider", "QEL_FCPortElementStatisticalData",
-            {"deleteInstance", "modifyInstance"}},
+        {"QEL_FCPortElementStatisticalDataProvider",
+         "QEL_FCPortElementStatisticalData",
+         {"deleteInstance", "modifyInstance"}},
     };
     const CIMObjectPath path("root/qel:QEL_FCPort.DeviceID=\"20110002AC001234\"");
     for (const auto& c : cases)
@@ -125,14 +160,21 @@ TEST_F(ProviderFrame, RefusedOperationsThrowBeforeAnyCheck)
             const OperationContext context = asUser("nobody");
             RecordingObjectPathHandler created;
             RecordingResponseHandler other;
-            EXPECT_EQ(thrown<CIMNotSupportedException>([&] {
-                if (op == "createInstance")
-                    provider->createInstance(context, path, CIMInstance("QEL_FCPort"), created);
-                else if (op == "deleteInstance")
-                    provider->deleteInstance(context, path, other);
-                else
-                    provider->modifyInstance(context, path, CIMInstance("QEL_FCPort"), false, CIMPropertyList(), other);
-            }), std::string(c.prefix) + " does not support " + op + ".");
+            EXPECT_EQ(
+                thrown<CIMNotSupportedException>(
+                    [&]
+                    {
+                        if (op == "createInstance")
+                            provider->createInstance(
+                                context, path, CIMInstance("QEL_FCPort"), created);
+                        else if (op == "deleteInstance")
+                            provider->deleteInstance(context, path, other);
+                        else
+                            provider->modifyInstance(
+                                context, path, CIMInstance("QEL_FCPort"), false, CIMPropertyList(),
+                                other);
+                    }),
+                std::string(c.prefix) + " does not support " + op + ".");
             EXPECT_TRUE(created.record.untouched() && other.record.untouched());
             EXPECT_TRUE(qelsim::callLog().empty()) << "the library was called";
             EXPECT_TRUE(qelsim::capturedLog().empty()) << "a trace was written";
@@ -144,17 +186,22 @@ TEST_F(ProviderFrame, AuthorizationAnswersBecomeTraceableRefusals)
 {
     const char* const DENIED = "Src(17): CIM_ERR_ACCESS_DENIED: Insufficient generic privilege";
     const char* const UNKNOWN = "Src(17): CIM_ERR_NOT_SUPPORTED: Does not support in generic!";
-    const std::pair<int, const char*> cases[] = {{1, DENIED}, {2, DENIED}, {3, UNKNOWN}, {22, UNKNOWN}, {-1, UNKNOWN}};
+    const std::pair<int, const char*> cases[] = {
+        {1, DENIED}, {2, DENIED}, {3, UNKNOWN}, {22, UNKNOWN}, {-1, UNKNOWN}};
     const QEL_ProviderFrame::Requester who = {"operator", "192.0.2.10"};
     for (const auto& c : cases)
     {
         ASSERT_TRUE(qelsim::forceAuthorization(c.first, 1).ok);
-        EXPECT_EQ(thrown([&] { QEL_ProviderFrame::authorize(who, "QEL_FCPort", "SetOffline", "Src", 17); }), c.second)
+        EXPECT_EQ(
+            thrown([&]
+                   { QEL_ProviderFrame::authorize(who, "QEL_FCPort", "SetOffline", "Src", 17); }),
+            c.second)
             << "result " << c.first;
     }
     // 0 passes; the key is lower-cased.
     qelsim::clearCallLog();
     EXPECT_NO_THROW(QEL_ProviderFrame::authorize(who, "QEL_FCPort", "SetOffline", "Src", 17));
-    EXPECT_EQ(callsNamed({"api_authorizeCIMUser"}), Texts{
-        "api_authorizeCIMUser(\"operator\", \"192.0.2.10\", \"qel_fcport.setoffline\")"});
+    EXPECT_EQ(
+        callsNamed({"api_authorizeCIMUser"}),
+        Texts{"api_authorizeCIMUser(\"operator\", \"192.0.2.10\", \"qel_fcport.setoffline\")"});
 }

@@ -13,21 +13,25 @@
 namespace qeltest
 {
 
-inline const char PORT_A[] = "20110002AC001234", PORT_B[] = "21230002AC001235", PORT_C[] = "22320002AC001236";
+inline const char PORT_A[] = "20110002AC001234", PORT_B[] = "21230002AC001235",
+                  PORT_C[] = "22320002AC001236";
 inline const char TAG_A[] = "20110002AC001234-SN-A", TAG_C[] = "22320002AC001236-SN-C";
-inline const char STATS_A[] = "ZEPHRAN:20110002AC001234-Stats", STATS_B[] = "ZEPHRAN:21230002AC001235-Stats";
+inline const char STATS_A[] = "ZEPHRAN:20110002AC001234-Stats",
+                  STATS_B[] = "ZEPHRAN:21230002AC001235-Stats";
 
 // One association provider as the tests address it.
 struct AssocSide
 {
-    const char* provider;    // name for the module's factory, source of refusals
+    const char* provider;  // name for the module's factory, source of refusals
     const char* assocClass;
-    const char* prefix;      // prefix of its exception messages
-    const char* otherOfA;    // the key of port A's other end
+    const char* prefix;    // prefix of its exception messages
+    const char* otherOfA;  // the key of port A's other end
 };
-inline const AssocSide SFP_ASSOC = {"QEL_FCPortSFPProvider", "QEL_FCPortSFP", "QEL_FCPortSFPProvider", TAG_A};
-inline const AssocSide STATS_ASSOC = {"QEL_FCPortElementStatisticalDataProvider",
-    "QEL_FCPortLESBElementStatisticalData", "QEL_FCPortElementStatisticalData", STATS_A};
+inline const AssocSide SFP_ASSOC = {
+    "QEL_FCPortSFPProvider", "QEL_FCPortSFP", "QEL_FCPortSFPProvider", TAG_A};
+inline const AssocSide STATS_ASSOC = {
+    "QEL_FCPortElementStatisticalDataProvider", "QEL_FCPortLESBElementStatisticalData",
+    "QEL_FCPortElementStatisticalData", STATS_A};
 
 class AssocTest : public ProviderTest
 {
@@ -57,7 +61,11 @@ protected:
     }
 
     // A request to one association provider, as "operator" unless user is given.
-    Answer request(const AssocSide& side, Op op, const CIMObjectPath& objectName, const Request& parts = Request(),
+    Answer request(
+        const AssocSide& side,
+        Op op,
+        const CIMObjectPath& objectName,
+        const Request& parts = Request(),
         const char* user = "operator")
     {
         return ProviderTest::request(side.assocClass, op, objectName, parts, user);
@@ -65,12 +73,15 @@ protected:
 };
 
 // A path's text form, and a reference key of a path parsed.
-inline std::string text(const CIMObjectPath& path) { return str(path.toString()); }
+inline std::string text(const CIMObjectPath& path)
+{
+    return str(path.toString());
+}
 inline CIMObjectPath referenceKey(const CIMObjectPath& path, const char* key)
 {
     return CIMObjectPath(String(keyValue(path, key).c_str()));
 }
 
-} // namespace qeltest
+}  // namespace qeltest
 
 #endif

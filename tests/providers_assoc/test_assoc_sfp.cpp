@@ -14,12 +14,20 @@ using SFPAssociation = AssocTest;
 TEST_F(SFPAssociation, ExactKeysOfInstalledTransceiversLeadToTheOtherEnd)
 {
     // key: the key property of the far end; related: its value, null when nothing is related
-    const struct { CIMObjectPath from; const char* key; const char* related; } cases[] = {
-        {portPath(PORT_A), "Tag", TAG_A}, {portPath(PORT_C), "Tag", TAG_C}, {sfpPath(TAG_A), "DeviceID", PORT_A},
-        {portPath(PORT_B), "Tag", nullptr},                      // no transceiver
-        {portPath("20110002ac001234"), "Tag", nullptr},          // letter case counts
-        {sfpPath("20110002AC001234-SN-A   "), "DeviceID", nullptr}, // Tags lose trailing blanks
-        {CIMObjectPath("", CIMNamespaceName("root/qel"), "CIM_FCPort",  // neither end's class
+    const struct
+    {
+        CIMObjectPath from;
+        const char* key;
+        const char* related;
+    } cases[] = {
+        {portPath(PORT_A), "Tag", TAG_A},
+        {portPath(PORT_C), "Tag", TAG_C},
+        {sfpPath(TAG_A), "DeviceID", PORT_A},
+        {portPath(PORT_B), "Tag", nullptr},                          // no transceiver
+        {portPath("20110002ac001234"), "Tag", nullptr},              // letter case counts
+        {sfpPath("20110002AC001234-SN-A   "), "DeviceID", nullptr},  // Tags lose trailing blanks
+        {CIMObjectPath(
+             "", CIMNamespaceName("root/qel"), "CIM_FCPort",  // neither end's class
              Array<CIMKeyBinding>(1, CIMKeyBinding("Tag", TAG_A, CIMKeyBinding::STRING))),
          "Tag", nullptr},
     };
@@ -30,18 +38,23 @@ TEST_F(SFPAssociation, ExactKeysOfInstalledTransceiversLeadToTheOtherEnd)
             SCOPED_TRACE(text(c.from) + " " + OP_NAMES[op]);
             qelsim::clearCallLog();
             const Answer answer = request(SFP_ASSOC, op, c.from);
-            EXPECT_EQ(answer.sequence, c.related ? "processing deliver complete" : "processing complete");
+            EXPECT_EQ(
+                answer.sequence, c.related ? "processing deliver complete" : "processing complete");
             // One read of every port with its SFP record, handed back.
-            EXPECT_EQ(callsNamed({"api_getFCPorts", "api_freeFCPorts"}),
+            EXPECT_EQ(
+                callsNamed({"api_getFCPorts", "api_freeFCPorts"}),
                 (Texts{READ_WITH_SFPS, "api_freeFCPorts(ptr)"}));
             if (!c.related || answer.delivered() != 1)
             {
                 EXPECT_EQ(answer.delivered(), c.related ? 1u : 0u);
                 continue;
             }
-            const CIMObjectPath far = op == ASSOCIATOR_NAMES ? answer.paths[0]
-                : op == ASSOCIATORS ? answer.instances[0].getPath()
-                : referenceKey(answer.instances[0].getPath(), std::string(c.key) == "Tag" ? "Antecedent" : "Dependent");
+            const CIMObjectPath far =
+                op == ASSOCIATOR_NAMES ? answer.paths[0]
+                : op == ASSOCIATORS    ? answer.instances[0].getPath()
+                                       : referenceKey(
+                                             answer.instances[0].getPath(),
+                                          std::string(c.key) == "Tag" ? "Antecedent" : "Dependent");
             EXPECT_EQ(keyValue(far, c.key), c.related);
             EXPECT_EQ(far.getHost(), "qelhost.example.com");
         }
@@ -88,11 +101,16 @@ TEST_F(SFPAssociation, AssociationsPutThePortFirstAndMatchFromEitherEnd)
 
 TEST_F(SFPAssociation, MissingKeysAreRefusedBeforeTheLibraryIsRead)
 {
-    const struct { CIMObjectPath from; const char* message; } cases[] = {
+    const struct
+    {
+        CIMObjectPath from;
+        const char* message;
+    } cases[] = {
         {portPath(""), "QEL_FCPortSFPProvider DeviceID key not found."},
         {sfpPath(""), "QEL_FCPortSFPProvider Tag key not found."},
         // Any class but the port's is read as an SFP.
-        {CIMObjectPath("", CIMNamespaceName("root/qel"), "CIM_FCPort",
+        {CIMObjectPath(
+             "", CIMNamespaceName("root/qel"), "CIM_FCPort",
              Array<CIMKeyBinding>(1, CIMKeyBinding("DeviceID", PORT_A, CIMKeyBinding::STRING))),
          "QEL_FCPortSFPProvider Tag key not found."},
     };
@@ -101,7 +119,9 @@ TEST_F(SFPAssociation, MissingKeysAreRefusedBeforeTheLibraryIsRead)
         for (Op op : {ASSOCIATORS, REFERENCE_NAMES})
         {
             qelsim::clearCallLog();
-            EXPECT_EQ(request(SFP_ASSOC, op, c.from).failure, std::string("CIM_ERR_INVALID_PARAMETER: ") + c.message);
+            EXPECT_EQ(
+                request(SFP_ASSOC, op, c.from).failure,
+                std::string("CIM_ERR_INVALID_PARAMETER: ") + c.message);
             EXPECT_TRUE(callsNamed({"api_getFCPorts"}).empty());
         }
     }
@@ -113,7 +133,8 @@ TEST_F(SFPAssociation, AFailedPortListReadAnswersEmpty)
     {
         SCOPED_TRACE(call);
         ASSERT_TRUE(qelsim::injectFault(call, API_ERR_IO).ok);
-        EXPECT_EQ(request(SFP_ASSOC, ASSOCIATORS, portPath(PORT_A)).sequence, "processing complete");
+        EXPECT_EQ(
+            request(SFP_ASSOC, ASSOCIATORS, portPath(PORT_A)).sequence, "processing complete");
         EXPECT_EQ(request(SFP_ASSOC, REFERENCES, sfpPath(TAG_A)).sequence, "processing complete");
         const Answer all = request(SFP_ASSOC, ENUMERATE_INSTANCE_NAMES, CIMObjectPath());
         EXPECT_EQ(all.sequence, "processing deliver[] complete");

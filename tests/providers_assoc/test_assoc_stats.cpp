@@ -27,10 +27,11 @@ TEST_F(StatsAssociation, APortLeadsToTheStatisticsOfItsFirstRecordOnly)
     const Answer a = request(STATS_ASSOC, ASSOCIATORS, portPath(PORT_A));
     ASSERT_EQ(a.instances.size(), 1u);
     EXPECT_EQ(keyValue(a.instances[0].getPath(), "InstanceID"), STATS_A);
-    EXPECT_EQ(valueOf(a.instances[0], "LinkFailures"), CIMValue(Uint64(7))); // the second has 99
+    EXPECT_EQ(valueOf(a.instances[0], "LinkFailures"), CIMValue(Uint64(7)));  // the second has 99
     EXPECT_EQ(request(STATS_ASSOC, REFERENCES, portPath(PORT_B)).delivered(), 1u);
     // No LESB record: no statistics, no association.
-    EXPECT_EQ(request(STATS_ASSOC, REFERENCE_NAMES, portPath(PORT_C)).sequence, "processing complete");
+    EXPECT_EQ(
+        request(STATS_ASSOC, REFERENCE_NAMES, portPath(PORT_C)).sequence, "processing complete");
     // Lower-case hexadecimal scans to the port but matches no record text.
     qelsim::clearCallLog();
     EXPECT_EQ(request(STATS_ASSOC, ASSOCIATOR_NAMES, portPath("20110002ac001234")).delivered(), 0u);
@@ -40,12 +41,16 @@ TEST_F(StatsAssociation, APortLeadsToTheStatisticsOfItsFirstRecordOnly)
 TEST_F(StatsAssociation, TheStatisticsPortIsAskedOfTheServerWithTheRequestsContext)
 {
     RecordingObjectHandler ports;
-    provider().associators(asOperator(), statsPath(STATS_A), CIMName(), CIMName(), "", "", true,
-        true, propertyList({"Speed"}), ports);
-    EXPECT_EQ(portRequests(), Texts{"operator root/qel //qelhost.example.com/root/qel:QEL_FCPort.CreationClassName="
-        "\"QEL_FCPort\",DeviceID=\"20110002AC001234\",SystemCreationClassName="
-        "\"QEL_NodeSystem\",SystemName=\"qel-node0\" qualifiers origin properties 1"});
-    EXPECT_EQ(callsNamed({"api_getFCPorts"}).front(), "api_getFCPorts(0x20110002AC001234, 3, 0, ptr)");
+    provider().associators(
+        asOperator(), statsPath(STATS_A), CIMName(), CIMName(), "", "", true, true,
+        propertyList({"Speed"}), ports);
+    EXPECT_EQ(
+        portRequests(),
+        Texts{"operator root/qel //qelhost.example.com/root/qel:QEL_FCPort.CreationClassName="
+              "\"QEL_FCPort\",DeviceID=\"20110002AC001234\",SystemCreationClassName="
+              "\"QEL_NodeSystem\",SystemName=\"qel-node0\" qualifiers origin properties 1"});
+    EXPECT_EQ(
+        callsNamed({"api_getFCPorts"}).front(), "api_getFCPorts(0x20110002AC001234, 3, 0, ptr)");
     // What the server answered is delivered, built with the property list.
     ASSERT_EQ(ports.delivered.size(), 1u);
     const CIMInstance port(ports.delivered[0]);
@@ -57,19 +62,28 @@ TEST_F(StatsAssociation, TheStatisticsPortIsAskedOfTheServerWithTheRequestsConte
     portRequests().clear();
     host().handleRep().failInstances = true;
     RecordingObjectPathHandler names;
-    EXPECT_THROW(provider().associatorNames(asOperator(), statsPath(STATS_B), CIMName(), CIMName(),
-                     "", "", names), CIMException);
+    EXPECT_THROW(
+        provider().associatorNames(
+            asOperator(), statsPath(STATS_B), CIMName(), CIMName(), "", "", names),
+        CIMException);
     EXPECT_TRUE(names.record.untouched());
-    EXPECT_EQ(portRequests(), Texts{"operator root/qel //qelhost.example.com/root/qel:QEL_FCPort.CreationClassName="
-        "\"QEL_FCPort\",DeviceID=\"21230002AC001235\",SystemCreationClassName="
-        "\"QEL_NodeSystem\",SystemName=\"qel-node1\" properties 0"});
+    EXPECT_EQ(
+        portRequests(),
+        Texts{"operator root/qel //qelhost.example.com/root/qel:QEL_FCPort.CreationClassName="
+              "\"QEL_FCPort\",DeviceID=\"21230002AC001235\",SystemCreationClassName="
+              "\"QEL_NodeSystem\",SystemName=\"qel-node1\" properties 0"});
 }
 
 TEST_F(StatsAssociation, WithoutAPortRecordThereIsNoPortAndNoServerCall)
 {
-    const struct { const char* instanceID; const char* fault; } cases[] = {
-        {"ZEPHRAN:00000000000000FF-Stats", nullptr}, // names no port of the array
-        {STATS_A, "api_getFCPorts"}, {STATS_A, "cim_sem_wait"},
+    const struct
+    {
+        const char* instanceID;
+        const char* fault;
+    } cases[] = {
+        {"ZEPHRAN:00000000000000FF-Stats", nullptr},  // names no port of the array
+        {STATS_A, "api_getFCPorts"},
+        {STATS_A, "cim_sem_wait"},
     };
     for (const auto& c : cases)
     {
@@ -79,8 +93,9 @@ TEST_F(StatsAssociation, WithoutAPortRecordThereIsNoPortAndNoServerCall)
             ASSERT_TRUE(qelsim::injectFault(c.fault, API_ERR_IO).ok);
         }
         RecordingObjectHandler ports;
-        provider().associators(asOperator(), statsPath(c.instanceID), CIMName(), CIMName(), "", "",
-            false, false, CIMPropertyList(), ports);
+        provider().associators(
+            asOperator(), statsPath(c.instanceID), CIMName(), CIMName(), "", "", false, false,
+            CIMPropertyList(), ports);
         EXPECT_EQ(ports.record.sequence, "processing complete");
         EXPECT_TRUE(portRequests().empty());
         qelsim::clearFaults();
@@ -89,10 +104,16 @@ TEST_F(StatsAssociation, WithoutAPortRecordThereIsNoPortAndNoServerCall)
 
 TEST_F(StatsAssociation, KeysThatNameNoPortAreRefusedBeforeTheLibraryIsRead)
 {
-    const struct { CIMObjectPath from; const char* message; } cases[] = {
+    const struct
+    {
+        CIMObjectPath from;
+        const char* message;
+    } cases[] = {
         {statsPath(""), "QEL_FCPortElementStatisticalData InstanceID key not found."},
-        {statsPath("OTHER:20110002AC001234-Stats"), "QEL_FCPortElementStatisticalData InstanceID key not found."},
-        {statsPath("ZEPHRAN:FFFFFFFFFFFFFFF6-Stats"), "QEL_FCPortElementStatisticalData InstanceID key not found."},
+        {statsPath("OTHER:20110002AC001234-Stats"),
+         "QEL_FCPortElementStatisticalData InstanceID key not found."},
+        {statsPath("ZEPHRAN:FFFFFFFFFFFFFFF6-Stats"),
+         "QEL_FCPortElementStatisticalData InstanceID key not found."},
         {portPath(""), "QEL_FCPortElementStatisticalData DeviceID key not found."},
         {portPath("not-hex"), "QEL_FCPortElementStatisticalData DeviceID key not found."},
     };
@@ -101,7 +122,9 @@ TEST_F(StatsAssociation, KeysThatNameNoPortAreRefusedBeforeTheLibraryIsRead)
         for (Op op : {ASSOCIATORS, REFERENCE_NAMES})
         {
             qelsim::clearCallLog();
-            EXPECT_EQ(request(STATS_ASSOC, op, c.from).failure, std::string("CIM_ERR_INVALID_PARAMETER: ") + c.message);
+            EXPECT_EQ(
+                request(STATS_ASSOC, op, c.from).failure,
+                std::string("CIM_ERR_INVALID_PARAMETER: ") + c.message);
             EXPECT_TRUE(callsNamed({"api_getFCPorts", "api_getPortLESB"}).empty());
         }
     }
@@ -125,15 +148,23 @@ TEST_F(StatsAssociation, OneAssociationPerPortWithRecordsAndTheSameFromTheStatis
 static CIMObjectPath withManagedElement(const CIMObjectPath& association, const String& text)
 {
     Array<CIMKeyBinding> keys(1, CIMKeyBinding("ManagedElement", text, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("Stats", keyValue(association, "Stats").c_str(), CIMKeyBinding::REFERENCE));
+    keys.append(
+        CIMKeyBinding("Stats", keyValue(association, "Stats").c_str(), CIMKeyBinding::REFERENCE));
     return CIMObjectPath("", association.getNameSpace(), association.getClassName(), keys);
 }
 
 TEST_F(StatsAssociation, GetInstanceNarrowsOnlyOnAStatisticsPathInManagedElement)
 {
-    const CIMObjectPath association = request(STATS_ASSOC, ENUMERATE_INSTANCE_NAMES, CIMObjectPath()).paths.at(0);
-    const struct { CIMObjectPath reference; const char* portRead; bool found; } cases[] = {
-        {association, READ_ALL, true}, {withManagedElement(association, ""), READ_ALL, false},
+    const CIMObjectPath association =
+        request(STATS_ASSOC, ENUMERATE_INSTANCE_NAMES, CIMObjectPath()).paths.at(0);
+    const struct
+    {
+        CIMObjectPath reference;
+        const char* portRead;
+        bool found;
+    } cases[] = {
+        {association, READ_ALL, true},
+        {withManagedElement(association, ""), READ_ALL, false},
         {withManagedElement(association, "no path at all"), READ_ALL, false},
         {withManagedElement(association, statsPath(STATS_B).toString()),
          "api_getFCPorts(0x21230002AC001235, 3, 0, ptr)", false},

@@ -27,13 +27,31 @@ static api_sfp_t sfpRecord(const std::string& serial)
 }
 
 // The properties of one monitor type: high alarm, low alarm, high warning, low warning, value; then the unit.
-struct Monitor { Sint32 type; const char* readings[5]; const char* unit; bool isSigned; };
+struct Monitor
+{
+    Sint32 type;
+    const char* readings[5];
+    const char* unit;
+    bool isSigned;
+};
 const Monitor MONITORS[] = {
-    {0, {"TempHighAlarm", "TempLowAlarm", "TempHighWarn", "TempLowWarn", "Temperature"}, "TemperatureUnit", true},
+    {0,
+     {"TempHighAlarm", "TempLowAlarm", "TempHighWarn", "TempLowWarn", "Temperature"},
+     "TemperatureUnit",
+     true},
     {1, {"VoltHighAlarm", "VoltLowAlarm", "VoltHighWarn", "VoltLowWarn", "Vcc"}, "VccUnit", true},
-    {2, {"BiasHighAlarm", "BiasLowAlarm", "BiasHighWarn", "BiasLowWarn", "TxBias"}, "TxBiasUnit", false},
-    {3, {"TxPowerHighAlarm", "TxPowerLowAlarm", "TxPowerHighWarn", "TxPowerLowWarn", "TxPower"}, "TxPowerUnit", false},
-    {4, {"RxPowerHighAlarm", "RxPowerLowAlarm", "RxPowerHighWarn", "RxPowerLowWarn", "RxPower"}, "RxPowerUnit", false},
+    {2,
+     {"BiasHighAlarm", "BiasLowAlarm", "BiasHighWarn", "BiasLowWarn", "TxBias"},
+     "TxBiasUnit",
+     false},
+    {3,
+     {"TxPowerHighAlarm", "TxPowerLowAlarm", "TxPowerHighWarn", "TxPowerLowWarn", "TxPower"},
+     "TxPowerUnit",
+     false},
+    {4,
+     {"RxPowerHighAlarm", "RxPowerLowAlarm", "RxPowerHighWarn", "RxPowerLowWarn", "RxPower"},
+     "RxPowerUnit",
+     false},
 };
 const char* const UNITS[] = {"C", "V", "mA", "uW", "dBm"};
 
@@ -48,9 +66,16 @@ TEST(SFPTag, PortTextDashSerialCutAt254WithoutTrailingBlanks)
 {
     const std::string port240(240, 'P');
     const std::string port250(250, 'P');
-    struct Case { std::string port; std::string serial; std::string tag; };
+    struct Case
+    {
+        std::string port;
+        std::string serial;
+        std::string tag;
+    };
     const Case cases[] = {
-        {"D", "ABC   ", "D-ABC"}, {"D", "A B\t\n ", "D-A B"}, {"", "   ", "-"},
+        {"D", "ABC   ", "D-ABC"},
+        {"D", "A B\t\n ", "D-A B"},
+        {"", "   ", "-"},
         {port240, std::string(31, 'S'), port240 + "-" + std::string(13, 'S')},
         // Cut first, then trimmed: the blanks left at the cut go as well.
         {port250, "   S", port250 + "-"},
@@ -73,24 +98,33 @@ TEST_F(SFPBuilding, InstanceCarriesTheRecordAsItStands)
     setField(record.partNumber, "AO-1");
     setField(record.revision, "B ");
     setField(record.description, "8Gb SW ");
-    record.speed = 18446744073709551615ULL, record.qualityFlags = API_SFP_RX_POWER_LOW, record.state = 1;
+    record.speed = 18446744073709551615ULL, record.qualityFlags = API_SFP_RX_POWER_LOW,
+    record.state = 1;
     record.disableTxPin = 0x12345, record.lossRxPin = 0xFFFF0008, record.faultTxPin = 2;
     // Readings without the DDM flag are not published.
     setEntry(record.ddm[0], 0, {1, 2, 3, 4, 5}, "C");
 
-    const CIMInstance instance = QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "PORTX", record, "h1");
+    const CIMInstance instance =
+        QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "PORTX", record, "h1");
 
     const std::pair<const char*, CIMValue> expected[] = {
         {"Caption", CIMValue(String("8Gb SW  Small Form-factor Pluggable(SFP) Transceiver"))},
-        {"CreationClassName", CIMValue(String("QEL_SFP"))}, {"Tag", CIMValue(String("PORTX-SN42"))},
+        {"CreationClassName", CIMValue(String("QEL_SFP"))},
+        {"Tag", CIMValue(String("PORTX-SN42"))},
         {"ElementName", CIMValue(String("8Gb SW "))},
-        {"Manufacturer", CIMValue(String("AVALON  "))}, {"PartNumber", CIMValue(String("AO-1"))},
-        {"SerialNumber", CIMValue(String("SN42  "))}, {"Revision", CIMValue(String("B "))},
-        {"Speed", CIMValue(Uint64(18446744073709551615ULL))}, {"DisableTXPinPosition", CIMValue(Uint16(0x2345))},
-        {"LossRXPinPosition", CIMValue(Uint16(8))}, {"FaultTXPinPosition", CIMValue(Uint16(2))},
-        {"IsUnqualified", CIMValue(Boolean(false))}, {"IsRXPowerLow", CIMValue(Boolean(true))},
+        {"Manufacturer", CIMValue(String("AVALON  "))},
+        {"PartNumber", CIMValue(String("AO-1"))},
+        {"SerialNumber", CIMValue(String("SN42  "))},
+        {"Revision", CIMValue(String("B "))},
+        {"Speed", CIMValue(Uint64(18446744073709551615ULL))},
+        {"DisableTXPinPosition", CIMValue(Uint16(0x2345))},
+        {"LossRXPinPosition", CIMValue(Uint16(8))},
+        {"FaultTXPinPosition", CIMValue(Uint16(2))},
+        {"IsUnqualified", CIMValue(Boolean(false))},
+        {"IsRXPowerLow", CIMValue(Boolean(true))},
         {"IsDDMAvailable", CIMValue(Boolean(false))},
-        {"SystemName", CIMValue(String("QEL-ARRAY-7"))}, {"OperationalStatus", CIMValue(Array<Uint16>(1, 2))},
+        {"SystemName", CIMValue(String("QEL-ARRAY-7"))},
+        {"OperationalStatus", CIMValue(Array<Uint16>(1, 2))},
     };
     for (const auto& e : expected)
         EXPECT_EQ(valueOf(instance, e.first), e.second) << e.first;
@@ -102,11 +136,16 @@ TEST_F(SFPBuilding, InstanceCarriesTheRecordAsItStands)
     }
 
     // Host, namespace, class and the two keys in their order.
-    EXPECT_EQ(instance.getPath().toString(), "//h1/root/qel:QEL_SFP.CreationClassName=\"QEL_SFP\",Tag=\"PORTX-SN42\"");
+    EXPECT_EQ(
+        instance.getPath().toString(),
+        "//h1/root/qel:QEL_SFP.CreationClassName=\"QEL_SFP\",Tag=\"PORTX-SN42\"");
 
     // Any state but 1 (good) and 2 (degraded) is an error.
     record.state = 0;
-    EXPECT_EQ(valueOf(QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h"), "OperationalStatus"),
+    EXPECT_EQ(
+        valueOf(
+            QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h"),
+            "OperationalStatus"),
         CIMValue(Array<Uint16>(1, 6)));
 }
 
@@ -122,7 +161,8 @@ TEST_F(SFPBuilding, ReadingsAreCutTo16BitsSignedOrUnsigned)
     // Entries in reverse type order: the type decides, not the position.
     for (Sint32 t = 0; t < 5; t++)
         setEntry(record.ddm[4 - t], t, readings, UNITS[t]);
-    const CIMInstance instance = QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h");
+    const CIMInstance instance =
+        QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h");
 
     EXPECT_EQ(valueOf(instance, "IsDDMAvailable"), CIMValue(Boolean(true)));
     for (const Monitor& m : MONITORS)
@@ -130,7 +170,9 @@ TEST_F(SFPBuilding, ReadingsAreCutTo16BitsSignedOrUnsigned)
         EXPECT_EQ(valueOf(instance, m.unit), CIMValue(String(UNITS[m.type]))) << m.unit;
         for (int r = 0; r < 5; r++)
         {
-            EXPECT_EQ(valueOf(instance, m.readings[r]), m.isSigned ? CIMValue(asSigned[r]) : CIMValue(asUnsigned[r]))
+            EXPECT_EQ(
+                valueOf(instance, m.readings[r]),
+                m.isSigned ? CIMValue(asSigned[r]) : CIMValue(asUnsigned[r]))
                 << m.readings[r];
         }
     }
@@ -145,15 +187,18 @@ TEST_F(SFPBuilding, UnknownMonitorTypesAreTracedAndLaterEntriesWin)
     setEntry(record.ddm[2], 0, {3, 3, 3, 3, 33}, "C");
     setEntry(record.ddm[3], 0, {4, 4, 4, 4, 44}, "F");
     setEntry(record.ddm[4], -1, {5, 5, 5, 5, 55}, "?");
-    const CIMInstance instance = QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h");
+    const CIMInstance instance =
+        QEL_SFPProvider::buildInstance(cimClass("QEL_SFP"), "P", record, "h");
 
     EXPECT_EQ(valueOf(instance, "Temperature"), CIMValue(Sint16(44)));
     EXPECT_EQ(valueOf(instance, "TemperatureUnit"), CIMValue(String("F")));
     EXPECT_EQ(valueOf(instance, "RxPower"), CIMValue(Uint16(11)));
     EXPECT_TRUE(valueOf(instance, "Vcc").isNull());
     EXPECT_TRUE(valueOf(instance, "TxBias").isNull());
-    EXPECT_EQ(traceLines(QEL_TRACE_FLOW, "_setDDMProperties"),
-        (Texts{"QEL_SFPProvider::_setDDMProperties: unknown sfp monitor type 9\n",
+    EXPECT_EQ(
+        traceLines(QEL_TRACE_FLOW, "_setDDMProperties"),
+        (Texts{
+            "QEL_SFPProvider::_setDDMProperties: unknown sfp monitor type 9\n",
             "QEL_SFPProvider::_setDDMProperties: unknown sfp monitor type -1\n"}));
 }
 
@@ -167,7 +212,8 @@ const std::string TAG_I = std::string(ISCSI_1) + "-SN-SHARED";
 const std::string TAG_A_PADDED = TAG_A + "   ";
 const std::string FC_READ = "api_getFCPorts(0xFFFFFFFFFFFFFFF6, 3, 1, ptr)";
 
-static CIMObjectPath sfpPath(const std::string& tag, const char* cls = "QEL_SFP", const char* creationClass = "QEL_SFP")
+static CIMObjectPath
+sfpPath(const std::string& tag, const char* cls = "QEL_SFP", const char* creationClass = "QEL_SFP")
 {
     return qelPath(cls, {"CreationClassName", creationClass, "Tag", tag.c_str()}, "anyhost");
 }
@@ -200,7 +246,8 @@ TEST_F(SFPRetrieval, FCPortsFirstThenISCSIPortsEachListReleased)
         EXPECT_EQ(names.paths[i].getHost(), HOST);
     }
     // The names' entry trace names another provider, as intended.
-    EXPECT_EQ(traceLines(QEL_TRACE_FLOW, "_build_ref"),
+    EXPECT_EQ(
+        traceLines(QEL_TRACE_FLOW, "_build_ref"),
         (Texts{"--> QEL_FCALProvider::_build_ref\n", "<-- QEL_SFPProvider::_build_ref\n"}));
     EXPECT_NE(qelsim::leakCheck(), 1) << "iSCSI records not freed";
 }
@@ -209,14 +256,22 @@ TEST_F(SFPRetrieval, GetInstanceMatchesTheWholePath)
 {
     const std::string notFound = "CIM_ERR_NOT_FOUND: QEL_SFPProvider CIM Object not found.";
     // failure: "" when the object is found
-    const struct { const char* name; CIMObjectPath path; std::string failure; bool reads; } cases[] = {
-        {"found", sfpPath(TAG_I), "", true}, {"class name in lower case", sfpPath(TAG_A, "qel_sfp"), "", true},
-        {"other creation class", sfpPath(TAG_A, "QEL_SFP", "CIM_PhysicalConnector"), notFound + TAG_A, true},
+    const struct
+    {
+        const char* name;
+        CIMObjectPath path;
+        std::string failure;
+        bool reads;
+    } cases[] = {
+        {"found", sfpPath(TAG_I), "", true},
+        {"class name in lower case", sfpPath(TAG_A, "qel_sfp"), "", true},
+        {"other creation class", sfpPath(TAG_A, "QEL_SFP", "CIM_PhysicalConnector"),
+         notFound + TAG_A, true},
         {"Tag with its blanks", sfpPath(TAG_A_PADDED), notFound + TAG_A_PADDED, true},
         {"no Tag", qelPath("QEL_SFP", {"CreationClassName", "QEL_SFP"}),
-            "CIM_ERR_INVALID_PARAMETER: QEL_SFPProvider Tag key not found.", false},
-        {"other class", sfpPath(TAG_A, "QEL_FCPort"), "CIM_ERR_NOT_SUPPORTED: QEL_SFPProvider Invalid class name",
-            false},
+         "CIM_ERR_INVALID_PARAMETER: QEL_SFPProvider Tag key not found.", false},
+        {"other class", sfpPath(TAG_A, "QEL_FCPort"),
+         "CIM_ERR_NOT_SUPPORTED: QEL_SFPProvider Invalid class name", false},
     };
     for (const auto& c : cases)
     {
@@ -244,11 +299,24 @@ TEST_F(SFPRetrieval, FailedReadsEmptyTheirPassOnly)
         int64_t times;
         Texts tags, calls;
     } cases[] = {
-        {"FC read", "api_getFCPorts", API_ERR_IO, -1, {TAG_I},
-            {FC_READ, "api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
-        {"iSCSI read", "api_getISCSIPorts", API_ERR_NOMEM, -1, {TAG_A, TAG_B},
-            {FC_READ, "api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
-        {"first wait", "cim_sem_wait", API_ERR_BUSY, 1, {TAG_I}, {"api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
+        {"FC read",
+         "api_getFCPorts",
+         API_ERR_IO,
+         -1,
+         {TAG_I},
+         {FC_READ, "api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
+        {"iSCSI read",
+         "api_getISCSIPorts",
+         API_ERR_NOMEM,
+         -1,
+         {TAG_A, TAG_B},
+         {FC_READ, "api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
+        {"first wait",
+         "cim_sem_wait",
+         API_ERR_BUSY,
+         1,
+         {TAG_I},
+         {"api_freeFCPorts(ptr)", "api_getISCSIPorts(ptr)"}},
         {"every wait", "cim_sem_wait", API_ERR_BUSY, -1, {}, {"api_freeFCPorts(ptr)"}},
     };
     for (const auto& c : cases)
@@ -261,13 +329,16 @@ TEST_F(SFPRetrieval, FailedReadsEmptyTheirPassOnly)
             qelsim::clearCallLog();
             const Answer answer = request("QEL_SFP", op);
             EXPECT_EQ(answer.sequence, "processing deliver[] complete");
-            EXPECT_EQ(op == ENUMERATE_INSTANCES ? keysOf(answer.instances, "Tag") : keysOf(answer.paths, "Tag"),
+            EXPECT_EQ(
+                op == ENUMERATE_INSTANCES ? keysOf(answer.instances, "Tag")
+                                          : keysOf(answer.paths, "Tag"),
                 c.tags);
             EXPECT_EQ(readCalls(), c.calls);
         }
     }
     // With every wait failing nothing is read, so nothing is found.
-    EXPECT_EQ(request("QEL_SFP", GET_INSTANCE, sfpPath(TAG_A)).failure,
+    EXPECT_EQ(
+        request("QEL_SFP", GET_INSTANCE, sfpPath(TAG_A)).failure,
         "CIM_ERR_NOT_FOUND: QEL_SFPProvider CIM Object not found." + TAG_A);
 
     // SystemName cannot be had: the build fails, the FC list still goes back.

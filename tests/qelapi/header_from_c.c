@@ -2,7 +2,8 @@
  * record layout as in C++ (its static assertions run here too). */
 #include "qelapi.h"
 
-size_t qelapi_c_record_sizes(size_t out[6]) {
+size_t qelapi_c_record_sizes(size_t out[6])
+{
     out[0] = sizeof(api_FCPort_t);
     out[1] = sizeof(api_sfp_t);
     out[2] = sizeof(api_portLESB_t);

@@ -10,10 +10,12 @@
 
 #include <string>
 
-namespace qelsimtest {
+namespace qelsimtest
+{
 
 // A folder under the test temporary area, removed with its contents at the end.
-class ScratchDir {
+class ScratchDir
+{
 public:
     // base: where to create it; empty for $TMPDIR (or /tmp).
     explicit ScratchDir(const std::string& base = "");
@@ -31,7 +33,8 @@ void writeFile(const std::string& path, const std::string& text);
 // An event record as a provider fills it.
 api_evtparam_t event(const char* user = "operator", const char* method = "QEL_FCPort:SetOffline");
 
-class SimTest : public ::testing::Test {
+class SimTest : public ::testing::Test
+{
 protected:
     void SetUp() override;
     void TearDown() override;
@@ -43,13 +46,14 @@ protected:
 };
 
 // WWNs of the demo array.
-constexpr uint64_t kOkPort = 0x20110002AC00A001ull;      // 0:1:1 PORT_OK, two LESB records
-constexpr uint64_t kOfflinePort = 0x20120002AC00A001ull; // 0:1:2 offline, serial with blanks
-constexpr uint64_t kSyncPort = 0x21110002AC00A001ull;    // 1:1:1 loss of sync, SFP without DDM, no LESB
-constexpr uint64_t kErrorPort = 0x21120002AC00A001ull;   // 1:1:2 error, no SFP
-constexpr uint64_t kUnknownPort = 0x21210002AC00A001ull; // 1:2:1 unknown state, counters near 2^64
-constexpr uint64_t kLockedPort = 0x20220002AC00A001ull;  // 0:2:2 mode change not allowed
+constexpr uint64_t kOkPort = 0x20110002AC00A001ull;       // 0:1:1 PORT_OK, two LESB records
+constexpr uint64_t kOfflinePort = 0x20120002AC00A001ull;  // 0:1:2 offline, serial with blanks
+constexpr uint64_t kSyncPort =
+    0x21110002AC00A001ull;  // 1:1:1 loss of sync, SFP without DDM, no LESB
+constexpr uint64_t kErrorPort = 0x21120002AC00A001ull;    // 1:1:2 error, no SFP
+constexpr uint64_t kUnknownPort = 0x21210002AC00A001ull;  // 1:2:1 unknown state, counters near 2^64
+constexpr uint64_t kLockedPort = 0x20220002AC00A001ull;   // 0:2:2 mode change not allowed
 
-} // namespace qelsimtest
+}  // namespace qelsimtest
 
 #endif

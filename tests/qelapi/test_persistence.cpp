@@ -16,23 +16,31 @@
 
 using namespace qelsimtest;
 
-namespace {
+namespace
+{
 
-class Persistence : public SimTest {
+class Persistence : public SimTest
+{
 protected:
-    qelsim::AttachOptions options(const ScratchDir& dir) {
+    qelsim::AttachOptions options(const ScratchDir& dir)
+    {
         qelsim::AttachOptions o;
         o.arrayPath = dir.file("array.json");
         o.statePath = dir.file("array.state.json");
         return o;
     }
-    void writeDemo(const ScratchDir& dir) { writeFile(dir.file("array.json"), qelsim::demoArrayText()); }
+    void writeDemo(const ScratchDir& dir)
+    {
+        writeFile(dir.file("array.json"), qelsim::demoArrayText());
+    }
 };
 
 // Runs f in a child process attached to the same array; returns the child's exit status.
-int inChild(const qelsim::AttachOptions& o, const std::function<int()>& f) {
+int inChild(const qelsim::AttachOptions& o, const std::function<int()>& f)
+{
     pid_t pid = ::fork();
-    if (pid == 0) {
+    if (pid == 0)
+    {
         int rc = qelsim::attach(o).ok ? f() : 99;
         ::_exit(rc);
     }
@@ -41,7 +49,8 @@ int inChild(const qelsim::AttachOptions& o, const std::function<int()>& f) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 100;
 }
 
-TEST_F(Persistence, ChangesSurviveAReattachAndReachOtherProcessesUntilTheArrayFileChanges) {
+TEST_F(Persistence, ChangesSurviveAReattachAndReachOtherProcessesUntilTheArrayFileChanges)
+{
     ScratchDir dir;
     writeDemo(dir);
     ASSERT_TRUE(qelsim::attach(options(dir)).ok);
@@ -51,23 +60,27 @@ TEST_F(Persistence, ChangesSurviveAReattachAndReachOtherProcessesUntilTheArrayFi
     ASSERT_TRUE(qelsim::injectFault("api_getISCSIPorts", 9, 2).ok);
 
     // Another process sees the change and the fault, and makes a change of its own.
-    EXPECT_EQ(inChild(options(dir), [] {
-                  api_FCPortList_t l{};
-                  api_getFCPorts(kOkPort, 3, 0, &l);
-                  int seen = l.count == 1 && l.ports[0].portStatus == PORT_OFFLINE;
-                  api_freeFCPorts(&l);
-                  api_iSCSIPortList_t is{};
-                  seen = seen && api_getISCSIPorts(&is) == 9;
-                  return seen && qelsim::setPortState("1:1:2", PORT_OK, "child") == API_OK ? 0 : 1;
-              }),
-              0);
+    EXPECT_EQ(
+        inChild(
+            options(dir),
+            []
+            {
+                api_FCPortList_t l{};
+                api_getFCPorts(kOkPort, 3, 0, &l);
+                int seen = l.count == 1 && l.ports[0].portStatus == PORT_OFFLINE;
+                api_freeFCPorts(&l);
+                api_iSCSIPortList_t is{};
+                seen = seen && api_getISCSIPorts(&is) == 9;
+                return seen && qelsim::setPortState("1:1:2", PORT_OK, "child") == API_OK ? 0 : 1;
+            }),
+        0);
     api_iSCSIPortList_t is{};
-    EXPECT_EQ(api_getISCSIPorts(&is), 9); // the fault's count is shared: one failure was left
+    EXPECT_EQ(api_getISCSIPorts(&is), 9);  // the fault's count is shared: one failure was left
     EXPECT_EQ(api_getISCSIPorts(&is), API_OK);
     std::free(is.ports);
-    EXPECT_EQ(port(kErrorPort).portStatus, PORT_OK); // picked up without reattaching
+    EXPECT_EQ(port(kErrorPort).portStatus, PORT_OK);  // picked up without reattaching
 
-    ASSERT_TRUE(qelsim::attach(options(dir)).ok); // as after a server restart
+    ASSERT_TRUE(qelsim::attach(options(dir)).ok);  // as after a server restart
     EXPECT_EQ(port(kOkPort).portStatus, PORT_OFFLINE);
     ASSERT_TRUE(qelsim::resetToArray().ok);
     EXPECT_EQ(port(kOkPort).portStatus, PORT_OK);
@@ -84,24 +97,30 @@ TEST_F(Persistence, ChangesSurviveAReattachAndReachOtherProcessesUntilTheArrayFi
     EXPECT_EQ(port(kOkPort).portStatus, PORT_OK);
 }
 
-TEST_F(Persistence, TwoProcessesWritingAtOnceLoseNoUpdate) {
+TEST_F(Persistence, TwoProcessesWritingAtOnceLoseNoUpdate)
+{
     ScratchDir dir;
     writeDemo(dir);
     ASSERT_TRUE(qelsim::attach(options(dir)).ok);
     constexpr int kChildren = 3, kBumps = 15;
     std::vector<pid_t> pids;
-    for (int c = 0; c < kChildren; ++c) {
+    for (int c = 0; c < kChildren; ++c)
+    {
         pid_t pid = ::fork();
-        if (pid == 0) {
+        if (pid == 0)
+        {
             int bad = !qelsim::attach(options(dir)).ok;
-            for (int i = 0; i < kBumps; ++i) bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "child") != API_OK;
+            for (int i = 0; i < kBumps; ++i)
+                bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "child") != API_OK;
             ::_exit(bad);
         }
         pids.push_back(pid);
     }
     int bad = 0;
-    for (int i = 0; i < kBumps; ++i) bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "parent") != API_OK;
-    for (pid_t pid : pids) {
+    for (int i = 0; i < kBumps; ++i)
+        bad |= qelsim::bumpLesb("0:2:2", "crcErrors", 1, "parent") != API_OK;
+    for (pid_t pid : pids)
+    {
         int status = 0;
         ::waitpid(pid, &status, 0);
         bad |= !WIFEXITED(status) || WEXITSTATUS(status) != 0;
@@ -113,13 +132,15 @@ TEST_F(Persistence, TwoProcessesWritingAtOnceLoseNoUpdate) {
     std::free(l.lesb);
 }
 
-TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne) {
+TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne)
+{
     // On a memory file system a write costs no disk wait, so nearly all of the
     // writer's time is spent writing: an unsafe writer is caught at once.
     ScratchDir dir(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "");
     const std::string path = dir.file("state.json");
     // Every version has the same size, large enough that a write takes a while.
-    auto version = [](int n) {
+    auto version = [](int n)
+    {
         nlohmann::json j;
         j["version"] = n;
         j["padding"] = std::string(1u << 20, static_cast<char>('a' + n % 26));
@@ -128,22 +149,27 @@ TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne) {
     };
     constexpr int kRounds = 8;
     std::vector<std::string> texts;
-    for (int n = 0; n <= 2 * kRounds; ++n) texts.push_back(version(n));
+    for (int n = 0; n <= 2 * kRounds; ++n)
+        texts.push_back(version(n));
     const size_t size = texts[0].size();
     std::string err;
     ASSERT_TRUE(qelsim::writeFileAtomically(path, texts[0], &err)) << err;
     int written = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRounds; ++round)
+    {
         const std::string before = readFile(path);
         pid_t pid = ::fork();
-        if (pid == 0) {
-            for (int n = 0;; ++n) {
+        if (pid == 0)
+        {
+            for (int n = 0;; ++n)
+            {
                 std::string e;
                 qelsim::writeFileAtomically(path, texts[2 * round + 1 + n % 2], &e);
             }
         }
         // Meanwhile a reader must never find the file missing or unfinished.
-        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(20 + round * 10);
+        const auto until =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(20 + round * 10);
         struct stat st;
         bool unfinished = false;
         while (!unfinished && std::chrono::steady_clock::now() < until)
@@ -152,29 +178,34 @@ TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne) {
         ::waitpid(pid, nullptr, 0);
         EXPECT_FALSE(unfinished) << "a reader saw an unfinished state file in round " << round;
         const std::string text = readFile(path);
-        const bool complete = text == before || text == texts[2 * round + 1] || text == texts[2 * round + 2];
-        ASSERT_TRUE(complete) << "torn state file in round " << round << " (" << text.size() << " bytes)";
+        const bool complete =
+            text == before || text == texts[2 * round + 1] || text == texts[2 * round + 2];
+        ASSERT_TRUE(complete) << "torn state file in round " << round << " (" << text.size()
+                              << " bytes)";
         written += text != before;
     }
     EXPECT_GT(written, 0) << "the writer never got to write; the test proved nothing";
     // The killed writers' temporaries are cleared away, the state stays.
     EXPECT_LE(qelsim::removeStaleTemporaries(path), kRounds);
     std::vector<std::string> left;
-    for (const auto& e : std::filesystem::directory_iterator(dir.path())) left.push_back(e.path().filename());
+    for (const auto& e : std::filesystem::directory_iterator(dir.path()))
+        left.push_back(e.path().filename());
     EXPECT_EQ(left, std::vector<std::string>{"state.json"});
     EXPECT_EQ(readFile(path).size(), size);
 }
 
-TEST_F(Persistence, ADamagedStateFileIsReportedNotOverwritten) {
+TEST_F(Persistence, ADamagedStateFileIsReportedNotOverwritten)
+{
     ScratchDir dir;
     writeDemo(dir);
     ASSERT_TRUE(qelsim::attach(options(dir)).ok);
     writeFile(dir.file("array.state.json"), "{ \"system\": ");
     const qelsim::Result r = qelsim::attach(options(dir));
     EXPECT_FALSE(r.ok);
-    EXPECT_NE(r.error.find(dir.file("array.state.json") + ": line 1"), std::string::npos) << r.error;
+    EXPECT_NE(r.error.find(dir.file("array.state.json") + ": line 1"), std::string::npos)
+        << r.error;
     EXPECT_NE(r.error.find("qelsim reset"), std::string::npos);
     EXPECT_EQ(readFile(dir.file("array.state.json")), "{ \"system\": ");
 }
 
-} // namespace
+}  // namespace

@@ -17,7 +17,8 @@ namespace qelcommontest
 size_t TraceCapture::count(int level, const std::string& text) const
 {
     const std::vector<qelsim::LogLine> lines = qelsim::capturedLog();
-    return std::count_if(lines.begin(), lines.end(),
+    return std::count_if(
+        lines.begin(), lines.end(),
         [&](const qelsim::LogLine& line) { return line.level == level && line.text == text; });
 }
 
@@ -32,7 +33,8 @@ Texts TraceCapture::texts(const char* holding) const
     return out;
 }
 
-ScopedTimeZone::ScopedTimeZone(const char* tz) : _had(getenv("TZ") != nullptr), _previous(_had ? getenv("TZ") : "")
+ScopedTimeZone::ScopedTimeZone(const char* tz)
+    : _had(getenv("TZ") != nullptr), _previous(_had ? getenv("TZ") : "")
 {
     setenv("TZ", tz, 1);
     tzset();
@@ -67,14 +69,21 @@ class ScriptedCimom : public qeltest::CacheHandleRep
 public:
     explicit ScriptedCimom(ScriptedServer& server) : CacheHandleRep(server), _server(server) {}
 
-    CIMClass getClass(const OperationContext&, const CIMNamespaceName&, const CIMName& cls, Boolean,
-        Boolean, Boolean, const CIMPropertyList&) override
+    CIMClass getClass(
+        const OperationContext&,
+        const CIMNamespaceName&,
+        const CIMName& cls,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
     {
         const int n = ++_server.getClassCalls;
         if (cls.equal("Missing"))
             throw CIMException(CIM_ERR_NOT_FOUND, "Missing");
         CIMClass c = makeTestClass(cls);
-        c.addProperty(CIMProperty(String("Fetch") + String(std::to_string(n).c_str()), CIMValue(Uint32(n))));
+        c.addProperty(
+            CIMProperty(String("Fetch") + String(std::to_string(n).c_str()), CIMValue(Uint32(n))));
         return c;
     }
 
@@ -82,9 +91,12 @@ private:
     ScriptedServer& _server;
 };
 
-} // namespace
+}  // namespace
 
-CIMOMHandle ScriptedServer::handle() { return CIMOMHandle(std::make_shared<ScriptedCimom>(*this)); }
+CIMOMHandle ScriptedServer::handle()
+{
+    return CIMOMHandle(std::make_shared<ScriptedCimom>(*this));
+}
 
 CIMClass makeTestClass(const CIMName& name)
 {
@@ -97,4 +109,4 @@ CIMClass makeTestClass(const CIMName& name)
     return c;
 }
 
-} // namespace qelcommontest
+}  // namespace qelcommontest

@@ -23,8 +23,16 @@ using qeltest::Texts;
 // Keeps every log_message line written while it lives.
 struct TraceCapture
 {
-    TraceCapture() { qelsim::clearCapturedLog(); qelsim::captureLog(true); }
-    ~TraceCapture() { qelsim::captureLog(false); qelsim::clearCapturedLog(); }
+    TraceCapture()
+    {
+        qelsim::clearCapturedLog();
+        qelsim::captureLog(true);
+    }
+    ~TraceCapture()
+    {
+        qelsim::captureLog(false);
+        qelsim::clearCapturedLog();
+    }
     // Lines of exactly this level and text (line end included).
     size_t count(int level, const std::string& text) const;
     bool has(int level, const std::string& text) const { return count(level, text) > 0; }
@@ -47,7 +55,10 @@ private:
 // Loads the array the suites share (system DEMO01 with both address kinds, users admin and monitor, three volumes)
 // into the simulator's memory, with other "system" members if given, e.g. "\"ipv6\": \"\"".
 void loadTestArrayWithSystem(const std::string& systemMembers);
-inline void loadTestArray() { loadTestArrayWithSystem(""); }
+inline void loadTestArray()
+{
+    loadTestArrayWithSystem("");
+}
 
 // The internal cache double (local connection and handle scripted, by default answered by the real
 // internal cache provider) with a handle whose getClass answers the class named, with one property per
@@ -61,6 +72,6 @@ struct ScriptedServer : qeltest::InternalCacheDouble
 // A class with a key "InstanceID", a string "Name" and a uint16 "Code".
 CIMClass makeTestClass(const CIMName& name);
 
-} // namespace qelcommontest
+}  // namespace qelcommontest
 
 #endif

@@ -10,7 +10,10 @@
 using namespace Pegasus;
 using namespace qelcommontest;
 
-static std::string str(const String& s) { return (const char*)s.getCString(); }
+static std::string str(const String& s)
+{
+    return (const char*)s.getCString();
+}
 
 static CIMValue typedNull(const CIMValue& like)
 {
@@ -22,7 +25,11 @@ static CIMValue typedNull(const CIMValue& like)
 // One getProperty overload through found (name in other case), absent,
 // illegal name and null: codes, the out-argument and the traces.
 template <class T>
-static void checkPropertyReader(const std::string& label, const T& expected, const T& sentinel, const Texts& exitFound)
+static void checkPropertyReader(
+    const std::string& label,
+    const T& expected,
+    const T& sentinel,
+    const Texts& exitFound)
 {
     const CIMValue stored(expected);
     SCOPED_TRACE(label);
@@ -45,7 +52,10 @@ static void checkPropertyReader(const std::string& label, const T& expected, con
 
 // One getParameter overload: name in other case, null-then-valued, null only (3, never 4) and absent.
 template <class T>
-static void checkParameterReader(const std::string& label, const T& expected, const T& sentinel,
+static void checkParameterReader(
+    const std::string& label,
+    const T& expected,
+    const T& sentinel,
     const std::string& exitFound)
 {
     const CIMValue stored(expected);
@@ -59,7 +69,9 @@ static void checkParameterReader(const std::string& label, const T& expected, co
     T out = sentinel;
     EXPECT_EQ(0u, QEL_Common::getParameter(params, "wanted", out));
     EXPECT_EQ(CIMValue(out), CIMValue(expected));
-    EXPECT_EQ((Texts{"-->QEL_Common::getParameter(" + label + "), paramName = wanted\n", exitFound}), trace.texts());
+    EXPECT_EQ(
+        (Texts{"-->QEL_Common::getParameter(" + label + "), paramName = wanted\n", exitFound}),
+        trace.texts());
     out = sentinel;
     EXPECT_EQ(3u, QEL_Common::getParameter(params, "OnlyNull", out));
     EXPECT_EQ(3u, QEL_Common::getParameter(params, "Missing", out));
@@ -75,23 +87,33 @@ TEST(Accessors, EveryGetPropertyOverloadReportsFoundAbsentAndNull)
     CIMObjectPath path("root/qel:QEL_FCPort.DeviceID=\"20110002AC00A001\"");
     CIMDateTime when("20090301140509.000000-300");
     // The path reader carries the Array<String> reader's trace texts.
-    checkPropertyReader<CIMObjectPath>("Array<String>", path, CIMObjectPath(),
+    checkPropertyReader<CIMObjectPath>(
+        "Array<String>", path, CIMObjectPath(),
         {"<--QEL_Common::getProperty(Array<String>), value = " + str(path.toString()) + "\n"});
-    checkPropertyReader<Array<String>>("Array<String>", names, Array<String>(),
+    checkPropertyReader<Array<String>>(
+        "Array<String>", names, Array<String>(),
         {"<--QEL_Common::getProperty(Array<String>), value = a\n",
-            "<--QEL_Common::getProperty(Array<String>), value = b\n"});
-    checkPropertyReader<Array<Sint32>>("Array<Sint32>", Array<Sint32>(2, -7), Array<Sint32>(),
+         "<--QEL_Common::getProperty(Array<String>), value = b\n"});
+    checkPropertyReader<Array<Sint32>>(
+        "Array<Sint32>", Array<Sint32>(2, -7), Array<Sint32>(),
         {"<--QEL_Common::getProperty(Array<Sint32>)\n"});
-    checkPropertyReader<Array<Uint16>>("Array<Uint16>", Array<Uint16>(1, 2), Array<Uint16>(),
+    checkPropertyReader<Array<Uint16>>(
+        "Array<Uint16>", Array<Uint16>(1, 2), Array<Uint16>(),
         {"<--QEL_Common::getProperty(Array<Uint16>)\n"});
-    checkPropertyReader<Uint64>("uint64", Uint64(18446744073709551615ULL), Uint64(1),
+    checkPropertyReader<Uint64>(
+        "uint64", Uint64(18446744073709551615ULL), Uint64(1),
         {"<--QEL_Common::getProperty(uint64), value = 18446744073709551615\n"});
-    checkPropertyReader<Uint32>("uint32", Uint32(70000), Uint32(1),
+    checkPropertyReader<Uint32>(
+        "uint32", Uint32(70000), Uint32(1),
         {"<--QEL_Common::getProperty(uint32), value = 70000\n"});
-    checkPropertyReader<Uint16>("uint16", Uint16(7), Uint16(99), {"<--QEL_Common::getProperty(uint16), value = 7\n"});
-    checkPropertyReader<Uint8>("uint8", Uint8(255), Uint8(1), {"<--QEL_Common::getProperty(uint8), value = 255\n"});
-    checkPropertyReader<Boolean>("Boolean", true, false, {"<--QEL_Common::getProperty(Boolean), value = 1\n"});
-    checkPropertyReader<CIMDateTime>("CIMDateTime", when, CIMDateTime(),
+    checkPropertyReader<Uint16>(
+        "uint16", Uint16(7), Uint16(99), {"<--QEL_Common::getProperty(uint16), value = 7\n"});
+    checkPropertyReader<Uint8>(
+        "uint8", Uint8(255), Uint8(1), {"<--QEL_Common::getProperty(uint8), value = 255\n"});
+    checkPropertyReader<Boolean>(
+        "Boolean", true, false, {"<--QEL_Common::getProperty(Boolean), value = 1\n"});
+    checkPropertyReader<CIMDateTime>(
+        "CIMDateTime", when, CIMDateTime(),
         {"<--QEL_Common::getProperty(CIMDateTime), value = 20090301140509.000000-300\n"});
 }
 
@@ -99,25 +121,34 @@ TEST(Accessors, EveryGetParameterOverloadSkipsNullsAndNeverReportsFour)
 {
     loadTestArray();
     CIMObjectPath path("QEL_FCPort.DeviceID=\"20110002AC00A001\"");
-    checkParameterReader<Uint8>("Uint8", Uint8(200), Uint8(1),
-        "<--QEL_Common::getParameter(Uint8), paramValue = 200\n");
-    checkParameterReader<Uint16>("Uint16", Uint16(65535), Uint16(1),
+    checkParameterReader<Uint8>(
+        "Uint8", Uint8(200), Uint8(1), "<--QEL_Common::getParameter(Uint8), paramValue = 200\n");
+    checkParameterReader<Uint16>(
+        "Uint16", Uint16(65535), Uint16(1),
         "<--QEL_Common::getParameter(Uint16), paramValue = 65535\n");
-    checkParameterReader<Array<Uint16>>("Array<Uint16>", Array<Uint16>(2, 5), Array<Uint16>(),
+    checkParameterReader<Array<Uint16>>(
+        "Array<Uint16>", Array<Uint16>(2, 5), Array<Uint16>(),
         "<--QEL_Common::getParameter(Array<Uint16>)\n");
-    checkParameterReader<Uint32>("Uint32", Uint32(123456), Uint32(1),
+    checkParameterReader<Uint32>(
+        "Uint32", Uint32(123456), Uint32(1),
         "<--QEL_Common::getParameter(Uint32), paramValue = 123456\n");
-    checkParameterReader<Uint64>("Uint64", Uint64(1ULL << 40), Uint64(1),
+    checkParameterReader<Uint64>(
+        "Uint64", Uint64(1ULL << 40), Uint64(1),
         "<--QEL_Common::getParameter(Uint64), paramValue = 1099511627776\n");
-    checkParameterReader<Boolean>("Boolean", true, false, "<--QEL_Common::getParameter(Boolean), paramValue = 1\n");
-    checkParameterReader<CIMDateTime>("CIMDateTime", CIMDateTime("20240131120000.000000+000"), CIMDateTime(),
+    checkParameterReader<Boolean>(
+        "Boolean", true, false, "<--QEL_Common::getParameter(Boolean), paramValue = 1\n");
+    checkParameterReader<CIMDateTime>(
+        "CIMDateTime", CIMDateTime("20240131120000.000000+000"), CIMDateTime(),
         "<--QEL_Common::getParameter(CIMDateTime), paramValue = 20240131120000.000000+000\n");
-    checkParameterReader<CIMObjectPath>("CIMObjectPath", path, CIMObjectPath(),
+    checkParameterReader<CIMObjectPath>(
+        "CIMObjectPath", path, CIMObjectPath(),
         "<--QEL_Common::getParameter(CIMObjectPath), paramValue = " + str(path.toString()) + "\n");
-    checkParameterReader<String>("String", String("abc"), String("keep"),
+    checkParameterReader<String>(
+        "String", String("abc"), String("keep"),
         "<--QEL_Common::getParameter(String), paramValue = abc\n");
     // Its exit trace has no line end.
-    checkParameterReader<Array<String>>("Array<String>", Array<String>(1, "x"), Array<String>(),
+    checkParameterReader<Array<String>>(
+        "Array<String>", Array<String>(1, "x"), Array<String>(),
         "<--QEL_Common::getParameter(Array<String>)");
 }
 
@@ -133,8 +164,9 @@ TEST(Accessors, ObjectModelErrorsPassThroughAndBadNamesGiveEmptyAnswers)
     CIMInstance uninitialized;
     Uint16 out = 42;
     EXPECT_THROW(QEL_Common::getProperty(uninitialized, "Code", out), UninitializedObjectException);
-    EXPECT_THROW(QEL_Common::getParameter(Array<CIMParamValue>(1, CIMParamValue("Code", CIMValue(Uint32(2)))),
-                     "code", out),
+    EXPECT_THROW(
+        QEL_Common::getParameter(
+            Array<CIMParamValue>(1, CIMParamValue("Code", CIMValue(Uint32(2)))), "code", out),
         TypeMismatchException);
     TraceCapture trace;
     EXPECT_EQ(3u, QEL_Common::getProperty(inst, "Missing", out));
@@ -166,7 +198,10 @@ TEST(Accessors, WritersSetPresentPropertiesAndIgnoreAbsentOnes)
     cls.addProperty(CIMProperty("Ref", CIMValue(CIMTYPE_REFERENCE, false), 0, "QEL_FCPort"));
     TraceCapture trace;
     CIMInstance inst = QEL_Common::buildInstanceSkeleton(cls);
-    EXPECT_EQ((Texts{"-->QEL_Common::_buildInstanceSkeleton()\n", "<--QEL_Common::_buildInstanceSkeleton()\n"}),
+    EXPECT_EQ(
+        (Texts{
+            "-->QEL_Common::_buildInstanceSkeleton()\n",
+            "<--QEL_Common::_buildInstanceSkeleton()\n"}),
         trace.texts());
     const Uint32 count = inst.getPropertyCount();
     EXPECT_EQ(cls.getPropertyCount(), count);

@@ -17,17 +17,26 @@ struct IdentityCase
     const char* demoAnswer;
 };
 
-static std::string text(const String& s) { return (const char*)s.getCString(); }
+static std::string text(const String& s)
+{
+    return (const char*)s.getCString();
+}
 
 const std::vector<IdentityCase> IDENTITY_CASES = {
-    {"GetSystemHostName", false, [](CIMOMHandle& h) { return text(QEL_Common::getSystemHostName(h)); },
-        "demo01.example.net"},
-    {"GetSystemName", false, [](CIMOMHandle&) { return text(QEL_Common::getSystemName()); }, "DEMO01"},
-    {"GetSystemName", true, [](CIMOMHandle& h) { return text(QEL_Common::getSystemName(h)); }, "DEMO01"},
-    {"GetSystemID", false, [](CIMOMHandle&) { return std::to_string(QEL_Common::getSystemID()); }, "1234567"},
-    {"GetSystemType", false, [](CIMOMHandle&) { return std::to_string(QEL_Common::getSystemType()); }, "4"},
-    {"IsQuadPortSystem", true, [](CIMOMHandle& h) { return std::to_string(QEL_Common::isQuadPortSystem(h)); }, "0"},
-    {"GetSystemAddress", true, [](CIMOMHandle& h) { return text(QEL_Common::getSystemAddress(h)); }, "192.168.10.20"},
+    {"GetSystemHostName", false,
+     [](CIMOMHandle& h) { return text(QEL_Common::getSystemHostName(h)); }, "demo01.example.net"},
+    {"GetSystemName", false, [](CIMOMHandle&) { return text(QEL_Common::getSystemName()); },
+     "DEMO01"},
+    {"GetSystemName", true, [](CIMOMHandle& h) { return text(QEL_Common::getSystemName(h)); },
+     "DEMO01"},
+    {"GetSystemID", false, [](CIMOMHandle&) { return std::to_string(QEL_Common::getSystemID()); },
+     "1234567"},
+    {"GetSystemType", false,
+     [](CIMOMHandle&) { return std::to_string(QEL_Common::getSystemType()); }, "4"},
+    {"IsQuadPortSystem", true,
+     [](CIMOMHandle& h) { return std::to_string(QEL_Common::isQuadPortSystem(h)); }, "0"},
+    {"GetSystemAddress", true, [](CIMOMHandle& h) { return text(QEL_Common::getSystemAddress(h)); },
+     "192.168.10.20"},
 };
 
 TEST(Identity, EveryCallAsksTheInternalCacheOverItsOwnLocalConnection)
@@ -42,7 +51,9 @@ TEST(Identity, EveryCallAsksTheInternalCacheOverItsOwnLocalConnection)
         EXPECT_EQ(Texts{"local:" + std::string(c.method)}, server.callNames());
         const MethodCall call = server.calls().at(0);
         EXPECT_EQ("root/PG_Internal", call.nameSpace);
-        EXPECT_EQ("//localhost/root/PG_Internal:QEL_InternalCache.InstanceID=\"localhost-InternalCache\"", call.path);
+        EXPECT_EQ(
+            "//localhost/root/PG_Internal:QEL_InternalCache.InstanceID=\"localhost-InternalCache\"",
+            call.path);
         EXPECT_EQ(0u, call.inCount);
         EXPECT_EQ(1, server.connections());
         EXPECT_EQ(1, server.disconnects());
@@ -52,7 +63,8 @@ TEST(Identity, EveryCallAsksTheInternalCacheOverItsOwnLocalConnection)
     QEL_Common::setPolicy(0xA5A5u);
     EXPECT_EQ(0xA5A5u, QEL_InternalCacheService::getInstance()->getPolicy());
     QEL_Common::setPolicy(before);
-    EXPECT_EQ(String("//h1/root/PG_Internal:QEL_InternalCache.InstanceID=\"S1-InternalCache\""),
+    EXPECT_EQ(
+        String("//h1/root/PG_Internal:QEL_InternalCache.InstanceID=\"S1-InternalCache\""),
         QEL_Common::buildInternalCacheObjectPath("h1", "S1").toString());
 }
 
@@ -76,9 +88,8 @@ TEST(Identity, LocalFailureFallsBackThroughTheHandleOnlyWhereDesigned)
     }
     // The fall-back is tried once; its failure is the caller's.
     ScriptedServer server;
-    server.methods = [](const MethodCall& call, Array<CIMParamValue>&) -> CIMValue {
-        throw CIMException(CIM_ERR_FAILED, String(call.route.c_str()));
-    };
+    server.methods = [](const MethodCall& call, Array<CIMParamValue>&) -> CIMValue
+    { throw CIMException(CIM_ERR_FAILED, String(call.route.c_str())); };
     CIMOMHandle handle = server.handle();
     EXPECT_THROW(QEL_Common::getSystemName(handle), CIMException);
     EXPECT_EQ((Texts{"local:GetSystemName", "cimom:GetSystemName"}), server.callNames());
@@ -89,15 +100,19 @@ TEST(Identity, AnswerIsTakenOnlyFromAValuedFirstEntryOfTheExpectedName)
     loadTestArray();
     const std::vector<std::pair<std::vector<CIMParamValue>, const char*>> cases = {
         {{CIMParamValue("systemname", CIMValue(String("A")))}, "A"},
-        {{CIMParamValue("Other", CIMValue(String("x"))), CIMParamValue("SystemName", CIMValue(String("B")))}, ""},
+        {{CIMParamValue("Other", CIMValue(String("x"))),
+          CIMParamValue("SystemName", CIMValue(String("B")))},
+         ""},
         {{CIMParamValue("SystemName", CIMValue(CIMTYPE_STRING, false))}, ""},
-        {{CIMParamValue("SystemHostName", CIMValue(String("C")))}, ""}, {{}, ""},
+        {{CIMParamValue("SystemHostName", CIMValue(String("C")))}, ""},
+        {{}, ""},
     };
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.second);
         ScriptedServer server;
-        server.methods = [&](const MethodCall&, Array<CIMParamValue>& out) {
+        server.methods = [&](const MethodCall&, Array<CIMParamValue>& out)
+        {
             for (const CIMParamValue& p : c.first)
                 out.append(p);
             return CIMValue(Uint32(1));  // the return value is ignored
@@ -114,7 +129,8 @@ TEST(WellKnownPaths, FoundPathGetsHostAndNamespaceAndLocalFailuresAreRetried)
     loadTestArray();
     ScriptedServer server;
     int localFailure = 0;  // 0 none, 1 CIM error, 2 other error
-    server.names = [&](const std::string& route, const CIMName& cls) {
+    server.names = [&](const std::string& route, const CIMName& cls)
+    {
         if (route == "local" && localFailure == 1)
             throw CIMException(CIM_ERR_FAILED, "enumeration refused");
         if (route == "local" && localFailure == 2)
@@ -128,18 +144,24 @@ TEST(WellKnownPaths, FoundPathGetsHostAndNamespaceAndLocalFailuresAreRetried)
     const String root("//demo01.example.net/root/qel:");
     EXPECT_EQ(root + "QEL_StorageSystem", QEL_Common::getSystemObjectPath(handle).toString());
     EXPECT_EQ(root + "QEL_SystemPackage", QEL_Common::getSystemPkgObjectPath(handle).toString());
-    EXPECT_EQ(root + "QEL_StorageSystemView", QEL_Common::getSystemViewObjectPath(handle).toString());
+    EXPECT_EQ(
+        root + "QEL_StorageSystemView", QEL_Common::getSystemViewObjectPath(handle).toString());
     // The package locator writes neither entry nor exit trace.
-    EXPECT_EQ(trace.texts("ObjectPath"), (Texts{"-->QEL_Common::getSystemObjectPath()\n",
-        "<--QEL_Common::getSystemObjectPath()\n", "-->QEL_Common::getSystemViewObjectPath()\n",
-        "<--QEL_Common::getSystemViewObjectPath()\n"}));
+    EXPECT_EQ(
+        trace.texts("ObjectPath"),
+        (Texts{
+            "-->QEL_Common::getSystemObjectPath()\n", "<--QEL_Common::getSystemObjectPath()\n",
+            "-->QEL_Common::getSystemViewObjectPath()\n",
+            "<--QEL_Common::getSystemViewObjectPath()\n"}));
 
     localFailure = 1;
     EXPECT_FALSE(QEL_Common::getSystemObjectPath(handle).getClassName().isNull());
-    EXPECT_TRUE(trace.has(2, "QEL_Common::getSystemObjectPath: enumeration refused. Trying via cimom.\n"));
+    EXPECT_TRUE(
+        trace.has(2, "QEL_Common::getSystemObjectPath: enumeration refused. Trying via cimom.\n"));
     localFailure = 2;
     EXPECT_FALSE(QEL_Common::getSystemPkgObjectPath(handle).getClassName().isNull());
-    EXPECT_TRUE(trace.has(2, "QEL_Common::getSystemPkgObjectPath: Unknown exception! Trying via cimom\n"));
+    EXPECT_TRUE(
+        trace.has(2, "QEL_Common::getSystemPkgObjectPath: Unknown exception! Trying via cimom\n"));
 }
 
 TEST(WellKnownPaths, MissingInstanceAndFailedFallBack)
@@ -153,7 +175,8 @@ TEST(WellKnownPaths, MissingInstanceAndFailedFallBack)
         EXPECT_TRUE(trace.has(2, "cannot get at system object path\n"));
         EXPECT_FALSE(trace.has(4, "<--QEL_Common::getSystemObjectPath()\n"));
     }
-    server.names = [](const std::string& route, const CIMName&) -> Array<CIMObjectPath> {
+    server.names = [](const std::string& route, const CIMName&) -> Array<CIMObjectPath>
+    {
         if (route == "local")
             throw CannotConnectException("down");
         throw CIMException(CIM_ERR_INVALID_NAMESPACE, "no root/qel");
@@ -163,11 +186,12 @@ TEST(WellKnownPaths, MissingInstanceAndFailedFallBack)
     TraceCapture trace;
     EXPECT_TRUE(QEL_Common::getSystemPkgObjectPath(handle).getClassName().isNull());
     EXPECT_TRUE(QEL_Common::getSystemViewObjectPath(handle).getClassName().isNull());
-    for (const char* line : {"QEL_Common::getSystemPkgObjectPath: no root/qel.\n",
-             "cannot get at system pkg object path\n",
-             "QEL_Common::getSystemViewObjectPath: no root/qel.\n", "cannot get at system view object path\n"})
+    for (const char* line :
+         {"QEL_Common::getSystemPkgObjectPath: no root/qel.\n",
+          "cannot get at system pkg object path\n",
+          "QEL_Common::getSystemViewObjectPath: no root/qel.\n",
+          "cannot get at system view object path\n"})
     {
         EXPECT_TRUE(trace.has(2, line)) << line;
     }
 }
-

@@ -18,7 +18,8 @@ using qeltest::RecordingMethodHandler;
 
 extern "C" CIMProvider* PegasusCreateProvider(const String& providerName);
 
-const char CACHE[] = "//localhost/root/PG_Internal:QEL_InternalCache.InstanceID=\"localhost-InternalCache\"";
+const char CACHE[] =
+    "//localhost/root/PG_Internal:QEL_InternalCache.InstanceID=\"localhost-InternalCache\"";
 
 static CIMPropertyList names(std::initializer_list<const char*> list)
 {
@@ -34,7 +35,11 @@ protected:
     void SetUp() override { service->clearStoredClasses(); }
     void TearDown() override { service->clearStoredClasses(); }
 
-    CIMClass get(const char* ns, const char* cls, bool iq = false, bool ico = false,
+    CIMClass
+    get(const char* ns,
+        const char* cls,
+        bool iq = false,
+        bool ico = false,
         const CIMPropertyList& pl = CIMPropertyList())
     {
         return service->getStoredCIMClass(handle, context, ns, cls, false, iq, ico, pl);
@@ -48,7 +53,15 @@ protected:
 
 TEST_F(ClassCache, OneFetchPerNamespaceClassAndFlags)
 {
-    struct Step { const char* ns; const char* cls; bool iq; bool ico; CIMPropertyList pl; int fetchesAfter; };
+    struct Step
+    {
+        const char* ns;
+        const char* cls;
+        bool iq;
+        bool ico;
+        CIMPropertyList pl;
+        int fetchesAfter;
+    };
     const std::vector<Step> steps = {
         {"root/qel", "QEL_FCPort", false, false, CIMPropertyList(), 1},
         {"ROOT/QEL", "qel_fcport", false, false, CIMPropertyList(), 1},
@@ -103,7 +116,8 @@ TEST(InternalCacheProviderModule, FactoryAcceptsOnlyItsProviderName)
         ASSERT_NE(nullptr, dynamic_cast<CIMMethodProvider*>(p)) << name;
         p->terminate();
     }
-    for (const char* name : {"QEL_InternalCache", "", " QEL_InternalCacheProvider", "QEL_FCPortProvider"})
+    for (const char* name :
+         {"QEL_InternalCache", "", " QEL_InternalCacheProvider", "QEL_FCPortProvider"})
         EXPECT_EQ(nullptr, PegasusCreateProvider(name)) << name;
 }
 
@@ -115,10 +129,13 @@ TEST(InternalCacheProviderModule, ServesOneInstanceAndRefusesEverythingElse)
     qeltest::RecordingInstanceHandler instances;
     qeltest::RecordingObjectPathHandler names;
     provider.getInstance(ctx, CIMObjectPath(CACHE), false, false, CIMPropertyList(), instances);
-    provider.enumerateInstanceNames(ctx, CIMObjectPath("root/PG_Internal:QEL_InternalCache"), names);
+    provider.enumerateInstanceNames(
+        ctx, CIMObjectPath("root/PG_Internal:QEL_InternalCache"), names);
     ASSERT_EQ(1u, instances.delivered.size());
     ASSERT_EQ(1u, names.delivered.size());
-    EXPECT_EQ(String("QEL_InternalCache.InstanceID=\"localhost-InternalCache\""), names.delivered[0].toString());
+    EXPECT_EQ(
+        String("QEL_InternalCache.InstanceID=\"localhost-InternalCache\""),
+        names.delivered[0].toString());
     EXPECT_EQ(names.delivered[0], instances.delivered[0].getPath());
 
     // The identity methods as the QEL_Common helpers use them are tested
@@ -136,13 +153,21 @@ TEST(InternalCacheProviderModule, ServesOneInstanceAndRefusesEverythingElse)
     RecordingMethodHandler h;
     qeltest::RecordingResponseHandler plain;
     const CIMObjectPath cache(CACHE);
-    EXPECT_THROW(provider.invokeMethod(ctx, cache, "GetSystemSerial", none, h), CIMMethodNotFoundException);
-    const CIMObjectPath other("root/PG_Internal:QEL_InternalCache.InstanceID=\"other-InternalCache\"");
-    EXPECT_THROW(provider.invokeMethod(ctx, other, "GetSystemName", none, h), CIMObjectNotFoundException);
-    EXPECT_THROW(provider.enumerateInstances(ctx, CIMObjectPath("root/PG_Internal:QEL_Other"), false, false,
-        CIMPropertyList(), instances), CIMNotSupportedException);
-    EXPECT_THROW(provider.deleteInstance(ctx, CIMObjectPath(CACHE), plain), CIMNotSupportedException);
+    EXPECT_THROW(
+        provider.invokeMethod(ctx, cache, "GetSystemSerial", none, h), CIMMethodNotFoundException);
+    const CIMObjectPath other(
+        "root/PG_Internal:QEL_InternalCache.InstanceID=\"other-InternalCache\"");
+    EXPECT_THROW(
+        provider.invokeMethod(ctx, other, "GetSystemName", none, h), CIMObjectNotFoundException);
+    EXPECT_THROW(
+        provider.enumerateInstances(
+            ctx, CIMObjectPath("root/PG_Internal:QEL_Other"), false, false, CIMPropertyList(),
+            instances),
+        CIMNotSupportedException);
+    EXPECT_THROW(
+        provider.deleteInstance(ctx, CIMObjectPath(CACHE), plain), CIMNotSupportedException);
     ASSERT_TRUE(qelsim::injectFault("api_getSystemIdentity", API_ERR_IO, 1).ok);
-    EXPECT_THROW(provider.invokeMethod(ctx, cache, "GetSystemName", none, h), CIMOperationFailedException);
+    EXPECT_THROW(
+        provider.invokeMethod(ctx, cache, "GetSystemName", none, h), CIMOperationFailedException);
     EXPECT_TRUE(h.record.untouched());
 }

@@ -21,7 +21,8 @@ namespace qeltest
 using namespace Pegasus;
 
 // One ResponseHandler part for all handler kinds (virtual inheritance).
-class RecordingHandler : public InstanceResponseHandler, public ObjectPathResponseHandler,
+class RecordingHandler : public InstanceResponseHandler,
+                         public ObjectPathResponseHandler,
                          public MethodResultResponseHandler
 {
 public:
@@ -64,7 +65,8 @@ private:
     std::vector<std::string> _calls;
 };
 
-inline CIMValue answerMethod(const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
+inline CIMValue
+answerMethod(const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
 {
     out.append(CIMParamValue("Method", CIMValue(method.getString())));
     return CIMValue(Uint32(in.size()));
@@ -73,33 +75,121 @@ inline CIMValue answerMethod(const CIMName& method, const Array<CIMParamValue>& 
 class RecordingHost : public CIMOMHandleRep, public CallLog
 {
 public:
-    CIMClass getClass(const OperationContext&, const CIMNamespaceName& ns, const CIMName& cls, Boolean,
-        Boolean, Boolean, const CIMPropertyList&) override { record("getClass", ns); return CIMClass(cls); }
-    CIMInstance getInstance(const OperationContext&, const CIMNamespaceName& ns, const CIMObjectPath& path,
-        Boolean, Boolean, Boolean, const CIMPropertyList&) override
-    { record("getInstance", ns); return CIMInstance(path.getClassName()); }
-    Array<CIMInstance> enumerateInstances(const OperationContext&, const CIMNamespaceName& ns, const CIMName&,
-        Boolean, Boolean, Boolean, Boolean, const CIMPropertyList&) override
-    { record("enumerateInstances", ns); return {}; }
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext&, const CIMNamespaceName& ns,
+    CIMClass getClass(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMName& cls,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("getClass", ns);
+        return CIMClass(cls);
+    }
+    CIMInstance getInstance(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath& path,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("getInstance", ns);
+        return CIMInstance(path.getClassName());
+    }
+    Array<CIMInstance> enumerateInstances(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMName&,
+        Boolean,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("enumerateInstances", ns);
+        return {};
+    }
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
         const CIMName& cls) override
-    { record("enumerateInstanceNames", ns); return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString())); }
-    void modifyInstance(const OperationContext&, const CIMNamespaceName& ns, const CIMInstance&, Boolean,
-        const CIMPropertyList&) override { record("modifyInstance", ns); }
-    Array<CIMObject> associators(const OperationContext&, const CIMNamespaceName& ns, const CIMObjectPath&,
-        const CIMName&, const CIMName&, const String&, const String&, Boolean, Boolean,
-        const CIMPropertyList&) override { record("associators", ns); return {}; }
-    Array<CIMObjectPath> associatorNames(const OperationContext&, const CIMNamespaceName& ns,
-        const CIMObjectPath&, const CIMName&, const CIMName&, const String&, const String&) override
-    { record("associatorNames", ns); return {}; }
-    Array<CIMObject> references(const OperationContext&, const CIMNamespaceName& ns, const CIMObjectPath&,
-        const CIMName&, const String&, Boolean, Boolean, const CIMPropertyList&) override
-    { record("references", ns); return {}; }
-    Array<CIMObjectPath> referenceNames(const OperationContext&, const CIMNamespaceName& ns,
-        const CIMObjectPath&, const CIMName&, const String&) override { record("referenceNames", ns); return {}; }
-    CIMValue invokeMethod(const OperationContext&, const CIMNamespaceName& ns, const CIMObjectPath&,
-        const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
-    { record("invokeMethod", ns); return answerMethod(method, in, out); }
+    {
+        record("enumerateInstanceNames", ns);
+        return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString()));
+    }
+    void modifyInstance(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMInstance&,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("modifyInstance", ns);
+    }
+    Array<CIMObject> associators(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const CIMName&,
+        const String&,
+        const String&,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("associators", ns);
+        return {};
+    }
+    Array<CIMObjectPath> associatorNames(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const CIMName&,
+        const String&,
+        const String&) override
+    {
+        record("associatorNames", ns);
+        return {};
+    }
+    Array<CIMObject> references(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const String&,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("references", ns);
+        return {};
+    }
+    Array<CIMObjectPath> referenceNames(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const String&) override
+    {
+        record("referenceNames", ns);
+        return {};
+    }
+    CIMValue invokeMethod(
+        const OperationContext&,
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName& method,
+        const Array<CIMParamValue>& in,
+        Array<CIMParamValue>& out) override
+    {
+        record("invokeMethod", ns);
+        return answerMethod(method, in, out);
+    }
 };
 
 struct TransportLog : CallLog
@@ -115,31 +205,115 @@ public:
     ~FakeTransport() override { _log->closed++; }
     std::unique_ptr<CIMException> failWith;  // when set, every operation throws it
     void setTimeout(Uint32 ms) override { _log->timeouts.push_back(ms); }
-    CIMClass getClass(const CIMNamespaceName& ns, const CIMName& cls, Boolean, Boolean, Boolean,
-        const CIMPropertyList&) override { record("getClass", ns); return CIMClass(cls); }
-    CIMInstance getInstance(const CIMNamespaceName& ns, const CIMObjectPath& path, Boolean, Boolean, Boolean,
-        const CIMPropertyList&) override { record("getInstance", ns); return CIMInstance(path.getClassName()); }
-    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& ns, const CIMName&, Boolean, Boolean,
-        Boolean, Boolean, const CIMPropertyList&) override { record("enumerateInstances", ns); return {}; }
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cls) override
-    { record("enumerateInstanceNames", ns); return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString())); }
+    CIMClass getClass(
+        const CIMNamespaceName& ns,
+        const CIMName& cls,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("getClass", ns);
+        return CIMClass(cls);
+    }
+    CIMInstance getInstance(
+        const CIMNamespaceName& ns,
+        const CIMObjectPath& path,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("getInstance", ns);
+        return CIMInstance(path.getClassName());
+    }
+    Array<CIMInstance> enumerateInstances(
+        const CIMNamespaceName& ns,
+        const CIMName&,
+        Boolean,
+        Boolean,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("enumerateInstances", ns);
+        return {};
+    }
+    Array<CIMObjectPath>
+    enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cls) override
+    {
+        record("enumerateInstanceNames", ns);
+        return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString()));
+    }
     CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& inst) override
-    { record("createInstance", ns); return CIMObjectPath(inst.getClassName().getString()); }
-    void modifyInstance(const CIMNamespaceName& ns, const CIMInstance&, Boolean, const CIMPropertyList&) override
-    { record("modifyInstance", ns); }
-    void deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath&) override { record("deleteInstance", ns); }
-    Array<CIMObject> associators(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&,
-        const CIMName&, const String&, const String&, Boolean, Boolean, const CIMPropertyList&) override
-    { record("associators", ns); return {}; }
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&,
-        const CIMName&, const String&, const String&) override { record("associatorNames", ns); return {}; }
-    Array<CIMObject> references(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&,
-        const String&, Boolean, Boolean, const CIMPropertyList&) override { record("references", ns); return {}; }
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&,
-        const String&) override { record("referenceNames", ns); return {}; }
-    CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName& method,
-        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
-    { record("invokeMethod", ns); return answerMethod(method, in, out); }
+    {
+        record("createInstance", ns);
+        return CIMObjectPath(inst.getClassName().getString());
+    }
+    void
+    modifyInstance(const CIMNamespaceName& ns, const CIMInstance&, Boolean, const CIMPropertyList&)
+        override
+    {
+        record("modifyInstance", ns);
+    }
+    void deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath&) override
+    {
+        record("deleteInstance", ns);
+    }
+    Array<CIMObject> associators(
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const CIMName&,
+        const String&,
+        const String&,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("associators", ns);
+        return {};
+    }
+    Array<CIMObjectPath> associatorNames(
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const CIMName&,
+        const String&,
+        const String&) override
+    {
+        record("associatorNames", ns);
+        return {};
+    }
+    Array<CIMObject> references(
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName&,
+        const String&,
+        Boolean,
+        Boolean,
+        const CIMPropertyList&) override
+    {
+        record("references", ns);
+        return {};
+    }
+    Array<CIMObjectPath>
+    referenceNames(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&, const String&)
+        override
+    {
+        record("referenceNames", ns);
+        return {};
+    }
+    CIMValue invokeMethod(
+        const CIMNamespaceName& ns,
+        const CIMObjectPath&,
+        const CIMName& method,
+        const Array<CIMParamValue>& in,
+        Array<CIMParamValue>& out) override
+    {
+        record("invokeMethod", ns);
+        return answerMethod(method, in, out);
+    }
 
 private:
     void record(const char* op, const CIMNamespaceName& ns)
@@ -158,7 +332,10 @@ class FactoryGuard
 {
 public:
     FactoryGuard(TcpTransportFactory tcp, LocalTransportFactory local)
-        : _tcp(setTcpTransportFactory(std::move(tcp))), _local(setLocalTransportFactory(std::move(local))) {}
+        : _tcp(setTcpTransportFactory(std::move(tcp))),
+          _local(setLocalTransportFactory(std::move(local)))
+    {
+    }
     ~FactoryGuard()
     {
         setTcpTransportFactory(std::move(_tcp));

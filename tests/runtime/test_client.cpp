@@ -9,9 +9,9 @@
 using namespace Pegasus;
 using qeltest::FactoryGuard;
 using qeltest::FakeTransport;
-using qeltest::TransportLog;
 using qeltest::str;
 using qeltest::thrownMessage;
+using qeltest::TransportLog;
 
 namespace
 {
@@ -25,7 +25,8 @@ struct FakeServer
     Uint32 port = 0, timeout = 0;
     int localConnects = 0;
     FactoryGuard guard{
-        [this](const String& h, Uint32 p, const String& u, const String& pw, Uint32 t) {
+        [this](const String& h, Uint32 p, const String& u, const String& pw, Uint32 t)
+        {
             host = str(h);
             port = p;
             user = str(u);
@@ -33,7 +34,8 @@ struct FakeServer
             timeout = t;
             return std::unique_ptr<ClientTransport>(new FakeTransport(log));
         },
-        [this](Uint32 t) {
+        [this](Uint32 t)
+        {
             localConnects++;
             timeout = t;
             return std::unique_ptr<ClientTransport>(new FakeTransport(log));
@@ -49,7 +51,8 @@ std::vector<std::pair<std::string, std::function<void(CIMClient&)>>> allClientCa
         {"getClass", [](CIMClient& c) { c.getClass(ns, "QEL_FCPort"); }},
         {"getInstance", [](CIMClient& c) { c.getInstance(ns, path); }},
         {"enumerateInstances", [](CIMClient& c) { c.enumerateInstances(ns, "QEL_FCPort"); }},
-        {"enumerateInstanceNames", [](CIMClient& c) { c.enumerateInstanceNames(ns, "QEL_FCPort"); }},
+        {"enumerateInstanceNames",
+         [](CIMClient& c) { c.enumerateInstanceNames(ns, "QEL_FCPort"); }},
         {"createInstance", [](CIMClient& c) { c.createInstance(ns, CIMInstance("QEL_X")); }},
         {"modifyInstance", [](CIMClient& c) { c.modifyInstance(ns, CIMInstance("QEL_X")); }},
         {"deleteInstance", [](CIMClient& c) { c.deleteInstance(ns, path); }},
@@ -58,7 +61,8 @@ std::vector<std::pair<std::string, std::function<void(CIMClient&)>>> allClientCa
         {"references", [](CIMClient& c) { c.references(ns, path); }},
         {"referenceNames", [](CIMClient& c) { c.referenceNames(ns, path); }},
         {"invokeMethod",
-         [](CIMClient& c) {
+         [](CIMClient& c)
+         {
              Array<CIMParamValue> out;
              c.invokeMethod(ns, path, "Reset", Array<CIMParamValue>(), out);
          }},
@@ -70,20 +74,25 @@ TEST(ClientConnect, MissingOrFailingTransportsLeaveTheClientDisconnected)
     {
         FactoryGuard none{TcpTransportFactory(), LocalTransportFactory()};
         CIMClient client;
-        EXPECT_EQ(thrownMessage<CannotConnectException>([&] { client.connect("array1", 5988, "u", "p"); }),
+        EXPECT_EQ(
+            thrownMessage<CannotConnectException>([&]
+                                                  { client.connect("array1", 5988, "u", "p"); }),
             "Cannot connect to array1:5988: no CIM-XML transport is installed in this process");
-        EXPECT_EQ(thrownMessage<CannotConnectException>([&] { client.connectLocal(); }),
+        EXPECT_EQ(
+            thrownMessage<CannotConnectException>([&] { client.connectLocal(); }),
             "Cannot connect to the local CIM server: no local transport is installed in this process");
     }
     FactoryGuard failing{
-        [](const String& host, Uint32, const String&, const String&, Uint32) -> std::unique_ptr<ClientTransport> {
-            throw CannotConnectException("connection refused by " + host);
-        },
+        [](const String& host, Uint32, const String&, const String&,
+           Uint32) -> std::unique_ptr<ClientTransport>
+        { throw CannotConnectException("connection refused by " + host); },
         [](Uint32) { return std::unique_ptr<ClientTransport>(); }};
     CIMClient client;
-    EXPECT_EQ(thrownMessage<CannotConnectException>([&] { client.connect("array1", 5988, "", ""); }),
+    EXPECT_EQ(
+        thrownMessage<CannotConnectException>([&] { client.connect("array1", 5988, "", ""); }),
         "connection refused by array1");
-    EXPECT_EQ(thrownMessage<CannotConnectException>([&] { client.connectLocal(); }),
+    EXPECT_EQ(
+        thrownMessage<CannotConnectException>([&] { client.connectLocal(); }),
         "Cannot connect to the local CIM server: the transport factory returned no connection");
     EXPECT_THROW(client.getInstance("root/qel", CIMObjectPath("X")), NotConnectedException);
 }
@@ -98,7 +107,9 @@ TEST(ClientConnect, StateRulesFactoryArgumentsAndHostDefault)
     client.connectLocal();
     EXPECT_EQ(server.localConnects, 1);
     EXPECT_EQ(server.timeout, 20000u);  // the default
-    EXPECT_EQ(thrownMessage<AlreadyConnectedException>([&] { client.connect("h", 1, "", ""); }), "already connected");
+    EXPECT_EQ(
+        thrownMessage<AlreadyConnectedException>([&] { client.connect("h", 1, "", ""); }),
+        "already connected");
     EXPECT_THROW(client.connectLocal(), AlreadyConnectedException);
     client.setTimeout(300);
     EXPECT_EQ(server.log->timeouts, std::vector<Uint32>{300});
@@ -110,8 +121,14 @@ TEST(ClientConnect, StateRulesFactoryArgumentsAndHostDefault)
     EXPECT_EQ(server.timeout, 400u);
 
     // The factory gets the arguments; with a port, an empty host means localhost.
-    struct { const char* host; Uint32 port; const char* expected; } cases[] = {
-        {"array1", 5989, "array1:5989 admin/secret 1500"}, {"", 5988, "localhost:5988 admin/secret 1500"},
+    struct
+    {
+        const char* host;
+        Uint32 port;
+        const char* expected;
+    } cases[] = {
+        {"array1", 5989, "array1:5989 admin/secret 1500"},
+        {"", 5988, "localhost:5988 admin/secret 1500"},
         {"", 0, ":0 admin/secret 1500"}};
     for (const auto& c : cases)
     {
@@ -119,8 +136,10 @@ TEST(ClientConnect, StateRulesFactoryArgumentsAndHostDefault)
         CIMClient client;
         client.setTimeout(1500);
         client.connect(c.host, c.port, "admin", "secret");
-        EXPECT_EQ(server.host + ":" + std::to_string(server.port) + " " + server.user + "/" + server.password +
-                " " + std::to_string(server.timeout), c.expected);
+        EXPECT_EQ(
+            server.host + ":" + std::to_string(server.port) + " " + server.user + "/" +
+                server.password + " " + std::to_string(server.timeout),
+            c.expected);
     }
 }
 
@@ -131,7 +150,8 @@ TEST(ClientOperations, EveryOperationNeedsAConnectionAndReachesTheTransport)
     for (auto& call : allClientCalls())
     {
         SCOPED_TRACE(call.first);
-        EXPECT_EQ(thrownMessage<NotConnectedException>([&] { call.second(client); }), "not connected");
+        EXPECT_EQ(
+            thrownMessage<NotConnectedException>([&] { call.second(client); }), "not connected");
     }
     EXPECT_TRUE(server.log->calls().empty());
     client.connectLocal();
@@ -148,11 +168,14 @@ TEST(ClientOperations, EveryOperationNeedsAConnectionAndReachesTheTransport)
 TEST(ClientOperations, ResultsAndCIMErrorsPassThrough)
 {
     auto log = std::make_shared<TransportLog>();
-    FactoryGuard guard{TcpTransportFactory(), [log](Uint32) {
-        auto t = std::unique_ptr<FakeTransport>(new FakeTransport(log));
-        t->failWith.reset(new CIMException(CIM_ERR_NOT_FOUND, "CIM_ERR_NOT_FOUND: no such port"));
-        return std::unique_ptr<ClientTransport>(std::move(t));
-    }};
+    FactoryGuard guard{
+        TcpTransportFactory(), [log](Uint32)
+        {
+            auto t = std::unique_ptr<FakeTransport>(new FakeTransport(log));
+            t->failWith.reset(
+                new CIMException(CIM_ERR_NOT_FOUND, "CIM_ERR_NOT_FOUND: no such port"));
+            return std::unique_ptr<ClientTransport>(std::move(t));
+        }};
     CIMClient failing;
     failing.connectLocal();
     try

@@ -68,35 +68,47 @@ std::vector<HandleCall> allHandleCalls()
     static const CIMObjectPath path("QEL_FCPort.DeviceID=\"A\"");
     static const CIMPropertyList all;
     return {
-        {"getClass", 'F', [](CIMOMHandle& h) { h.getClass(ctx, ns, "QEL_FCPort", false, true, false, all); }},
-        {"getInstance", 'F', [](CIMOMHandle& h) { h.getInstance(ctx, ns, path, false, false, false, all); }},
+        {"getClass", 'F',
+         [](CIMOMHandle& h) { h.getClass(ctx, ns, "QEL_FCPort", false, true, false, all); }},
+        {"getInstance", 'F',
+         [](CIMOMHandle& h) { h.getInstance(ctx, ns, path, false, false, false, all); }},
         {"enumerateInstances", 'F',
-         [](CIMOMHandle& h) { h.enumerateInstances(ctx, ns, "QEL_FCPort", true, false, false, false, all); }},
-        {"enumerateInstanceNames", 'F', [](CIMOMHandle& h) { h.enumerateInstanceNames(ctx, ns, "QEL_FCPort"); }},
+         [](CIMOMHandle& h)
+         { h.enumerateInstances(ctx, ns, "QEL_FCPort", true, false, false, false, all); }},
+        {"enumerateInstanceNames", 'F',
+         [](CIMOMHandle& h) { h.enumerateInstanceNames(ctx, ns, "QEL_FCPort"); }},
         {"modifyInstance", 'F',
          [](CIMOMHandle& h) { h.modifyInstance(ctx, ns, CIMInstance("QEL_FCPort"), false, all); }},
         {"associators", 'F',
-         [](CIMOMHandle& h) { h.associators(ctx, ns, path, CIMName(), CIMName(), "", "", false, false, all); }},
+         [](CIMOMHandle& h)
+         { h.associators(ctx, ns, path, CIMName(), CIMName(), "", "", false, false, all); }},
         {"associatorNames", 'F',
          [](CIMOMHandle& h) { h.associatorNames(ctx, ns, path, CIMName(), CIMName(), "", ""); }},
-        {"references", 'F', [](CIMOMHandle& h) { h.references(ctx, ns, path, CIMName(), "", false, false, all); }},
-        {"referenceNames", 'F', [](CIMOMHandle& h) { h.referenceNames(ctx, ns, path, CIMName(), ""); }},
+        {"references", 'F',
+         [](CIMOMHandle& h) { h.references(ctx, ns, path, CIMName(), "", false, false, all); }},
+        {"referenceNames", 'F',
+         [](CIMOMHandle& h) { h.referenceNames(ctx, ns, path, CIMName(), ""); }},
         {"invokeMethod", 'F',
-         [](CIMOMHandle& h) {
+         [](CIMOMHandle& h)
+         {
              Array<CIMParamValue> out;
              h.invokeMethod(ctx, ns, path, "Reset", Array<CIMParamValue>(), out);
          }},
         {"enumerateClasses", 'U',
          [](CIMOMHandle& h) { h.enumerateClasses(ctx, ns, CIMName(), true, false, true, false); }},
-        {"enumerateClassNames", 'U', [](CIMOMHandle& h) { h.enumerateClassNames(ctx, ns, CIMName(), true); }},
+        {"enumerateClassNames", 'U',
+         [](CIMOMHandle& h) { h.enumerateClassNames(ctx, ns, CIMName(), true); }},
         {"createClass", 'U', [](CIMOMHandle& h) { h.createClass(ctx, ns, CIMClass("QEL_X")); }},
         {"modifyClass", 'U', [](CIMOMHandle& h) { h.modifyClass(ctx, ns, CIMClass("QEL_X")); }},
         {"deleteClass", 'U', [](CIMOMHandle& h) { h.deleteClass(ctx, ns, "QEL_X"); }},
-        {"createInstance", 'U', [](CIMOMHandle& h) { h.createInstance(ctx, ns, CIMInstance("QEL_X")); }},
+        {"createInstance", 'U',
+         [](CIMOMHandle& h) { h.createInstance(ctx, ns, CIMInstance("QEL_X")); }},
         {"deleteInstance", 'U', [](CIMOMHandle& h) { h.deleteInstance(ctx, ns, path); }},
-        {"execQuery", 'U', [](CIMOMHandle& h) { h.execQuery(ctx, ns, "WQL", "SELECT * FROM QEL_FCPort"); }},
+        {"execQuery", 'U',
+         [](CIMOMHandle& h) { h.execQuery(ctx, ns, "WQL", "SELECT * FROM QEL_FCPort"); }},
         {"getProperty", 'U', [](CIMOMHandle& h) { h.getProperty(ctx, ns, path, "Speed"); }},
-        {"setProperty", 'U', [](CIMOMHandle& h) { h.setProperty(ctx, ns, path, "Speed", CIMValue(Uint64(1))); }},
+        {"setProperty", 'U',
+         [](CIMOMHandle& h) { h.setProperty(ctx, ns, path, "Speed", CIMValue(Uint64(1))); }},
         {"disallowProviderUnload", 'S', [](CIMOMHandle& h) { h.disallowProviderUnload(); }},
         {"allowProviderUnload", 'S', [](CIMOMHandle& h) { h.allowProviderUnload(); }},
         {"getResponseContext", 'S', [](CIMOMHandle& h) { h.getResponseContext(); }},
@@ -127,8 +139,8 @@ TEST(CIMOMHandleTest, DetachedFailsAttachedForwardsCopiesShareTheHost)
     {
         SCOPED_TRACE(c.name);
         const size_t before = host->calls().size();
-        const std::string refusal =
-            "CIM_ERR_NOT_SUPPORTED: " + std::string(c.name) + " is not supported through this CIMOMHandle";
+        const std::string refusal = "CIM_ERR_NOT_SUPPORTED: " + std::string(c.name) +
+                                    " is not supported through this CIMOMHandle";
         EXPECT_EQ(failure([&] { c.call(copy); }), c.kind == 'U' ? refusal : "");
         ASSERT_EQ(host->calls().size(), before + (c.kind == 'F' ? 1 : 0));
         EXPECT_TRUE(c.kind != 'F' || host->calls().back() == c.name + std::string("@root/qel"));
@@ -138,7 +150,8 @@ TEST(CIMOMHandleTest, DetachedFailsAttachedForwardsCopiesShareTheHost)
     OperationContext ctx;
     Array<CIMParamValue> in(2, CIMParamValue("X", CIMValue(true)));
     Array<CIMParamValue> out;
-    EXPECT_TRUE(handle.invokeMethod(ctx, "root/qel", CIMObjectPath("QEL_X"), "Reset", in, out) ==
+    EXPECT_TRUE(
+        handle.invokeMethod(ctx, "root/qel", CIMObjectPath("QEL_X"), "Reset", in, out) ==
         CIMValue(Uint32(2)));
     ASSERT_EQ(out.size(), 1u);
     EXPECT_EQ(str(out[0].getParameterName()), "Method");
@@ -146,13 +159,16 @@ TEST(CIMOMHandleTest, DetachedFailsAttachedForwardsCopiesShareTheHost)
     // A detached handle fails every call.
     CIMOMHandle detached;
     for (auto& c : allHandleCalls())
-        EXPECT_EQ(failure([&] { c.call(detached); }), "CIM_ERR_FAILED: CIMOMHandle is not attached to a CIM server")
+        EXPECT_EQ(
+            failure([&] { c.call(detached); }),
+            "CIM_ERR_FAILED: CIMOMHandle is not attached to a CIM server")
             << c.name;
 }
 
 TEST(ProviderModule, LoadedAndDrivenAsByTheServer)
 {
-    std::unique_ptr<void, int (*)(void*)> module(dlopen(QEL_TRIVIAL_PROVIDER_PATH, RTLD_NOW), dlclose);
+    std::unique_ptr<void, int (*)(void*)> module(
+        dlopen(QEL_TRIVIAL_PROVIDER_PATH, RTLD_NOW), dlclose);
     ASSERT_TRUE(module) << dlerror();
     typedef CIMProvider* (*CreateFn)(const String&);
     CreateFn create = reinterpret_cast<CreateFn>(dlsym(module.get(), "PegasusCreateProvider"));
@@ -179,7 +195,9 @@ TEST(ProviderModule, LoadedAndDrivenAsByTheServer)
     EXPECT_EQ(str(names.paths[0].toString()), "root/qel:QEL_Trivial.Name=\"only\"");
     EXPECT_EQ(names.processingCalls, 1);
     EXPECT_EQ(names.completeCalls, 1);
-    EXPECT_EQ(failure([&] { instances->createInstance(ctx, classRef, CIMInstance("QEL_Trivial"), names); }),
+    EXPECT_EQ(
+        failure([&]
+                { instances->createInstance(ctx, classRef, CIMInstance("QEL_Trivial"), names); }),
         "CIM_ERR_NOT_SUPPORTED: TrivialProvider does not support createInstance.");
     RecordingHandler result;
     Array<CIMParamValue> in(1, CIMParamValue("text", CIMValue(String("hello"))));

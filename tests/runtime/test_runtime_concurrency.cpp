@@ -44,18 +44,24 @@ TEST(SharedObjects, OneClassBuildsInstancesInManyThreads)
     names.append("SystemName");
     const CIMPropertyList keysOnly(names);
     std::atomic<int> wrong{0};
-    runThreads([&](int t) {
-        for (int i = 0; i < kRounds; i++)
+    runThreads(
+        [&](int t)
         {
-            CIMInstance inst = cls.buildInstance(i % 3 == 0, true, (i % 2) ? keysOnly : CIMPropertyList());
-            std::string id = std::to_string(t) + "-" + std::to_string(i);
-            inst.getProperty(inst.findProperty("DeviceID")).setValue(CIMValue(String(id.c_str())));
-            inst.getProperty(inst.findProperty("SystemName")).setValue(CIMValue(String("array1")));
-            if (str(inst.buildPath(cls).toString()) != "QEL_FCPort.DeviceID=\"" + id + "\",SystemName=\"array1\"" ||
-                inst.getPropertyCount() != ((i % 2) ? 2u : 3u))
-                wrong++;
-        }
-    });
+            for (int i = 0; i < kRounds; i++)
+            {
+                CIMInstance inst =
+                    cls.buildInstance(i % 3 == 0, true, (i % 2) ? keysOnly : CIMPropertyList());
+                std::string id = std::to_string(t) + "-" + std::to_string(i);
+                inst.getProperty(inst.findProperty("DeviceID"))
+                    .setValue(CIMValue(String(id.c_str())));
+                inst.getProperty(inst.findProperty("SystemName"))
+                    .setValue(CIMValue(String("array1")));
+                if (str(inst.buildPath(cls).toString()) !=
+                        "QEL_FCPort.DeviceID=\"" + id + "\",SystemName=\"array1\"" ||
+                    inst.getPropertyCount() != ((i % 2) ? 2u : 3u))
+                    wrong++;
+            }
+        });
     EXPECT_EQ(wrong.load(), 0);
     EXPECT_TRUE(cls.getProperty(0).getValue().isNull());  // the shared class is untouched
 }
@@ -65,16 +71,19 @@ TEST(SharedObjects, HandleCopiesUsedFromManyThreads)
     auto host = std::make_shared<qeltest::RecordingHost>();
     const CIMOMHandle stored(host);  // what a provider keeps after initialize
     std::atomic<int> wrong{0};
-    runThreads([&](int) {
-        const OperationContext ctx;
-        for (int i = 0; i < kRounds; i++)
+    runThreads(
+        [&](int)
         {
-            CIMOMHandle copy = stored;
-            CIMClass c = copy.getClass(ctx, "root/qel", "QEL_FCPort", false, true, false, CIMPropertyList());
-            if (str(c.getClassName().getString()) != "QEL_FCPort")
-                wrong++;
-        }
-    });
+            const OperationContext ctx;
+            for (int i = 0; i < kRounds; i++)
+            {
+                CIMOMHandle copy = stored;
+                CIMClass c = copy.getClass(
+                    ctx, "root/qel", "QEL_FCPort", false, true, false, CIMPropertyList());
+                if (str(c.getClassName().getString()) != "QEL_FCPort")
+                    wrong++;
+            }
+        });
     EXPECT_EQ(wrong.load(), 0);
     EXPECT_EQ(host->calls().size(), size_t(kThreads * kRounds));
 }
@@ -83,26 +92,29 @@ TEST(SharedObjects, FactoriesReplacedWhileClientsConnect)
 {
     auto log = std::make_shared<qeltest::TransportLog>();
     std::atomic<int> made{0};
-    auto factory = [&made, log](Uint32) {
+    auto factory = [&made, log](Uint32)
+    {
         made++;
         return std::unique_ptr<ClientTransport>(new qeltest::FakeTransport(log));
     };
     LocalTransportFactory previous = setLocalTransportFactory(factory);
     std::atomic<int> connected{0};
-    runThreads([&](int t) {
-        for (int i = 0; i < kRounds; i++)
+    runThreads(
+        [&](int t)
         {
-            if (t == 0)
+            for (int i = 0; i < kRounds; i++)
             {
-                setLocalTransportFactory(factory);
-                continue;
+                if (t == 0)
+                {
+                    setLocalTransportFactory(factory);
+                    continue;
+                }
+                CIMClient client;
+                client.connectLocal();
+                connected++;
+                client.disconnect();
             }
-            CIMClient client;
-            client.connectLocal();
-            connected++;
-            client.disconnect();
-        }
-    });
+        });
     setLocalTransportFactory(previous);
     EXPECT_EQ(connected.load(), (kThreads - 1) * kRounds);
     EXPECT_EQ(made.load(), (kThreads - 1) * kRounds);

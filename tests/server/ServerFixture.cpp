@@ -4,30 +4,50 @@
 
 using namespace Pegasus;
 
-namespace servertest {
+namespace servertest
+{
 
-std::vector<std::string> providerDirectories() {
+std::vector<std::string> providerDirectories()
+{
     std::vector<std::string> dirs = {QEL_SERVER_TEST_PROVIDER_DIR};
 #ifdef QEL_ARRAY_PROVIDER_DIRS
-    for (const char* dir : {QEL_ARRAY_PROVIDER_DIRS}) dirs.push_back(dir);
+    for (const char* dir : {QEL_ARRAY_PROVIDER_DIRS})
+        dirs.push_back(dir);
 #endif
     return dirs;
 }
 
-std::string schemaRoot() { return QEL_SCHEMA_ROOT; }
-std::string testSchema() { return QEL_SERVER_TEST_MOF; }
+std::string schemaRoot()
+{
+    return QEL_SCHEMA_ROOT;
+}
+std::string testSchema()
+{
+    return QEL_SERVER_TEST_MOF;
+}
 
-std::string text(const String& s) { return std::string(static_cast<const char*>(s.getCString())); }
+std::string text(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
 
-CIMException cimErrorOf(const std::function<void()>& call) {
-    try {
+CIMException cimErrorOf(const std::function<void()>& call)
+{
+    try
+    {
         call();
         ADD_FAILURE() << "expected a CIMException, nothing was thrown";
-    } catch (const CIMException& e) {
+    }
+    catch (const CIMException& e)
+    {
         return e;
-    } catch (const Exception& e) {
+    }
+    catch (const Exception& e)
+    {
         ADD_FAILURE() << "expected a CIMException, got Exception: " << text(e.getMessage());
-    } catch (...) {
+    }
+    catch (...)
+    {
         ADD_FAILURE() << "expected a CIMException, got another exception";
     }
     return CIMException(CIM_ERR_SUCCESS);
@@ -35,20 +55,25 @@ CIMException cimErrorOf(const std::function<void()>& call) {
 
 const CIMNamespaceName ServerTest::ns("root/servertest");
 
-CIMObjectPath item(const char* id, const char* className) {
-    return CIMObjectPath(String(), CIMNamespaceName(), className,
-                         Array<CIMKeyBinding>(1, CIMKeyBinding("Id", id, CIMKeyBinding::STRING)));
+CIMObjectPath item(const char* id, const char* className)
+{
+    return CIMObjectPath(
+        String(), CIMNamespaceName(), className,
+        Array<CIMKeyBinding>(1, CIMKeyBinding("Id", id, CIMKeyBinding::STRING)));
 }
 
-void ServerTest::SetUp() {
+void ServerTest::SetUp()
+{
     servertest::reset();
     log = std::make_unique<LogCapture>();
     context = Dispatcher::requestContext("alice", "192.0.2.7");
     restart();
 }
 
-void ServerTest::restart(const std::vector<std::string>& extraMof) {
-    if (_server) _server->stop();
+void ServerTest::restart(const std::vector<std::string>& extraMof)
+{
+    if (_server)
+        _server->stop();
     CIMServerOptions options;
     options.mofFiles = {schemaRoot(), testSchema()};
     options.mofFiles.insert(options.mofFiles.end(), extraMof.begin(), extraMof.end());
@@ -59,10 +84,12 @@ void ServerTest::restart(const std::vector<std::string>& extraMof) {
     _server->start();
 }
 
-void ServerTest::TearDown() {
-    if (_server) _server->stop();
+void ServerTest::TearDown()
+{
+    if (_server)
+        _server->stop();
     _server.reset();
     log.reset();
 }
 
-} // namespace servertest
+}  // namespace servertest

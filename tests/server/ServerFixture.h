@@ -21,7 +21,8 @@
 #include <string>
 #include <vector>
 
-namespace servertest {
+namespace servertest
+{
 
 // Paths of the build, given by CMake.
 std::vector<std::string> providerDirectories();
@@ -39,26 +40,35 @@ Pegasus::CIMObjectPath item(const char* id, const char* className = "Test_Item")
 
 // Lines written to the server log while it lives. The log calls its sink
 // under its own lock, so the sink may point at this object until it goes.
-class LogCapture {
+class LogCapture
+{
 public:
-    LogCapture() : _previous(Pegasus::ServerLog::setSink([this](Pegasus::LogLevel, const std::string& line) {
-                       std::lock_guard<std::mutex> lock(_mutex);
-                       _lines.push_back(line);
-                   })) {}
+    LogCapture()
+        : _previous(Pegasus::ServerLog::setSink(
+              [this](Pegasus::LogLevel, const std::string& line)
+              {
+                  std::lock_guard<std::mutex> lock(_mutex);
+                  _lines.push_back(line);
+              }))
+    {
+    }
     ~LogCapture() { Pegasus::ServerLog::setSink(_previous); }
-    bool contains(const std::string& fragment) const {
+    bool contains(const std::string& fragment) const
+    {
         std::lock_guard<std::mutex> lock(_mutex);
-        return std::any_of(_lines.begin(), _lines.end(),
-                           [&](const std::string& line) { return line.find(fragment) != std::string::npos; });
+        return std::any_of(
+            _lines.begin(), _lines.end(),
+            [&](const std::string& line) { return line.find(fragment) != std::string::npos; });
     }
 
 private:
-    mutable std::mutex _mutex; // before _previous: the sink may run as soon as it is set
+    mutable std::mutex _mutex;  // before _previous: the sink may run as soon as it is set
     std::vector<std::string> _lines;
     Pegasus::ServerLog::Sink _previous;
 };
 
-class ServerTest : public ::testing::Test {
+class ServerTest : public ::testing::Test
+{
 protected:
     void SetUp() override;
     void TearDown() override;
@@ -78,6 +88,6 @@ private:
     std::unique_ptr<Pegasus::CIMServer> _server;
 };
 
-} // namespace servertest
+}  // namespace servertest
 
 #endif

@@ -12,13 +12,16 @@
 using namespace Pegasus;
 using namespace servertest;
 
-namespace {
+namespace
+{
 
 using AssociationDispatch = ServerTest;
 
-std::set<std::string> texts(const Array<CIMObjectPath>& paths) {
+std::set<std::string> texts(const Array<CIMObjectPath>& paths)
+{
     std::set<std::string> result;
-    for (Uint32 i = 0; i < paths.size(); ++i) result.insert(text(paths[i].toString()));
+    for (Uint32 i = 0; i < paths.size(); ++i)
+        result.insert(text(paths[i].toString()));
     return result;
 }
 
@@ -26,59 +29,80 @@ const std::string prefix = "//cimhost/root/servertest:";
 const std::string itemA = prefix + "Test_Item.Id=\"a\"", itemB = prefix + "Test_Item.Id=\"b\"",
                   itemC = prefix + "Test_Item.Id=\"c\"";
 
-} // namespace
+}  // namespace
 
-TEST_F(AssociationDispatch, ProvidersGetTheirArgumentsAndResultsAreCompletedAndFiltered) {
+TEST_F(AssociationDispatch, ProvidersGetTheirArgumentsAndResultsAreCompletedAndFiltered)
+{
     // The provider delivers paths without host and namespace.
-    EXPECT_EQ(texts(dispatcher().associatorNames(context, ns, item("b"))), (std::set<std::string>{itemA, itemC}));
-    EXPECT_EQ(lastCall(), "associatorNames object=" + itemB + " assocClass=Test_Link resultClass= role= resultRole=");
+    EXPECT_EQ(
+        texts(dispatcher().associatorNames(context, ns, item("b"))),
+        (std::set<std::string>{itemA, itemC}));
+    EXPECT_EQ(
+        lastCall(),
+        "associatorNames object=" + itemB + " assocClass=Test_Link resultClass= role= resultRole=");
     dispatcher().associatorNames(context, ns, item("a"), "Test_Link", "Test_Base", "Left", "Right");
-    EXPECT_EQ(lastCall(), "associatorNames object=" + itemA +
-                              " assocClass=Test_Link resultClass=Test_Base role=Left resultRole=Right");
+    EXPECT_EQ(
+        lastCall(), "associatorNames object=" + itemA +
+                        " assocClass=Test_Link resultClass=Test_Base role=Left resultRole=Right");
     // For references the association class travels as the result class.
     EXPECT_EQ(dispatcher().referenceNames(context, ns, item("b"), CIMName(), "Right").size(), 1u);
-    EXPECT_EQ(lastCall(),
-              "referenceNames object=" + itemB + " assocClass= resultClass=Test_Link role=Right resultRole=");
+    EXPECT_EQ(
+        lastCall(), "referenceNames object=" + itemB +
+                        " assocClass= resultClass=Test_Link role=Right resultRole=");
     Array<CIMObject> links = dispatcher().references(context, ns, item("b"));
     EXPECT_EQ(links.size(), 2u);
-    for (Uint32 i = 0; i < links.size(); ++i) EXPECT_EQ(text(links[i].getPath().toString()).rfind(prefix, 0), 0u);
+    for (Uint32 i = 0; i < links.size(); ++i)
+        EXPECT_EQ(text(links[i].getPath().toString()).rfind(prefix, 0), 0u);
 
     Array<CIMObject> all = dispatcher().associators(context, ns, item("b"));
     ASSERT_EQ(all.size(), 2u);
-    EXPECT_EQ(all[0].getQualifierCount() + all[0].getProperty(all[0].findProperty("Id")).getQualifierCount(), 0u);
-    Array<CIMObject> labels = dispatcher().associators(context, ns, item("a"), CIMName(), CIMName(), String(), String(),
-                                                       true, false, CIMPropertyList(Array<CIMName>(1, "Label")));
+    EXPECT_EQ(
+        all[0].getQualifierCount() +
+            all[0].getProperty(all[0].findProperty("Id")).getQualifierCount(),
+        0u);
+    Array<CIMObject> labels = dispatcher().associators(
+        context, ns, item("a"), CIMName(), CIMName(), String(), String(), true, false,
+        CIMPropertyList(Array<CIMName>(1, "Label")));
     ASSERT_EQ(labels.size(), 1u);
     ASSERT_EQ(labels[0].getPropertyCount(), 1u);
     EXPECT_EQ(text(labels[0].getProperty(0).getValue().toString()), "Beta");
     EXPECT_EQ(text(labels[0].getPath().toString()), itemB);
 }
 
-TEST_F(AssociationDispatch, ChoiceOfAssociationClasses) {
+TEST_F(AssociationDispatch, ChoiceOfAssociationClasses)
+{
     Dispatcher& d = dispatcher();
     // A subclass instance is referenced through its parent's association.
     EXPECT_EQ(d.associatorNames(context, ns, item("s1", "Test_SubItem")).size(), 0u);
     EXPECT_EQ(d.references(context, ns, item("a"), "Test_Link").size(), 1u);
     // Only an association nobody serves references the object.
-    EXPECT_EQ(cimErrorOf([&] { d.associators(context, ns, item("u", "Test_Unserved")); }).getCode(),
-              CIM_ERR_NOT_SUPPORTED);
-    for (const auto& call : std::vector<std::function<void()>>{
+    EXPECT_EQ(
+        cimErrorOf([&] { d.associators(context, ns, item("u", "Test_Unserved")); }).getCode(),
+        CIM_ERR_NOT_SUPPORTED);
+    for (const auto& call :
+         std::vector<std::function<void()>>{
              [&] { d.associators(context, ns, item("a", "Test_Nope")); },
              [&] { d.associatorNames(context, ns, item("a"), "Test_Nope"); },
-             [&] { d.associatorNames(context, ns, item("a"), CIMName(), CIMName(), "1x"); }, // no CIM name
+             [&] {
+                 d.associatorNames(context, ns, item("a"), CIMName(), CIMName(), "1x");
+             },  // no CIM name
          })
         EXPECT_EQ(cimErrorOf(call).getCode(), CIM_ERR_INVALID_PARAMETER);
 }
 
-TEST_F(AssociationDispatch, ClassLevelRequestsAreAnsweredFromTheSchema) {
+TEST_F(AssociationDispatch, ClassLevelRequestsAreAnsweredFromTheSchema)
+{
     Dispatcher& d = dispatcher();
     const CIMObjectPath itemClass("Test_Item");
-    EXPECT_EQ(texts(d.referenceNames(context, ns, itemClass)),
-              (std::set<std::string>{prefix + "Test_Link", prefix + "Test_OtherLink"}));
-    EXPECT_EQ(texts(d.associatorNames(context, ns, itemClass)),
-              (std::set<std::string>{prefix + "Test_Item", prefix + "Test_Unserved"}));
-    EXPECT_EQ(texts(d.associatorNames(context, ns, itemClass, CIMName(), CIMName(), "", "Target")),
-              (std::set<std::string>{prefix + "Test_Unserved"}));
+    EXPECT_EQ(
+        texts(d.referenceNames(context, ns, itemClass)),
+        (std::set<std::string>{prefix + "Test_Link", prefix + "Test_OtherLink"}));
+    EXPECT_EQ(
+        texts(d.associatorNames(context, ns, itemClass)),
+        (std::set<std::string>{prefix + "Test_Item", prefix + "Test_Unserved"}));
+    EXPECT_EQ(
+        texts(d.associatorNames(context, ns, itemClass, CIMName(), CIMName(), "", "Target")),
+        (std::set<std::string>{prefix + "Test_Unserved"}));
     EXPECT_EQ(d.referenceNames(context, ns, CIMObjectPath("Test_Nested")).size(), 0u);
 
     Array<CIMObject> classes = d.references(context, ns, itemClass, CIMName(), "Right");

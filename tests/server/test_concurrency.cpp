@@ -20,42 +20,54 @@
 using namespace Pegasus;
 using namespace servertest;
 
-namespace {
+namespace
+{
 
 using NestedCalls = ServerTest;
 using Concurrency = ServerTest;
 
 // Runs `request` on the server's pool and hands back its outcome.
-template <class R> std::future<R> onPool(CIMServer& server, std::function<R()> request) {
+template <class R>
+std::future<R> onPool(CIMServer& server, std::function<R()> request)
+{
     auto promise = std::make_shared<std::promise<R>>();
     std::future<R> result = promise->get_future();
-    bool taken = server.submit([promise, request] {
-        try {
-            promise->set_value(request());
-        } catch (...) {
-            promise->set_exception(std::current_exception());
-        }
-    });
-    if (!taken) promise->set_exception(std::make_exception_ptr(std::runtime_error("not queued")));
+    bool taken = server.submit(
+        [promise, request]
+        {
+            try
+            {
+                promise->set_value(request());
+            }
+            catch (...)
+            {
+                promise->set_exception(std::current_exception());
+            }
+        });
+    if (!taken)
+        promise->set_exception(std::make_exception_ptr(std::runtime_error("not queued")));
     return result;
 }
 
-std::string labelOf(const CIMInstance& instance) {
+std::string labelOf(const CIMInstance& instance)
+{
     return text(instance.getProperty(instance.findProperty("Label")).getValue().toString());
 }
 
-} // namespace
+}  // namespace
 
-TEST_F(NestedCalls, ProvidersReachTheServerThroughTheirHandle) {
+TEST_F(NestedCalls, ProvidersReachTheServerThroughTheirHandle)
+{
     const std::string processUser = text(InProcessClientTransport::processUserName());
     Array<CIMParamValue> depth;
     depth.append(CIMParamValue("Depth", CIMValue(Uint32(7))));
-    const struct {
+    const struct
+    {
         const char* method;
         Array<CIMParamValue> in;
         std::string result;
     } cases[] = {
-        {"CountNames", {}, "4"}, // the subclass's provider answers too
+        {"CountNames", {}, "4"},  // the subclass's provider answers too
         // Seven levels deep, alternating handle and local connection.
         {"Recurse", depth, "7"},
         // A fresh context runs as the empty user, a local connection as
@@ -63,16 +75,19 @@ TEST_F(NestedCalls, ProvidersReachTheServerThroughTheirHandle) {
         {"FreshWhoAmI", {}, "@"},
         {"LocalWhoAmI", {}, processUser + "@"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         Array<CIMParamValue> out;
-        CIMValue v = dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), c.method, c.in, out);
+        CIMValue v = dispatcher().invokeMethod(
+            context, ns, CIMObjectPath("Test_Nested"), c.method, c.in, out);
         EXPECT_EQ(text(v.toString()), c.result) << c.method;
     }
     // getInstance through the handle, with the caller's context.
     EXPECT_EQ(labelOf(dispatcher().getInstance(context, ns, item("nested"))), "via Alpha");
 }
 
-TEST_F(NestedCalls, LocalClientsOfTheProcessReachTheServerUntilItStops) {
+TEST_F(NestedCalls, LocalClientsOfTheProcessReachTheServerUntilItStops)
+{
     CIMClient client;
     client.connectLocal();
     EXPECT_EQ(client.enumerateInstanceNames(ns, "Test_Item").size(), 4u);
@@ -88,21 +103,24 @@ TEST_F(NestedCalls, LocalClientsOfTheProcessReachTheServerUntilItStops) {
     EXPECT_THROW(late.connectLocal(), CannotConnectException);
 }
 
-TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs) {
+TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs)
+{
     LogCapture log;
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> done{0};
     ThreadPool pool(1, 2);
-    ASSERT_TRUE(pool.submit([&] {
-        released.wait();
-        ++done;
-    }));
-    while (pool.queued() != 0) // the only worker has taken it
+    ASSERT_TRUE(pool.submit(
+        [&]
+        {
+            released.wait();
+            ++done;
+        }));
+    while (pool.queued() != 0)  // the only worker has taken it
         std::this_thread::yield();
     EXPECT_TRUE(pool.submit([] { throw std::runtime_error("job failed"); }));
     EXPECT_TRUE(pool.submit([&] { ++done; }));
-    EXPECT_FALSE(pool.submit([&] { ++done; })); // two waiting: full
+    EXPECT_FALSE(pool.submit([&] { ++done; }));  // two waiting: full
     release.set_value();
     pool.stop();
     EXPECT_EQ(done.load(), 2);
@@ -110,65 +128,97 @@ TEST(ThreadPool, BoundsItsQueueDrainsItOnStopAndSurvivesThrowingJobs) {
     EXPECT_TRUE(log.contains("request job ended with an exception: job failed"));
 }
 
-TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether) {
+TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
+{
     const int rounds = 40;
     std::vector<std::future<std::string>> results;
-    for (int i = 0; i < rounds; ++i) {
+    for (int i = 0; i < rounds; ++i)
+    {
         results.push_back(onPool<std::string>(
-            server(), [this] { return labelOf(dispatcher().getInstance(context, ns, item("nested"))); }));
-        results.push_back(onPool<std::string>(server(), [this] {
-            Array<CIMParamValue> in, out;
-            in.append(CIMParamValue("Depth", CIMValue(Uint32(4))));
-            return text(
-                dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Recurse", in, out).toString());
-        }));
+            server(),
+            [this] { return labelOf(dispatcher().getInstance(context, ns, item("nested"))); }));
         results.push_back(onPool<std::string>(
-            server(), [this] { return std::to_string(dispatcher().associators(context, ns, item("b")).size()); }));
-        results.push_back(onPool<std::string>(server(), [this] {
-            return std::to_string(dispatcher().enumerateInstances(context, ns, "Test_Base").size());
-        }));
+            server(),
+            [this]
+            {
+                Array<CIMParamValue> in, out;
+                in.append(CIMParamValue("Depth", CIMValue(Uint32(4))));
+                return text(
+                    dispatcher()
+                        .invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Recurse", in, out)
+                        .toString());
+            }));
+        results.push_back(onPool<std::string>(
+            server(), [this]
+            { return std::to_string(dispatcher().associators(context, ns, item("b")).size()); }));
+        results.push_back(onPool<std::string>(
+            server(),
+            [this] {
+                return std::to_string(
+                    dispatcher().enumerateInstances(context, ns, "Test_Base").size());
+            }));
     }
     // Clients of the process's own threads meanwhile.
     std::vector<std::thread> clients;
     std::atomic<int> clientFailures{0};
-    for (int t = 0; t < 4; ++t) {
-        clients.emplace_back([&] {
-            CIMClient client;
-            client.connectLocal();
-            for (int i = 0; i < rounds; ++i)
-                if (client.enumerateInstanceNames(ns, "Test_Item").size() != 4) ++clientFailures;
-        });
+    for (int t = 0; t < 4; ++t)
+    {
+        clients.emplace_back(
+            [&]
+            {
+                CIMClient client;
+                client.connectLocal();
+                for (int i = 0; i < rounds; ++i)
+                    if (client.enumerateInstanceNames(ns, "Test_Item").size() != 4)
+                        ++clientFailures;
+            });
     }
-    for (std::thread& t : clients) t.join();
+    for (std::thread& t : clients)
+        t.join();
     const char* expected[] = {"via Alpha", "4", "2", "4"};
-    for (size_t i = 0; i < results.size(); ++i) EXPECT_EQ(results[i].get(), expected[i % 4]) << i;
+    for (size_t i = 0; i < results.size(); ++i)
+        EXPECT_EQ(results[i].get(), expected[i % 4]) << i;
     EXPECT_EQ(clientFailures.load(), 0);
     EXPECT_EQ(counter("Item.initialize"), 1u);
 }
 
-TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce) {
+TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce)
+{
     setKnob("Test_SlowInit.initialize", "sleep");
     std::vector<std::thread> threads;
     std::atomic<int> served{0};
-    for (int t = 0; t < 12; ++t) {
-        threads.emplace_back([&] {
-            if (dispatcher().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1) ++served;
-        });
+    for (int t = 0; t < 12; ++t)
+    {
+        threads.emplace_back(
+            [&]
+            {
+                if (dispatcher().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1)
+                    ++served;
+            });
     }
-    for (std::thread& t : threads) t.join();
+    for (std::thread& t : threads)
+        t.join();
     EXPECT_EQ(served.load(), 12);
     EXPECT_EQ(counter("Test_SlowInit.created"), 1u);
     EXPECT_EQ(counter("Test_SlowInit.initialize"), 1u);
     EXPECT_EQ(counter("Test_SlowInit.served"), 12u);
 }
 
-TEST_F(Concurrency, StopWaitsForRequestsUnderWayThenTerminates) {
-    std::future<std::string> slow = onPool<std::string>(server(), [this] {
-        Array<CIMParamValue> in, out;
-        in.append(CIMParamValue("Milliseconds", CIMValue(Uint32(200))));
-        return text(dispatcher().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Sleep", in, out).toString());
-    });
-    while (counter("Nested.sleepStarted") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+TEST_F(Concurrency, StopWaitsForRequestsUnderWayThenTerminates)
+{
+    std::future<std::string> slow = onPool<std::string>(
+        server(),
+        [this]
+        {
+            Array<CIMParamValue> in, out;
+            in.append(CIMParamValue("Milliseconds", CIMValue(Uint32(200))));
+            return text(
+                dispatcher()
+                    .invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Sleep", in, out)
+                    .toString());
+        });
+    while (counter("Nested.sleepStarted") == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     server().stop();
     // By the time stop() returns the request has ended and only then was
     // its provider terminated.

@@ -13,67 +13,82 @@
 using namespace Pegasus;
 using namespace servertest;
 
-namespace {
+namespace
+{
 
 using InstanceDispatch = ServerTest;
 
-std::set<std::string> propertyNames(const CIMInstance& instance) {
+std::set<std::string> propertyNames(const CIMInstance& instance)
+{
     std::set<std::string> names;
     for (Uint32 i = 0; i < instance.getPropertyCount(); ++i)
         names.insert(text(instance.getProperty(i).getName().getString()));
     return names;
 }
 
-std::set<std::string> ids(const Array<CIMInstance>& instances) {
+std::set<std::string> ids(const Array<CIMInstance>& instances)
+{
     std::set<std::string> result;
     for (Uint32 i = 0; i < instances.size(); ++i)
-        result.insert(text(instances[i].getProperty(instances[i].findProperty("Id")).getValue().toString()));
+        result.insert(
+            text(instances[i].getProperty(instances[i].findProperty("Id")).getValue().toString()));
     return result;
 }
 
-CIMPropertyList listOf(std::initializer_list<const char*> names) {
+CIMPropertyList listOf(std::initializer_list<const char*> names)
+{
     Array<CIMName> a;
-    for (const char* n : names) a.append(n);
+    for (const char* n : names)
+        a.append(n);
     return CIMPropertyList(a);
 }
 
-CIMInstance itemA(std::initializer_list<CIMProperty> properties) {
+CIMInstance itemA(std::initializer_list<CIMProperty> properties)
+{
     CIMInstance i("Test_Item");
-    for (const CIMProperty& p : properties) i.addProperty(p);
+    for (const CIMProperty& p : properties)
+        i.addProperty(p);
     i.setPath(item("a"));
     return i;
 }
 
-} // namespace
+}  // namespace
 
-TEST_F(InstanceDispatch, GetInstanceGivesTheProviderAFullPathAndFiltersTheResult) {
+TEST_F(InstanceDispatch, GetInstanceGivesTheProviderAFullPathAndFiltersTheResult)
+{
     CIMInstance a = dispatcher().getInstance(context, ns, item("a"));
     EXPECT_EQ(lastCall(), "getInstance //cimhost/root/servertest:Test_Item.Id=\"a\"");
     EXPECT_EQ(text(a.getProperty(a.findProperty("Label")).getValue().toString()), "Alpha");
 
     const std::set<std::string> all = {"Id", "Label", "Count", "Note"};
-    const struct {
+    const struct
+    {
         bool iq, ico;
         CIMPropertyList list;
         std::set<std::string> properties;
     } cases[] = {
         {false, false, CIMPropertyList(), all},
         {true, true, CIMPropertyList(), all},
-        {false, false, listOf({"label", "Nope"}), {"Label"}}, // any case; unknown names ignored
-        {false, false, listOf({}), {}},                       // empty list: no properties
+        {false, false, listOf({"label", "Nope"}), {"Label"}},  // any case; unknown names ignored
+        {false, false, listOf({}), {}},                        // empty list: no properties
     };
-    for (const auto& c : cases) {
-        CIMInstance got = dispatcher().getInstance(context, ns, item("a"), false, c.iq, c.ico, c.list);
+    for (const auto& c : cases)
+    {
+        CIMInstance got =
+            dispatcher().getInstance(context, ns, item("a"), false, c.iq, c.ico, c.list);
         EXPECT_EQ(propertyNames(got), c.properties);
-        for (Uint32 i = 0; i < got.getPropertyCount(); ++i) {
+        for (Uint32 i = 0; i < got.getPropertyCount(); ++i)
+        {
             CIMConstProperty p = static_cast<const CIMInstance&>(got).getProperty(i);
             EXPECT_EQ(p.getClassOrigin().isNull(), !c.ico) << text(p.getName().getString());
-            EXPECT_TRUE(p.getName() != CIMName("Id") || (p.findQualifier("Key") != PEG_NOT_FOUND) == c.iq);
+            EXPECT_TRUE(
+                p.getName() != CIMName("Id") || (p.findQualifier("Key") != PEG_NOT_FOUND) == c.iq);
         }
     }
 }
 
-TEST_F(InstanceDispatch, EnumerationsAskTheProvidersOfEverySubclass) {
+TEST_F(InstanceDispatch, EnumerationsAskTheProvidersOfEverySubclass)
+{
     const std::set<std::string> all = {"a", "b", "c", "s1"};
     EXPECT_EQ(ids(dispatcher().enumerateInstances(context, ns, "Test_Item")), all);
     // A class without a provider of its own is served by its subclasses'.
@@ -85,18 +100,23 @@ TEST_F(InstanceDispatch, EnumerationsAskTheProvidersOfEverySubclass) {
     // providers are given the requested class's property list.
     Array<CIMInstance> shallow = dispatcher().enumerateInstances(context, ns, "Test_Item", false);
     for (Uint32 i = 0; i < shallow.size(); ++i)
-        EXPECT_EQ(propertyNames(shallow[i]), (std::set<std::string>{"Id", "Label", "Count", "Note"}));
+        EXPECT_EQ(
+            propertyNames(shallow[i]), (std::set<std::string>{"Id", "Label", "Count", "Note"}));
     EXPECT_NE(lastCall().find("pl=Id, Label, Count, Note"), std::string::npos) << lastCall();
     Array<CIMInstance> deep = dispatcher().enumerateInstances(context, ns, "Test_Item", true);
     int extras = 0;
-    for (Uint32 i = 0; i < deep.size(); ++i) extras += propertyNames(deep[i]).count("Extra");
+    for (Uint32 i = 0; i < deep.size(); ++i)
+        extras += propertyNames(deep[i]).count("Extra");
     EXPECT_EQ(extras, 1);
     EXPECT_NE(lastCall().find("pl=NULL"), std::string::npos) << lastCall();
 }
 
-TEST_F(InstanceDispatch, FanOutDropsNotSupportedUnlessEveryProviderSaysIt) {
+TEST_F(InstanceDispatch, FanOutDropsNotSupportedUnlessEveryProviderSaysIt)
+{
     setKnob("SubItem.enumerateInstances", "not-supported");
-    EXPECT_EQ(ids(dispatcher().enumerateInstances(context, ns, "Test_Item")), (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(
+        ids(dispatcher().enumerateInstances(context, ns, "Test_Item")),
+        (std::set<std::string>{"a", "b", "c"}));
     setKnob("Item.enumerateInstances", "not-supported");
     CIMException e = cimErrorOf([&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); });
     EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
@@ -105,95 +125,122 @@ TEST_F(InstanceDispatch, FanOutDropsNotSupportedUnlessEveryProviderSaysIt) {
     // Any other error of one provider fails the whole request.
     setKnob("Item.enumerateInstances", "");
     setKnob("SubItem.enumerateInstances", "throw-cim");
-    EXPECT_EQ(cimErrorOf([&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }).getCode(),
-              CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(
+        cimErrorOf([&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }).getCode(),
+        CIM_ERR_NOT_FOUND);
 }
 
-TEST_F(InstanceDispatch, ModifyTypesWhatTheClientSentByTheClass) {
+TEST_F(InstanceDispatch, ModifyTypesWhatTheClientSentByTheClass)
+{
     // Typed nulls take the declared type; class origins the client sent are dropped.
-    dispatcher().modifyInstance(context, ns,
-                                itemA({CIMProperty("Label", CIMValue(String("new")), 0, CIMName(), "Test_Base", true),
-                                       CIMProperty("Count", CIMValue())}),
-                                false, listOf({"Label", "count"}));
-    EXPECT_EQ(lastCall(), "modifyInstance //cimhost/root/servertest:Test_Item.Id=\"a\" "
-                          "props=Label:string=new;Count:uint32=null; iq=0 pl=Label, count");
+    dispatcher().modifyInstance(
+        context, ns,
+        itemA(
+            {CIMProperty("Label", CIMValue(String("new")), 0, CIMName(), "Test_Base", true),
+             CIMProperty("Count", CIMValue())}),
+        false, listOf({"Label", "count"}));
+    EXPECT_EQ(
+        lastCall(), "modifyInstance //cimhost/root/servertest:Test_Item.Id=\"a\" "
+                    "props=Label:string=new;Count:uint32=null; iq=0 pl=Label, count");
 }
 
-TEST_F(InstanceDispatch, BadRequestsGetTheCodeAClientExpectsAndReachNoProvider) {
+TEST_F(InstanceDispatch, BadRequestsGetTheCodeAClientExpectsAndReachNoProvider)
+{
     const CIMNamespaceName nowhere("root/nowhere");
     Array<CIMParamValue> out;
     Dispatcher& d = dispatcher();
-    auto modify = [&](const CIMInstance& instance, const CIMPropertyList& list = CIMPropertyList()) {
+    auto modify = [&](const CIMInstance& instance, const CIMPropertyList& list = CIMPropertyList())
+    {
         return [&d, this, instance, list] { d.modifyInstance(context, ns, instance, false, list); };
     };
-    const struct {
+    const struct
+    {
         const char* what;
         std::function<void()> call;
         CIMStatusCode code;
         const char* message;
     } cases[] = {
-        {"unknown namespace", [&] { d.getInstance(context, nowhere, item("a")); }, CIM_ERR_INVALID_NAMESPACE,
-         "root/nowhere"},
-        {"unknown class", [&] { d.getInstance(context, ns, item("a", "Test_Nope")); }, CIM_ERR_INVALID_CLASS,
-         "Test_Nope"},
+        {"unknown namespace", [&] { d.getInstance(context, nowhere, item("a")); },
+         CIM_ERR_INVALID_NAMESPACE, "root/nowhere"},
+        {"unknown class", [&] { d.getInstance(context, ns, item("a", "Test_Nope")); },
+         CIM_ERR_INVALID_CLASS, "Test_Nope"},
         {"class without provider", [&] { d.getInstance(context, ns, item("a", "Test_Unserved")); },
          CIM_ERR_NOT_SUPPORTED, ""},
-        {"enumerate class nobody serves", [&] { d.enumerateInstances(context, ns, "Test_Unserved"); },
-         CIM_ERR_NOT_SUPPORTED, "No provider or repository defined for class Test_Unserved."},
-        {"delete unknown class", [&] { d.deleteInstance(context, ns, item("a", "Test_Nope")); }, CIM_ERR_INVALID_CLASS,
-         "Test_Nope"},
-        {"get unknown class definition", [&] { d.getClass(context, ns, "Test_Nope"); }, CIM_ERR_NOT_FOUND, ""},
-        {"class names below an unknown class", [&] { d.enumerateClassNames(context, ns, "Test_Nope"); },
+        {"enumerate class nobody serves",
+         [&] { d.enumerateInstances(context, ns, "Test_Unserved"); }, CIM_ERR_NOT_SUPPORTED,
+         "No provider or repository defined for class Test_Unserved."},
+        {"delete unknown class", [&] { d.deleteInstance(context, ns, item("a", "Test_Nope")); },
          CIM_ERR_INVALID_CLASS, "Test_Nope"},
-        {"classes of an unknown namespace", [&] { d.enumerateClasses(context, nowhere); }, CIM_ERR_INVALID_NAMESPACE,
-         "root/nowhere"},
-        {"method of an unknown class", [&] { d.invokeMethod(context, ns, item("a", "Test_Nope"), "Ping", {}, out); },
+        {"get unknown class definition", [&] { d.getClass(context, ns, "Test_Nope"); },
+         CIM_ERR_NOT_FOUND, ""},
+        {"class names below an unknown class",
+         [&] { d.enumerateClassNames(context, ns, "Test_Nope"); }, CIM_ERR_INVALID_CLASS,
+         "Test_Nope"},
+        {"classes of an unknown namespace", [&] { d.enumerateClasses(context, nowhere); },
+         CIM_ERR_INVALID_NAMESPACE, "root/nowhere"},
+        {"method of an unknown class",
+         [&] { d.invokeMethod(context, ns, item("a", "Test_Nope"), "Ping", {}, out); },
          CIM_ERR_NOT_FOUND, "Test_Nope"},
-        {"unknown method", [&] { d.invokeMethod(context, ns, item("a"), "Pong", {}, out); }, CIM_ERR_METHOD_NOT_FOUND,
-         "Pong"},
-        {"method nobody serves", [&] { d.invokeMethod(context, ns, item("a"), "Unserved", {}, out); },
+        {"unknown method", [&] { d.invokeMethod(context, ns, item("a"), "Pong", {}, out); },
+         CIM_ERR_METHOD_NOT_FOUND, "Pong"},
+        {"method nobody serves",
+         [&] { d.invokeMethod(context, ns, item("a"), "Unserved", {}, out); },
          CIM_ERR_METHOD_NOT_AVAILABLE, "Unserved"},
-        {"modify: undeclared property", modify(itemA({CIMProperty("Colour", CIMValue(String("red")))})),
-         CIM_ERR_NO_SUCH_PROPERTY, "Class Test_Item has no property Colour."},
-        {"modify: wrong type", modify(itemA({CIMProperty("Count", CIMValue(String("7")))})), CIM_ERR_TYPE_MISMATCH,
-         "Property Count is declared uint32, not string."},
-        {"modify: array for a scalar", modify(itemA({CIMProperty("Label", CIMValue(Array<String>()))})),
-         CIM_ERR_TYPE_MISMATCH, "Property Label is declared string, not string[]."},
-        {"modify: unknown name in the property list", modify(itemA({}), listOf({"Label", "Colour"})),
-         CIM_ERR_NO_SUCH_PROPERTY, "Class Test_Item has no property Colour."},
-        {"modify: instance of an unknown class", modify(CIMInstance("Test_Nope")), CIM_ERR_INVALID_CLASS, "Test_Nope"},
+        {"modify: undeclared property",
+         modify(itemA({CIMProperty("Colour", CIMValue(String("red")))})), CIM_ERR_NO_SUCH_PROPERTY,
+         "Class Test_Item has no property Colour."},
+        {"modify: wrong type", modify(itemA({CIMProperty("Count", CIMValue(String("7")))})),
+         CIM_ERR_TYPE_MISMATCH, "Property Count is declared uint32, not string."},
+        {"modify: array for a scalar",
+         modify(itemA({CIMProperty("Label", CIMValue(Array<String>()))})), CIM_ERR_TYPE_MISMATCH,
+         "Property Label is declared string, not string[]."},
+        {"modify: unknown name in the property list",
+         modify(itemA({}), listOf({"Label", "Colour"})), CIM_ERR_NO_SUCH_PROPERTY,
+         "Class Test_Item has no property Colour."},
+        {"modify: instance of an unknown class", modify(CIMInstance("Test_Nope")),
+         CIM_ERR_INVALID_CLASS, "Test_Nope"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         servertest::reset();
         CIMException e = cimErrorOf(c.call);
         EXPECT_EQ(e.getCode(), c.code) << c.what;
-        EXPECT_NE(text(e.getMessage()).find(c.message), std::string::npos) << c.what << ": " << text(e.getMessage());
+        EXPECT_NE(text(e.getMessage()).find(c.message), std::string::npos)
+            << c.what << ": " << text(e.getMessage());
         EXPECT_EQ(lastCall(), "") << c.what << ": no provider may be called";
     }
 }
 
-TEST_F(InstanceDispatch, CreateAndDeleteReachTheProvider) {
+TEST_F(InstanceDispatch, CreateAndDeleteReachTheProvider)
+{
     CIMInstance fresh("Test_Item");
     fresh.addProperty(CIMProperty("Id", CIMValue(String("d"))));
-    EXPECT_EQ(text(dispatcher().createInstance(context, ns, fresh).toString()), "Test_Item.Id=\"d\"");
+    EXPECT_EQ(
+        text(dispatcher().createInstance(context, ns, fresh).toString()), "Test_Item.Id=\"d\"");
     EXPECT_EQ(lastCall(), "createInstance //cimhost/root/servertest:Test_Item");
     dispatcher().deleteInstance(context, ns, item("d"));
     EXPECT_EQ(lastCall(), "deleteInstance //cimhost/root/servertest:Test_Item.Id=\"d\"");
 
     setKnob("Item.createInstance", "two-paths");
-    EXPECT_EQ(text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
-              "Too many objects delivered.");
+    EXPECT_EQ(
+        text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
+        "Too many objects delivered.");
     setKnob("Item.createInstance", "no-path");
-    EXPECT_EQ(text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
-              "Too few objects delivered.");
+    EXPECT_EQ(
+        text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
+        "Too few objects delivered.");
 }
 
 // The repository's own rules are tested with it; here: the options get there.
-TEST_F(InstanceDispatch, ClassOperationsPassTheirOptionsToTheRepository) {
+TEST_F(InstanceDispatch, ClassOperationsPassTheirOptionsToTheRepository)
+{
     CIMClass sub = dispatcher().getClass(context, ns, "Test_SubItem", false, false, true);
     EXPECT_EQ(sub.getPropertyCount(), 5u);
-    EXPECT_EQ(text(sub.getProperty(sub.findProperty("Id")).getClassOrigin().getString()), "Test_Base");
-    EXPECT_EQ(dispatcher().getClass(context, ns, "Test_SubItem", true).getPropertyCount(), 1u); // local only
+    EXPECT_EQ(
+        text(sub.getProperty(sub.findProperty("Id")).getClassOrigin().getString()), "Test_Base");
+    EXPECT_EQ(
+        dispatcher().getClass(context, ns, "Test_SubItem", true).getPropertyCount(),
+        1u);  // local only
     EXPECT_EQ(dispatcher().enumerateClassNames(context, ns, "Test_Base", true).size(), 3u);
     EXPECT_EQ(dispatcher().enumerateClasses(context, ns, "Test_Base", false).size(), 2u);
 }

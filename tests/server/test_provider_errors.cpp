@@ -8,12 +8,14 @@ using namespace servertest;
 
 using ProviderErrors = ServerTest;
 
-TEST_F(ProviderErrors, EveryKindOfExceptionBecomesACIMErrorInEveryOperationAndFaultsAreLogged) {
-    const struct {
+TEST_F(ProviderErrors, EveryKindOfExceptionBecomesACIMErrorInEveryOperationAndFaultsAreLogged)
+{
+    const struct
+    {
         const char* mode;
         CIMStatusCode code;
         const char* message;
-        bool logged; // faults that are not CIM errors are logged
+        bool logged;  // faults that are not CIM errors are logged
     } mappings[] = {
         {"throw-cim", CIM_ERR_NOT_FOUND, "gone", false},
         {"throw-traceable", CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", false},
@@ -29,30 +31,39 @@ TEST_F(ProviderErrors, EveryKindOfExceptionBecomesACIMErrorInEveryOperationAndFa
     fresh.addProperty(CIMProperty("Id", CIMValue(String("z"))));
     const std::pair<std::string, std::function<void()>> operations[] = {
         {"Item.getInstance", [&] { dispatcher().getInstance(context, ns, item("a")); }},
-        {"Item.enumerateInstances", [&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }},
-        {"Item.enumerateInstanceNames", [&] { dispatcher().enumerateInstanceNames(context, ns, "Test_Item"); }},
+        {"Item.enumerateInstances",
+         [&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }},
+        {"Item.enumerateInstanceNames",
+         [&] { dispatcher().enumerateInstanceNames(context, ns, "Test_Item"); }},
         {"Item.modifyInstance", [&] { dispatcher().modifyInstance(context, ns, modified); }},
         {"Item.createInstance", [&] { dispatcher().createInstance(context, ns, fresh); }},
         {"Item.deleteInstance", [&] { dispatcher().deleteInstance(context, ns, item("a")); }},
-        {"Item.invokeMethod", [&] { dispatcher().invokeMethod(context, ns, item("a"), "WhoAmI", {}, out); }},
+        {"Item.invokeMethod",
+         [&] { dispatcher().invokeMethod(context, ns, item("a"), "WhoAmI", {}, out); }},
         {"Link.associators", [&] { dispatcher().associators(context, ns, item("a")); }},
         {"Link.associatorNames", [&] { dispatcher().associatorNames(context, ns, item("a")); }},
         {"Link.references", [&] { dispatcher().references(context, ns, item("a")); }},
         {"Link.referenceNames", [&] { dispatcher().referenceNames(context, ns, item("a")); }},
     };
-    for (const auto& operation : operations) {
-        const std::string provider = "ServerTestModule:" + operation.first.substr(0, operation.first.find('.'));
-        for (const auto& expected : mappings) {
+    for (const auto& operation : operations)
+    {
+        const std::string provider =
+            "ServerTestModule:" + operation.first.substr(0, operation.first.find('.'));
+        for (const auto& expected : mappings)
+        {
             SCOPED_TRACE(operation.first + " " + expected.mode);
             servertest::reset();
-            log.reset(); // the old capture puts its predecessor back when it goes
+            log.reset();  // the old capture puts its predecessor back when it goes
             log = std::make_unique<LogCapture>();
             setKnob(operation.first, expected.mode);
             CIMException e = cimErrorOf(operation.second);
             EXPECT_EQ(e.getCode(), expected.code);
             EXPECT_EQ(text(e.getMessage()), expected.message);
-            EXPECT_EQ(log->contains("provider " + provider + "Provider threw a non-CIM exception: " + expected.message),
-                      expected.logged);
+            EXPECT_EQ(
+                log->contains(
+                    "provider " + provider +
+                    "Provider threw a non-CIM exception: " + expected.message),
+                expected.logged);
         }
         // The server keeps serving the operation once the fault is gone.
         setKnob(operation.first, "");
@@ -60,10 +71,13 @@ TEST_F(ProviderErrors, EveryKindOfExceptionBecomesACIMErrorInEveryOperationAndFa
     }
 }
 
-TEST_F(ProviderErrors, HandlerMisuseIsACIMError) {
+TEST_F(ProviderErrors, HandlerMisuseIsACIMError)
+{
     Array<CIMParamValue> out;
-    auto get = [&](const char* id) { return [this, id] { dispatcher().getInstance(context, ns, item(id)); }; };
-    const struct {
+    auto get = [&](const char* id)
+    { return [this, id] { dispatcher().getInstance(context, ns, item(id)); }; };
+    const struct
+    {
         const char* what;
         std::function<void()> call;
         CIMStatusCode code;
@@ -77,23 +91,28 @@ TEST_F(ProviderErrors, HandlerMisuseIsACIMError) {
         // Never completed: nothing left for the response.
         {"no-complete", get("no-complete"), CIM_ERR_FAILED, "Too few objects delivered."},
         {"uninit", get("uninit"), CIM_ERR_FAILED, "The object is not initialized."},
-        {"after-complete", get("after-complete"), CIM_ERR_FAILED, "An object was delivered after complete()."},
+        {"after-complete", get("after-complete"), CIM_ERR_FAILED,
+         "An object was delivered after complete()."},
         {"uninit in enumeration",
-         [&] {
+         [&]
+         {
              setKnob("Item.enumerateInstances", "uninit");
              dispatcher().enumerateInstances(context, ns, "Test_Item");
          },
          CIM_ERR_FAILED, "The object is not initialized."},
         {"uninit name",
-         [&] {
+         [&]
+         {
              setKnob("Item.enumerateInstanceNames", "uninit");
              dispatcher().enumerateInstanceNames(context, ns, "Test_Item");
          },
          CIM_ERR_FAILED, "The object is not initialized."},
-        {"null return value", [&] { dispatcher().invokeMethod(context, ns, item("a"), "NullReturn", {}, out); },
+        {"null return value",
+         [&] { dispatcher().invokeMethod(context, ns, item("a"), "NullReturn", {}, out); },
          CIM_ERR_FAILED, "The object is not initialized."},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         servertest::reset();
         CIMException e = cimErrorOf(c.call);
         EXPECT_EQ(e.getCode(), c.code) << c.what;
@@ -102,18 +121,23 @@ TEST_F(ProviderErrors, HandlerMisuseIsACIMError) {
 
     // An instance delivered without keys is named by the request.
     CIMInstance keyless = dispatcher().getInstance(context, ns, item("keyless"));
-    EXPECT_EQ(text(keyless.getPath().toString()), "//cimhost/root/servertest:Test_Item.Id=\"keyless\"");
+    EXPECT_EQ(
+        text(keyless.getPath().toString()), "//cimhost/root/servertest:Test_Item.Id=\"keyless\"");
     // No value delivered, or not completed: the client gets a null value.
     EXPECT_TRUE(dispatcher().invokeMethod(context, ns, item("a"), "NoReturn", {}, out).isNull());
     EXPECT_TRUE(dispatcher().invokeMethod(context, ns, item("a"), "NoComplete", {}, out).isNull());
 }
 
-TEST_F(ProviderErrors, EnumerationsLeaveInBatchesAndLoseTheRestWithoutComplete) {
+TEST_F(ProviderErrors, EnumerationsLeaveInBatchesAndLoseTheRestWithoutComplete)
+{
     // Objects leave in batches of 100.
     setKnob("SubItem.enumerateInstances", "not-supported");
-    for (const auto& c : {std::make_pair("count:250", 250u), std::make_pair("no-complete:250", 200u),
-                          std::make_pair("no-complete:99", 0u), std::make_pair("no-complete:100", 100u)}) {
+    for (const auto& c :
+         {std::make_pair("count:250", 250u), std::make_pair("no-complete:250", 200u),
+          std::make_pair("no-complete:99", 0u), std::make_pair("no-complete:100", 100u)})
+    {
         setKnob("Item.enumerateInstances", c.first);
-        EXPECT_EQ(dispatcher().enumerateInstances(context, ns, "Test_Item").size(), c.second) << c.first;
+        EXPECT_EQ(dispatcher().enumerateInstances(context, ns, "Test_Item").size(), c.second)
+            << c.first;
     }
 }

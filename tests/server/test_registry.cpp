@@ -9,42 +9,55 @@
 using namespace Pegasus;
 using namespace servertest;
 
-namespace {
+namespace
+{
 
 // The schema and the test schema, plus one more MOF text in root/PG_InterOp.
-std::unique_ptr<ClassRepository> repositoryWith(const std::string& registrations) {
+std::unique_ptr<ClassRepository> repositoryWith(const std::string& registrations)
+{
     auto repository = std::make_unique<ClassRepository>();
     MofCompiler compiler(*repository);
     compiler.compileFile(schemaRoot());
     compiler.compileFile(testSchema());
     if (!registrations.empty())
-        compiler.compileString("#pragma namespace(\"root/PG_InterOp\")\n" + registrations, "extra.mof");
+        compiler.compileString(
+            "#pragma namespace(\"root/PG_InterOp\")\n" + registrations, "extra.mof");
     return repository;
 }
 
-std::string loadError(const std::string& registrations) {
+std::string loadError(const std::string& registrations)
+{
     auto repository = repositoryWith(registrations);
-    try {
+    try
+    {
         ProviderRegistry::load(*repository);
-    } catch (const Exception& e) {
+    }
+    catch (const Exception& e)
+    {
         return text(e.getMessage());
     }
     return "(loaded)";
 }
 
 // A capability "X1" of a provider of ServerTestModule in root/servertest.
-std::string capability(const std::string& provider, const std::string& cls, const std::string& types,
-                       const std::string& extra = "") {
+std::string capability(
+    const std::string& provider,
+    const std::string& cls,
+    const std::string& types,
+    const std::string& extra = "")
+{
     return "instance of PG_ProviderCapabilities { ProviderModuleName = \"ServerTestModule\"; ProviderName = \"" +
            provider + "\"; CapabilityID = \"X1\"; ClassName = \"" + cls +
-           "\"; Namespaces = {\"root/servertest\"}; ProviderType = " + types + "; " + extra + "};\n";
+           "\"; Namespaces = {\"root/servertest\"}; ProviderType = " + types + "; " + extra +
+           "};\n";
 }
 
-} // namespace
+}  // namespace
 
 // Which provider serves what is proven through the dispatcher; here: names
 // are looked up without regard to case.
-TEST(ProviderRegistry, LooksUpClassesAndMethodsWithoutRegardToCase) {
+TEST(ProviderRegistry, LooksUpClassesAndMethodsWithoutRegardToCase)
+{
     auto repository = repositoryWith("");
     ProviderRegistry registry = ProviderRegistry::load(*repository);
     const ProviderId* item = registry.instanceProvider("root/servertest", "test_item");
@@ -53,8 +66,10 @@ TEST(ProviderRegistry, LooksUpClassesAndMethodsWithoutRegardToCase) {
     EXPECT_EQ(registry.methodProvider("root/servertest", "TEST_ITEM", "ping"), item);
 }
 
-TEST(ProviderRegistry, RefusesBrokenRegistrations) {
-    const struct {
+TEST(ProviderRegistry, RefusesBrokenRegistrations)
+{
+    const struct
+    {
         const char* what;
         std::string mof;
         const char* message;
@@ -80,7 +95,8 @@ TEST(ProviderRegistry, RefusesBrokenRegistrations) {
          capability("NestedProvider", "Test_Nested", "{5}", "SupportedMethods = {\"Nope\"};"),
          "SupportedMethods names \"Nope\""},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         std::string message = loadError(c.mof);
         EXPECT_EQ(message.rfind("provider registration: ", 0), 0u) << c.what << ": " << message;
         EXPECT_NE(message.find(c.message), std::string::npos) << c.what << ": " << message;

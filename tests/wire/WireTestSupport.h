@@ -14,57 +14,65 @@
 #include <mutex>
 #include <string>
 
-namespace wiretest {
+namespace wiretest
+{
 
 // Answers from a script instead of providers:
 //  EnumerateInstanceNames -> two QEL_FCPort names; GetInstance -> an instance built from
 //  the requested keys, CIM_ERR_NOT_FOUND when DeviceID is "missing"; InvokeMethod "Echo"
 //  -> returns the number of inputs and echoes them plus "User" (the caller);
 //  InvokeMethod "Wait" -> blocks until release(); anything else CIM_ERR_NOT_SUPPORTED.
-class ScriptedExecutor : public qel::http::OperationExecutor {
- public:
-  void execute(const qel::cimxml::CimRequest& request, const qel::http::ClientIdentity& client,
-               qel::cimxml::CimResponse& response) override;
-  void release();
-  int waiting() const { return waiting_.load(); }
+class ScriptedExecutor : public qel::http::OperationExecutor
+{
+public:
+    void execute(
+        const qel::cimxml::CimRequest& request,
+        const qel::http::ClientIdentity& client,
+        qel::cimxml::CimResponse& response) override;
+    void release();
+    int waiting() const { return waiting_.load(); }
 
- private:
-  std::mutex mutex_;
-  std::condition_variable released_;
-  bool open_ = false;
-  std::atomic<int> waiting_{0};
+private:
+    std::mutex mutex_;
+    std::condition_variable released_;
+    bool open_ = false;
+    std::atomic<int> waiting_{0};
 };
 
 // A password file in a fresh directory, removed with the object.
-class TempPasswordFile {
- public:
-  TempPasswordFile();
-  ~TempPasswordFile();
-  void add(const std::string& user, const std::string& password);
-  const std::string& path() const { return path_; }
-  const std::string& dir() const { return dir_; }
+class TempPasswordFile
+{
+public:
+    TempPasswordFile();
+    ~TempPasswordFile();
+    void add(const std::string& user, const std::string& password);
+    const std::string& path() const { return path_; }
+    const std::string& dir() const { return dir_; }
 
- private:
-  std::string dir_, path_;
+private:
+    std::string dir_, path_;
 };
 
 std::string basicAuth(const std::string& user, const std::string& password);
 
 // Listener on a free loopback port and a socket in the password file's directory;
 // alice's password is "wonderland".
-class FrontEnd {
- public:
-  explicit FrontEnd(qel::http::HttpServerOptions options = qel::http::HttpServerOptions(), unsigned workers = 4);
-  ~FrontEnd();
-  unsigned short port() const { return http->tcpPort(); }
-  std::string socketPath() const { return passwords.dir() + "/cim.socket"; }
+class FrontEnd
+{
+public:
+    explicit FrontEnd(
+        qel::http::HttpServerOptions options = qel::http::HttpServerOptions(),
+        unsigned workers = 4);
+    ~FrontEnd();
+    unsigned short port() const { return http->tcpPort(); }
+    std::string socketPath() const { return passwords.dir() + "/cim.socket"; }
 
-  TempPasswordFile passwords;
-  ScriptedExecutor executor;
-  std::unique_ptr<qel::auth::BasicAuthenticator> authenticator;
-  std::unique_ptr<Pegasus::ThreadPool> pool;
-  std::unique_ptr<qel::http::CimHttpService> service;
-  std::unique_ptr<qel::http::HttpServer> http;
+    TempPasswordFile passwords;
+    ScriptedExecutor executor;
+    std::unique_ptr<qel::auth::BasicAuthenticator> authenticator;
+    std::unique_ptr<Pegasus::ThreadPool> pool;
+    std::unique_ptr<qel::http::CimHttpService> service;
+    std::unique_ptr<qel::http::HttpServer> http;
 };
 
 // Sends raw bytes to 127.0.0.1:port and returns what comes back until the server
@@ -73,7 +81,10 @@ std::string rawExchange(unsigned short port, const std::string& bytes, int timeo
 
 // A well-formed CIM-XML request for EnumerateInstanceNames of QEL_FCPort in root/qel.
 std::string enumerateNamesBody();
-std::string cimPost(const std::string& body, const std::string& authorization, const std::string& extraHeaders = "");
+std::string cimPost(
+    const std::string& body,
+    const std::string& authorization,
+    const std::string& extraHeaders = "");
 
 }  // namespace wiretest
 

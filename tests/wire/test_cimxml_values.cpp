@@ -8,13 +8,15 @@
 using namespace Pegasus;
 using namespace qel::cimxml;
 
-namespace {
+namespace
+{
 
-struct ScalarCase {
-  CIMType type;
-  const char* text;
-  bool ok;
-  const char* printed;  // text written back, when ok
+struct ScalarCase
+{
+    CIMType type;
+    const char* text;
+    bool ok;
+    const char* printed;  // text written back, when ok
 };
 
 const ScalarCase kScalars[] = {
@@ -47,38 +49,46 @@ const ScalarCase kScalars[] = {
     {CIMTYPE_DATETIME, "20241301000000.000000+000", false, nullptr},
 };
 
-class ScalarText : public ::testing::TestWithParam<ScalarCase> {};
+class ScalarText : public ::testing::TestWithParam<ScalarCase>
+{
+};
 
-TEST_P(ScalarText, ParsesOrRefusesAndWritesBack) {
-  const ScalarCase& c = GetParam();
-  if (!c.ok) {
-    try {
-      parseScalar(c.type, c.text, "VALUE");
-      FAIL() << "accepted \"" << c.text << "\" as " << typeAttribute(c.type);
-    } catch (const CIMException& e) {
-      EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_PARAMETER);
-      // The message says where and what.
-      EXPECT_NE(std::string(e.getMessage().getCString()).find("VALUE"), std::string::npos);
+TEST_P(ScalarText, ParsesOrRefusesAndWritesBack)
+{
+    const ScalarCase& c = GetParam();
+    if (!c.ok)
+    {
+        try
+        {
+            parseScalar(c.type, c.text, "VALUE");
+            FAIL() << "accepted \"" << c.text << "\" as " << typeAttribute(c.type);
+        }
+        catch (const CIMException& e)
+        {
+            EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_PARAMETER);
+            // The message says where and what.
+            EXPECT_NE(std::string(e.getMessage().getCString()).find("VALUE"), std::string::npos);
+        }
+        return;
     }
-    return;
-  }
-  const CIMValue v = parseScalar(c.type, c.text, "VALUE");
-  EXPECT_EQ(v.getType(), c.type);
-  std::string out;
-  appendScalarText(out, v);
-  EXPECT_EQ(out, c.printed);
+    const CIMValue v = parseScalar(c.type, c.text, "VALUE");
+    EXPECT_EQ(v.getType(), c.type);
+    std::string out;
+    appendScalarText(out, v);
+    EXPECT_EQ(out, c.printed);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllTypes, ScalarText, ::testing::ValuesIn(kScalars));
 
-TEST(ArrayText, ElementsRoundTripAndOneBadElementFailsTheArray) {
-  const CIMValue v = parseArray(CIMTYPE_UINT16, {"1", "0x10", "65535"}, "VALUE.ARRAY");
-  ASSERT_TRUE(v.isArray());
-  std::vector<std::string> texts;
-  appendArrayTexts(texts, v);
-  EXPECT_EQ(texts, (std::vector<std::string>{"1", "16", "65535"}));
-  EXPECT_THROW(parseArray(CIMTYPE_UINT16, {"1", "65536"}, "VALUE.ARRAY"), CIMException);
-  EXPECT_EQ(parseArray(CIMTYPE_STRING, {}, "VALUE.ARRAY").getArraySize(), 0u);
+TEST(ArrayText, ElementsRoundTripAndOneBadElementFailsTheArray)
+{
+    const CIMValue v = parseArray(CIMTYPE_UINT16, {"1", "0x10", "65535"}, "VALUE.ARRAY");
+    ASSERT_TRUE(v.isArray());
+    std::vector<std::string> texts;
+    appendArrayTexts(texts, v);
+    EXPECT_EQ(texts, (std::vector<std::string>{"1", "16", "65535"}));
+    EXPECT_THROW(parseArray(CIMTYPE_UINT16, {"1", "65536"}, "VALUE.ARRAY"), CIMException);
+    EXPECT_EQ(parseArray(CIMTYPE_STRING, {}, "VALUE.ARRAY").getArraySize(), 0u);
 }
 
 }  // namespace

@@ -10,155 +10,200 @@
 using namespace qel::http;
 using namespace wiretest;
 
-namespace {
+namespace
+{
 
-struct ServiceCase {
-  const char* what;
-  std::function<void(HttpRequest&, ConnectionInfo&)> change;
-  int status;
-  const char* cimError;      // expected CIMError header, "" for none
-  const char* bodyMentions;  // "" for no check
+struct ServiceCase
+{
+    const char* what;
+    std::function<void(HttpRequest&, ConnectionInfo&)> change;
+    int status;
+    const char* cimError;      // expected CIMError header, "" for none
+    const char* bodyMentions;  // "" for no check
 };
 
-std::string headerOf(const HttpResponse& r, const std::string& name) {
-  for (const auto& h : r.headers)
-    if (h.first == name) return h.second;
-  return "";
+std::string headerOf(const HttpResponse& r, const std::string& name)
+{
+    for (const auto& h : r.headers)
+        if (h.first == name)
+            return h.second;
+    return "";
 }
 
-void dropHeader(HttpRequest& r, const std::string& name) {
-  for (auto it = r.headers.begin(); it != r.headers.end(); ++it)
-    if (it->first == name) {
-      r.headers.erase(it);
-      return;
+void dropHeader(HttpRequest& r, const std::string& name)
+{
+    for (auto it = r.headers.begin(); it != r.headers.end(); ++it)
+        if (it->first == name)
+        {
+            r.headers.erase(it);
+            return;
+        }
+}
+
+void setHeader(HttpRequest& r, const std::string& name, const std::string& value)
+{
+    dropHeader(r, name);
+    r.headers.emplace_back(name, value);
+}
+
+class CimHttpServiceTest : public ::testing::TestWithParam<ServiceCase>
+{
+protected:
+    static void SetUpTestSuite() { frontEnd = new FrontEnd(); }
+    static void TearDownTestSuite()
+    {
+        delete frontEnd;
+        frontEnd = nullptr;
     }
-}
 
-void setHeader(HttpRequest& r, const std::string& name, const std::string& value) {
-  dropHeader(r, name);
-  r.headers.emplace_back(name, value);
-}
+    static HttpRequest goodRequest()
+    {
+        HttpRequest r;
+        r.method = "POST";
+        r.target = "/cimom";
+        r.headers = {
+            {"Content-Type", "application/xml; charset=\"utf-8\""},
+            {"CIMProtocolVersion", "1.0"},
+            {"CIMOperation", "MethodCall"},
+            {"CIMMethod", "EnumerateInstanceNames"},
+            {"CIMObject", "root%2Fqel"},
+            {"Authorization", basicAuth("alice", "wonderland")}};
+        r.body = enumerateNamesBody();
+        return r;
+    }
 
-class CimHttpServiceTest : public ::testing::TestWithParam<ServiceCase> {
- protected:
-  static void SetUpTestSuite() { frontEnd = new FrontEnd(); }
-  static void TearDownTestSuite() {
-    delete frontEnd;
-    frontEnd = nullptr;
-  }
-
-  static HttpRequest goodRequest() {
-    HttpRequest r;
-    r.method = "POST";
-    r.target = "/cimom";
-    r.headers = {{"Content-Type", "application/xml; charset=\"utf-8\""},
-                 {"CIMProtocolVersion", "1.0"},
-                 {"CIMOperation", "MethodCall"},
-                 {"CIMMethod", "EnumerateInstanceNames"},
-                 {"CIMObject", "root%2Fqel"},
-                 {"Authorization", basicAuth("alice", "wonderland")}};
-    r.body = enumerateNamesBody();
-    return r;
-  }
-
-  static FrontEnd* frontEnd;
+    static FrontEnd* frontEnd;
 };
 
 FrontEnd* CimHttpServiceTest::frontEnd = nullptr;
 
-TEST_P(CimHttpServiceTest, AnswersAsTheCimMappingPrescribes) {
-  const ServiceCase& c = GetParam();
-  HttpRequest request = goodRequest();
-  ConnectionInfo connection;
-  connection.clientAddress = "127.0.0.1";
-  c.change(request, connection);
-  const HttpResponse response = frontEnd->service->process(request, connection);
-  EXPECT_EQ(response.status, c.status) << c.what << "\n" << response.body;
-  EXPECT_EQ(headerOf(response, "CIMError"), c.cimError) << c.what;
-  EXPECT_NE(response.body.find(c.bodyMentions), std::string::npos) << c.what << response.body;
-  EXPECT_EQ(headerOf(response, "WWW-Authenticate"), c.status == 401 ? "Basic realm=\"qel-cimserver\"" : "");
+TEST_P(CimHttpServiceTest, AnswersAsTheCimMappingPrescribes)
+{
+    const ServiceCase& c = GetParam();
+    HttpRequest request = goodRequest();
+    ConnectionInfo connection;
+    connection.clientAddress = "127.0.0.1";
+    c.change(request, connection);
+    const HttpResponse response = frontEnd->service->process(request, connection);
+    EXPECT_EQ(response.status, c.status) << c.what << "\n" << response.body;
+    EXPECT_EQ(headerOf(response, "CIMError"), c.cimError) << c.what;
+    EXPECT_NE(response.body.find(c.bodyMentions), std::string::npos) << c.what << response.body;
+    EXPECT_EQ(
+        headerOf(response, "WWW-Authenticate"),
+        c.status == 401 ? "Basic realm=\"qel-cimserver\"" : "");
 }
 
 using Request = HttpRequest&;
 using Connection = ConnectionInfo&;
 
 INSTANTIATE_TEST_SUITE_P(
-    Requests, CimHttpServiceTest,
+    Requests,
+    CimHttpServiceTest,
     ::testing::Values(
-        ServiceCase{"good request", [](Request, Connection) {}, 200, "", "<INSTANCENAME CLASSNAME=\"QEL_FCPort\">"},
-        ServiceCase{"namespace header not escaped",
-                    [](Request r, Connection) { setHeader(r, "CIMObject", "root/qel"); }, 200, "", "INSTANCENAME"},
+        ServiceCase{
+            "good request", [](Request, Connection) {}, 200, "",
+            "<INSTANCENAME CLASSNAME=\"QEL_FCPort\">"},
+        ServiceCase{
+            "namespace header not escaped",
+            [](Request r, Connection) { setHeader(r, "CIMObject", "root/qel"); }, 200, "",
+            "INSTANCENAME"},
         ServiceCase{"GET", [](Request r, Connection) { r.method = "GET"; }, 405, "", "POST"},
-        ServiceCase{"other path", [](Request r, Connection) { r.target = "/admin"; }, 404, "", "/cimom"},
-        ServiceCase{"no credentials", [](Request r, Connection) { dropHeader(r, "Authorization"); }, 401, "", ""},
-        ServiceCase{"no CIMOperation", [](Request r, Connection) { dropHeader(r, "CIMOperation"); }, 400,
-                    "unsupported-operation", ""},
-        ServiceCase{"protocol version 2", [](Request r, Connection) { setHeader(r, "CIMProtocolVersion", "2.0"); },
-                    501, "unsupported-protocol-version", ""},
-        ServiceCase{"no CIMMethod", [](Request r, Connection) { dropHeader(r, "CIMMethod"); }, 400, "header-mismatch",
-                    ""},
-        ServiceCase{"CIMMethod names another operation",
-                    [](Request r, Connection) { setHeader(r, "CIMMethod", "GetInstance"); }, 400, "header-mismatch",
-                    "CIMMethod"},
-        ServiceCase{"no CIMObject", [](Request r, Connection) { dropHeader(r, "CIMObject"); }, 400, "header-mismatch",
-                    ""},
-        ServiceCase{"CIMObject names another namespace",
-                    [](Request r, Connection) { setHeader(r, "CIMObject", "root%2Fother"); }, 400, "header-mismatch",
-                    "CIMObject"},
-        ServiceCase{"malformed XML", [](Request r, Connection) { r.body = "<CIM><MESSAGE"; }, 400,
-                    "request-not-well-formed", "not well-formed"},
-        ServiceCase{"wrong content type", [](Request r, Connection) { setHeader(r, "Content-Type", "text/plain"); },
-                    415, "", ""},
-        ServiceCase{"M-POST with the CIM mapping",
-                    [](Request r, Connection) {
-                      r.method = "M-POST";
-                      for (auto& h : r.headers)
-                        if (h.first.rfind("CIM", 0) == 0) h.first = "73-" + h.first;
-                      r.headers.emplace_back("Man", "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73");
-                    },
-                    200, "", "INSTANCENAME"},
-        ServiceCase{"M-POST without Man", [](Request r, Connection) { r.method = "M-POST"; }, 400, "", "Man"},
-        ServiceCase{"local socket user without password",
-                    [](Request r, Connection c) {
-                      dropHeader(r, "Authorization");
-                      c.transport = Transport::Local;
-                      c.peerUser = "localuser";
-                    },
-                    200, "", "INSTANCENAME"},
-        ServiceCase{"local socket peer unknown",
-                    [](Request r, Connection c) {
-                      dropHeader(r, "Authorization");
-                      c.transport = Transport::Local;
-                      c.peerError = "peer uid 4242 has no user name";
-                    },
-                    401, "", ""}));
+        ServiceCase{
+            "other path", [](Request r, Connection) { r.target = "/admin"; }, 404, "", "/cimom"},
+        ServiceCase{
+            "no credentials", [](Request r, Connection) { dropHeader(r, "Authorization"); }, 401,
+            "", ""},
+        ServiceCase{
+            "no CIMOperation", [](Request r, Connection) { dropHeader(r, "CIMOperation"); }, 400,
+            "unsupported-operation", ""},
+        ServiceCase{
+            "protocol version 2",
+            [](Request r, Connection) { setHeader(r, "CIMProtocolVersion", "2.0"); }, 501,
+            "unsupported-protocol-version", ""},
+        ServiceCase{
+            "no CIMMethod", [](Request r, Connection) { dropHeader(r, "CIMMethod"); }, 400,
+            "header-mismatch", ""},
+        ServiceCase{
+            "CIMMethod names another operation",
+            [](Request r, Connection) { setHeader(r, "CIMMethod", "GetInstance"); }, 400,
+            "header-mismatch", "CIMMethod"},
+        ServiceCase{
+            "no CIMObject", [](Request r, Connection) { dropHeader(r, "CIMObject"); }, 400,
+            "header-mismatch", ""},
+        ServiceCase{
+            "CIMObject names another namespace",
+            [](Request r, Connection) { setHeader(r, "CIMObject", "root%2Fother"); }, 400,
+            "header-mismatch", "CIMObject"},
+        ServiceCase{
+            "malformed XML", [](Request r, Connection) { r.body = "<CIM><MESSAGE"; }, 400,
+            "request-not-well-formed", "not well-formed"},
+        ServiceCase{
+            "wrong content type",
+            [](Request r, Connection) { setHeader(r, "Content-Type", "text/plain"); }, 415, "", ""},
+        ServiceCase{
+            "M-POST with the CIM mapping",
+            [](Request r, Connection)
+            {
+                r.method = "M-POST";
+                for (auto& h : r.headers)
+                    if (h.first.rfind("CIM", 0) == 0)
+                        h.first = "73-" + h.first;
+                r.headers.emplace_back("Man", "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73");
+            },
+            200, "", "INSTANCENAME"},
+        ServiceCase{
+            "M-POST without Man", [](Request r, Connection) { r.method = "M-POST"; }, 400, "",
+            "Man"},
+        ServiceCase{
+            "local socket user without password",
+            [](Request r, Connection c)
+            {
+                dropHeader(r, "Authorization");
+                c.transport = Transport::Local;
+                c.peerUser = "localuser";
+            },
+            200, "", "INSTANCENAME"},
+        ServiceCase{
+            "local socket peer unknown",
+            [](Request r, Connection c)
+            {
+                dropHeader(r, "Authorization");
+                c.transport = Transport::Local;
+                c.peerError = "peer uid 4242 has no user name";
+            },
+            401, "", ""}));
 
-TEST_F(CimHttpServiceTest, UnknownOperationIsACimErrorNotAnHttpError) {
-  HttpRequest r = goodRequest();
-  setHeader(r, "CIMMethod", "Teleport");
-  r.body.replace(r.body.find("EnumerateInstanceNames"), 22, "Teleport");
-  ConnectionInfo c;
-  const HttpResponse response = frontEnd->service->process(r, c);
-  EXPECT_EQ(response.status, 200);
-  EXPECT_NE(response.body.find("<IMETHODRESPONSE NAME=\"Teleport\"><ERROR CODE=\"7\""), std::string::npos)
-      << response.body;
+TEST_F(CimHttpServiceTest, UnknownOperationIsACimErrorNotAnHttpError)
+{
+    HttpRequest r = goodRequest();
+    setHeader(r, "CIMMethod", "Teleport");
+    r.body.replace(r.body.find("EnumerateInstanceNames"), 22, "Teleport");
+    ConnectionInfo c;
+    const HttpResponse response = frontEnd->service->process(r, c);
+    EXPECT_EQ(response.status, 200);
+    EXPECT_NE(
+        response.body.find("<IMETHODRESPONSE NAME=\"Teleport\"><ERROR CODE=\"7\""),
+        std::string::npos)
+        << response.body;
 }
 
-TEST_F(CimHttpServiceTest, VerifiedCredentialsAreRememberedUntilThePasswordFileChanges) {
-  const HttpRequest r = goodRequest();
-  ConnectionInfo c;
-  ASSERT_EQ(frontEnd->service->process(r, c).status, 200);
-  EXPECT_EQ(c.verifiedUser, "alice");
-  // Same connection, same header: still accepted without a new hash check.
-  EXPECT_EQ(frontEnd->service->process(r, c).status, 200);
+TEST_F(CimHttpServiceTest, VerifiedCredentialsAreRememberedUntilThePasswordFileChanges)
+{
+    const HttpRequest r = goodRequest();
+    ConnectionInfo c;
+    ASSERT_EQ(frontEnd->service->process(r, c).status, 200);
+    EXPECT_EQ(c.verifiedUser, "alice");
+    // Same connection, same header: still accepted without a new hash check.
+    EXPECT_EQ(frontEnd->service->process(r, c).status, 200);
 
-  TempPasswordFile& pw = frontEnd->passwords;
-  qel::auth::PasswordFile f = qel::auth::PasswordFile::load(pw.path(), false);
-  f.set("alice", qel::auth::hashPassword("changed-password"));
-  f.save(pw.path());
-  EXPECT_EQ(frontEnd->service->process(r, c).status, 401);  // the old password no longer opens anything
-  f.set("alice", qel::auth::hashPassword("wonderland"));
-  f.save(pw.path());
+    TempPasswordFile& pw = frontEnd->passwords;
+    qel::auth::PasswordFile f = qel::auth::PasswordFile::load(pw.path(), false);
+    f.set("alice", qel::auth::hashPassword("changed-password"));
+    f.save(pw.path());
+    EXPECT_EQ(
+        frontEnd->service->process(r, c).status, 401);  // the old password no longer opens anything
+    f.set("alice", qel::auth::hashPassword("wonderland"));
+    f.save(pw.path());
 }
 
 }  // namespace

@@ -27,15 +27,12 @@ void CIMClient::setTimeout(Uint32 timeoutMilliseconds)
         _transport->setTimeout(timeoutMilliseconds);
 }
 
-void CIMClient::_attach(
-    std::unique_ptr<ClientTransport> transport,
-    const String& target)
+void CIMClient::_attach(std::unique_ptr<ClientTransport> transport, const String& target)
 {
     if (!transport)
     {
         throw CannotConnectException(
-            "Cannot connect to " + target +
-            ": the transport factory returned no connection");
+            "Cannot connect to " + target + ": the transport factory returned no connection");
     }
     _transport = std::move(transport);
 }
@@ -58,12 +55,9 @@ void CIMClient::connect(
     if (!factory)
     {
         throw CannotConnectException(
-            "Cannot connect to " + target +
-            ": no CIM-XML transport is installed in this process");
+            "Cannot connect to " + target + ": no CIM-XML transport is installed in this process");
     }
-    _attach(
-        factory(hostName, portNumber, userName, password, _timeoutMilliseconds),
-        target);
+    _attach(factory(hostName, portNumber, userName, password, _timeoutMilliseconds), target);
 }
 
 void CIMClient::connectLocal()
@@ -75,8 +69,7 @@ void CIMClient::connectLocal()
     if (!factory)
     {
         throw CannotConnectException(
-            "Cannot connect to " + target +
-            ": no local transport is installed in this process");
+            "Cannot connect to " + target + ": no local transport is installed in this process");
     }
     _attach(factory(_timeoutMilliseconds), target);
 }
@@ -102,8 +95,7 @@ CIMClass CIMClient::getClass(
     const CIMPropertyList& propertyList)
 {
     return _connection().getClass(
-        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
-        propertyList);
+        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 CIMInstance CIMClient::getInstance(
@@ -115,20 +107,16 @@ CIMInstance CIMClient::getInstance(
     const CIMPropertyList& propertyList)
 {
     return _connection().getInstance(
-        nameSpace, instanceName, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+        nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
-void CIMClient::deleteInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName)
+void CIMClient::deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
 {
     _connection().deleteInstance(nameSpace, instanceName);
 }
 
-CIMObjectPath CIMClient::createInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& newInstance)
+CIMObjectPath
+CIMClient::createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
 {
     return _connection().createInstance(nameSpace, newInstance);
 }
@@ -139,8 +127,7 @@ void CIMClient::modifyInstance(
     Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
-    _connection().modifyInstance(
-        nameSpace, modifiedInstance, includeQualifiers, propertyList);
+    _connection().modifyInstance(nameSpace, modifiedInstance, includeQualifiers, propertyList);
 }
 
 Array<CIMInstance> CIMClient::enumerateInstances(
@@ -153,13 +140,12 @@ Array<CIMInstance> CIMClient::enumerateInstances(
     const CIMPropertyList& propertyList)
 {
     return _connection().enumerateInstances(
-        nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+        nameSpace, className, deepInheritance, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
-Array<CIMObjectPath> CIMClient::enumerateInstanceNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+Array<CIMObjectPath>
+CIMClient::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     return _connection().enumerateInstanceNames(nameSpace, className);
 }
@@ -176,8 +162,8 @@ Array<CIMObject> CIMClient::associators(
     const CIMPropertyList& propertyList)
 {
     return _connection().associators(
-        nameSpace, objectName, assocClass, resultClass, role, resultRole,
-        includeQualifiers, includeClassOrigin, propertyList);
+        nameSpace, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
+        includeClassOrigin, propertyList);
 }
 
 Array<CIMObjectPath> CIMClient::associatorNames(
@@ -202,8 +188,8 @@ Array<CIMObject> CIMClient::references(
     const CIMPropertyList& propertyList)
 {
     return _connection().references(
-        nameSpace, objectName, resultClass, role, includeQualifiers,
-        includeClassOrigin, propertyList);
+        nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
 Array<CIMObjectPath> CIMClient::referenceNames(

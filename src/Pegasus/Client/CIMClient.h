@@ -66,13 +66,9 @@ public:
         Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    void deleteInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName);
+    void deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName);
 
-    CIMObjectPath createInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance);
+    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance);
 
     void modifyInstance(
         const CIMNamespaceName& nameSpace,
@@ -89,9 +85,8 @@ public:
         Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className);
+    Array<CIMObjectPath>
+    enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className);
 
     Array<CIMObject> associators(
         const CIMNamespaceName& nameSpace,
@@ -139,8 +134,7 @@ private:
     CIMClient& operator=(const CIMClient&) = delete;
 
     ClientTransport& _connection();
-    void _attach(std::unique_ptr<ClientTransport> transport,
-                 const String& target);
+    void _attach(std::unique_ptr<ClientTransport> transport, const String& target);
 
     std::unique_ptr<ClientTransport> _transport;
     Uint32 _timeoutMilliseconds;

@@ -27,7 +27,7 @@ LocalTransportFactory& localFactory()
     static LocalTransportFactory f;
     return f;
 }
-}
+}  // namespace
 
 TcpTransportFactory setTcpTransportFactory(TcpTransportFactory factory)
 {

@@ -60,13 +60,11 @@ public:
         Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMObjectPath> enumerateInstanceNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className) = 0;
+    virtual Array<CIMObjectPath>
+    enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className) = 0;
 
-    virtual CIMObjectPath createInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance) = 0;
+    virtual CIMObjectPath
+    createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) = 0;
 
     virtual void modifyInstance(
         const CIMNamespaceName& nameSpace,
@@ -74,9 +72,8 @@ public:
         Boolean includeQualifiers,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual void deleteInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName) = 0;
+    virtual void
+    deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) = 0;
 
     virtual Array<CIMObject> associators(
         const CIMNamespaceName& nameSpace,
@@ -132,17 +129,15 @@ typedef std::function<std::unique_ptr<ClientTransport>(
 
 // Opens a connection to the CIM server of this machine as the calling
 // process's user; throws CannotConnectException when it cannot.
-typedef std::function<std::unique_ptr<ClientTransport>(
-    Uint32 timeoutMilliseconds)>
+typedef std::function<std::unique_ptr<ClientTransport>(Uint32 timeoutMilliseconds)>
     LocalTransportFactory;
 
 // Install (or, with an empty function, remove) the factory used by later
 // connect() / connectLocal() calls in this process. Return the previous one
 // so that a caller can put it back. Safe to call from any thread.
-PEGASUS_CLIENT_LINKAGE TcpTransportFactory
-    setTcpTransportFactory(TcpTransportFactory factory);
+PEGASUS_CLIENT_LINKAGE TcpTransportFactory setTcpTransportFactory(TcpTransportFactory factory);
 PEGASUS_CLIENT_LINKAGE LocalTransportFactory
-    setLocalTransportFactory(LocalTransportFactory factory);
+setLocalTransportFactory(LocalTransportFactory factory);
 
 PEGASUS_NAMESPACE_END
 

@@ -5,7 +5,7 @@
 #include <Pegasus/Common/Config.h>
 
 #ifndef PEGASUS_CLIENT_LINKAGE
-# define PEGASUS_CLIENT_LINKAGE PEGASUS_EXPORT
+#define PEGASUS_CLIENT_LINKAGE PEGASUS_EXPORT
 #endif
 
 #endif /* Pegasus_Client_Linkage_h */

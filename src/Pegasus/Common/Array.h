@@ -218,8 +218,7 @@ private:
         }
         T* data()
         {
-            return reinterpret_cast<T*>(
-                reinterpret_cast<unsigned char*>(this) + dataOffset());
+            return reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(this) + dataOffset());
         }
     };
 

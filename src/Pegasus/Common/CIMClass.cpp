@@ -39,20 +39,17 @@ bool isKeyProperty(const CIMProperty& p)
     Uint32 pos = p.findQualifier(keyName());
     return pos != PEG_NOT_FOUND && isTrue(p.getQualifier(pos).getValue());
 }
-}
+}  // namespace
 
 // CIMClassRep
 
-CIMClassRep::CIMClassRep(
-    const CIMName& className,
-    const CIMName& superClassName_)
+CIMClassRep::CIMClassRep(const CIMName& className, const CIMName& superClassName_)
     : CIMObjectRep(CIMObjectPath(String(), CIMNamespaceName(), className)),
       superClassName(superClassName_)
 {
 }
 
-CIMClassRep::CIMClassRep(const CIMClassRep& x)
-    : CIMObjectRep(x), superClassName(x.superClassName)
+CIMClassRep::CIMClassRep(const CIMClassRep& x) : CIMObjectRep(x), superClassName(x.superClassName)
 {
     x.methods.cloneTo(methods);
 }
@@ -74,8 +71,7 @@ bool CIMClassRep::identical(const CIMObjectRep& x) const
         return false;
     if (this == other)
         return true;
-    if (!CIMObjectRep::identical(x) ||
-        !superClassName.equal(other->superClassName) ||
+    if (!CIMObjectRep::identical(x) || !superClassName.equal(other->superClassName) ||
         methods.size() != other->methods.size())
     {
         return false;
@@ -149,15 +145,11 @@ std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
         const CIMProperty& cp = properties.at(i);
         if (!propertyList.useThisProperty(cp.getName()))
             continue;
-        CIMProperty p = includeQualifiers
-            ? cp.clone()
-            : CIMProperty(
-                  cp.getName(),
-                  cp.getValue(),
-                  cp.getArraySize(),
-                  cp.getReferenceClassName(),
-                  cp.getClassOrigin(),
-                  cp.getPropagated());
+        CIMProperty p = includeQualifiers ? cp.clone()
+                                          : CIMProperty(
+                                                cp.getName(), cp.getValue(), cp.getArraySize(),
+                                                cp.getReferenceClassName(), cp.getClassOrigin(),
+                                                cp.getPropagated());
         if (!includeClassOrigin)
             p.setClassOrigin(CIMName());
         inst->properties.addDistinct(p);
@@ -172,8 +164,7 @@ CIMClass::CIMClass(const CIMClass& x) = default;
 CIMClass& CIMClass::operator=(const CIMClass& x) = default;
 CIMClass::~CIMClass() = default;
 
-CIMClass::CIMClass(const CIMObject& x)
-    : _rep(std::dynamic_pointer_cast<CIMClassRep>(x._rep))
+CIMClass::CIMClass(const CIMObject& x) : _rep(std::dynamic_pointer_cast<CIMClassRep>(x._rep))
 {
     if (!_rep)
         throw DynamicCastFailedException();
@@ -346,8 +337,8 @@ CIMInstance CIMClass::buildInstance(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
-    return CIMInstance(checkRep(_rep).buildInstance(
-        includeQualifiers, includeClassOrigin, propertyList));
+    return CIMInstance(
+        checkRep(_rep).buildInstance(includeQualifiers, includeClassOrigin, propertyList));
 }
 
 // CIMConstClass
@@ -375,9 +366,7 @@ CIMConstClass::CIMConstClass(const CIMConstObject& x)
         throw DynamicCastFailedException();
 }
 
-CIMConstClass::CIMConstClass(
-    const CIMName& className,
-    const CIMName& superClassName)
+CIMConstClass::CIMConstClass(const CIMName& className, const CIMName& superClassName)
     : _rep(std::make_shared<CIMClassRep>(className, superClassName))
 {
 }

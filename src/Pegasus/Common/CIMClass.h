@@ -29,9 +29,7 @@ public:
     // DynamicCastFailedException.
     explicit CIMClass(const CIMObject& x);
     // A null class name throws UninitializedObjectException.
-    CIMClass(
-        const CIMName& className,
-        const CIMName& superClassName = CIMName());
+    CIMClass(const CIMName& className, const CIMName& superClassName = CIMName());
     CIMClass& operator=(const CIMClass& x);
     ~CIMClass();
 
@@ -105,9 +103,7 @@ public:
     CIMConstClass(const CIMClass& x);
     explicit CIMConstClass(const CIMObject& x);
     explicit CIMConstClass(const CIMConstObject& x);
-    CIMConstClass(
-        const CIMName& className,
-        const CIMName& superClassName = CIMName());
+    CIMConstClass(const CIMName& className, const CIMName& superClassName = CIMName());
     CIMConstClass& operator=(const CIMConstClass& x);
     CIMConstClass& operator=(const CIMClass& x);
     ~CIMConstClass();

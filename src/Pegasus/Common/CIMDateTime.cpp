@@ -28,7 +28,7 @@ bool _isLeapYear(Uint32 year)
 
 Uint32 _daysInMonth(Uint32 year, Uint32 month)
 {
-    static const Uint8 days[] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
+    static const Uint8 days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     return (month == 2 && _isLeapYear(year)) ? 29 : days[month - 1];
 }
 
@@ -124,11 +124,16 @@ void _putDigits(char*& p, Uint64 x, int n)
 
 const Uint32 CIMDateTime::WILDCARD = Uint32(-1);
 
-CIMDateTime::CIMDateTime() : _usec(0), _utcOffset(0), _sign(':'), _numWildcards(0) {}
+CIMDateTime::CIMDateTime() : _usec(0), _utcOffset(0), _sign(':'), _numWildcards(0)
+{
+}
 
 CIMDateTime::CIMDateTime(const CIMDateTime& x) = default;
 
-CIMDateTime::CIMDateTime(const String& str) : CIMDateTime() { set(str); }
+CIMDateTime::CIMDateTime(const String& str) : CIMDateTime()
+{
+    set(str);
+}
 
 CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : CIMDateTime()
 {
@@ -141,29 +146,44 @@ CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : CIMDateTime()
 }
 
 CIMDateTime::CIMDateTime(
-    Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
-    Uint32 seconds, Uint32 microseconds, Uint32 numSignificantMicrosecondDigits,
+    Uint32 year,
+    Uint32 month,
+    Uint32 day,
+    Uint32 hours,
+    Uint32 minutes,
+    Uint32 seconds,
+    Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits,
     Sint32 utcOffset)
     : CIMDateTime()
 {
-    setTimeStamp(year, month, day, hours, minutes, seconds, microseconds,
-        numSignificantMicrosecondDigits, utcOffset);
+    setTimeStamp(
+        year, month, day, hours, minutes, seconds, microseconds, numSignificantMicrosecondDigits,
+        utcOffset);
 }
 
 CIMDateTime::CIMDateTime(
-    Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+    Uint32 days,
+    Uint32 hours,
+    Uint32 minutes,
+    Uint32 seconds,
+    Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits)
     : CIMDateTime()
 {
-    setInterval(days, hours, minutes, seconds, microseconds,
-        numSignificantMicrosecondDigits);
+    setInterval(days, hours, minutes, seconds, microseconds, numSignificantMicrosecondDigits);
 }
 
-CIMDateTime::~CIMDateTime() {}
+CIMDateTime::~CIMDateTime()
+{
+}
 
 CIMDateTime& CIMDateTime::operator=(const CIMDateTime& x) = default;
 
-void CIMDateTime::clear() { *this = CIMDateTime(); }
+void CIMDateTime::clear()
+{
+    *this = CIMDateTime();
+}
 
 void CIMDateTime::set(const String& str)
 {
@@ -204,8 +224,9 @@ void CIMDateTime::set(const String& str)
         if (noWild)
             throw InvalidDateTimeFormatException();
         // "-000" reads as "+000", as in the original.
-        result.setTimeStamp(year, month, day, hours, minutes, seconds, micro,
-            significant, sign == '+' ? Sint32(offset) : -Sint32(offset));
+        result.setTimeStamp(
+            year, month, day, hours, minutes, seconds, micro, significant,
+            sign == '+' ? Sint32(offset) : -Sint32(offset));
     }
     else
         throw InvalidDateTimeFormatException();
@@ -213,8 +234,14 @@ void CIMDateTime::set(const String& str)
 }
 
 void CIMDateTime::setTimeStamp(
-    Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
-    Uint32 seconds, Uint32 microseconds, Uint32 numSignificantMicrosecondDigits,
+    Uint32 year,
+    Uint32 month,
+    Uint32 day,
+    Uint32 hours,
+    Uint32 minutes,
+    Uint32 seconds,
+    Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits,
     Sint32 utcOffset)
 {
     clear();
@@ -286,8 +313,12 @@ void CIMDateTime::setTimeStamp(
 }
 
 void CIMDateTime::setInterval(
-    Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+    Uint32 days,
+    Uint32 hours,
+    Uint32 minutes,
+    Uint32 seconds,
+    Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits)
 {
     clear();
     Uint16 wild = 0;
@@ -329,8 +360,7 @@ void CIMDateTime::setInterval(
         _outOfRange("microseconds number must be less than 999999");
     wild = wild ? wild : Uint16(6 - numSignificantMicrosecondDigits);
 
-    _usec = microseconds + seconds * SECOND + minutes * MINUTE + hours * HOUR +
-        Uint64(days) * DAY;
+    _usec = microseconds + seconds * SECOND + minutes * MINUTE + hours * HOUR + Uint64(days) * DAY;
     _sign = ':';
     _utcOffset = 0;
     _numWildcards = wild;
@@ -387,8 +417,8 @@ CIMDateTime CIMDateTime::getCurrentDateTime()
     long east = local.tm_gmtoff / 60;
 
     CIMDateTime result;
-    result._usec = Uint64(DAYS_TO_1970) * DAY +
-        Uint64(Sint64(sec) + east * 60) * SECOND + Uint64(tv.tv_usec);
+    result._usec =
+        Uint64(DAYS_TO_1970) * DAY + Uint64(Sint64(sec) + east * 60) * SECOND + Uint64(tv.tv_usec);
     result._sign = east < 0 ? '-' : '+';
     result._utcOffset = Uint32(east < 0 ? -east : east);
     result._numWildcards = 0;
@@ -402,11 +432,20 @@ Sint64 CIMDateTime::getDifference(CIMDateTime startTime, CIMDateTime finishTime)
     return Sint64(finishTime.toMicroSeconds() - startTime.toMicroSeconds());
 }
 
-Boolean CIMDateTime::isInterval() const { return _sign == ':'; }
+Boolean CIMDateTime::isInterval() const
+{
+    return _sign == ':';
+}
 
-Boolean CIMDateTime::isInterval() { return _sign == ':'; }
+Boolean CIMDateTime::isInterval()
+{
+    return _sign == ':';
+}
 
-Boolean CIMDateTime::isTimeStamp() const { return _sign != ':'; }
+Boolean CIMDateTime::isTimeStamp() const
+{
+    return _sign != ':';
+}
 
 // The UTC offset is applied only as far as the wildcards allow: not at all
 // when hours are wildcards, hours only when minutes are.
@@ -457,7 +496,10 @@ int CIMDateTime::_compare(const CIMDateTime& x, const CIMDateTime& y)
     return 0;
 }
 
-Boolean CIMDateTime::equal(const CIMDateTime& x) const { return _compare(*this, x) == 0; }
+Boolean CIMDateTime::equal(const CIMDateTime& x) const
+{
+    return _compare(*this, x) == 0;
+}
 
 CIMDateTime CIMDateTime::operator+(const CIMDateTime& x) const
 {
@@ -547,12 +589,30 @@ Uint64 CIMDateTime::operator/(const CIMDateTime& cdt) const
     return _usec / cdt._usec;
 }
 
-Boolean CIMDateTime::operator<(const CIMDateTime& x) const { return _compare(*this, x) < 0; }
-Boolean CIMDateTime::operator<=(const CIMDateTime& x) const { return _compare(*this, x) <= 0; }
-Boolean CIMDateTime::operator>(const CIMDateTime& x) const { return _compare(*this, x) > 0; }
-Boolean CIMDateTime::operator>=(const CIMDateTime& x) const { return _compare(*this, x) >= 0; }
-Boolean CIMDateTime::operator!=(const CIMDateTime& x) const { return _compare(*this, x) != 0; }
+Boolean CIMDateTime::operator<(const CIMDateTime& x) const
+{
+    return _compare(*this, x) < 0;
+}
+Boolean CIMDateTime::operator<=(const CIMDateTime& x) const
+{
+    return _compare(*this, x) <= 0;
+}
+Boolean CIMDateTime::operator>(const CIMDateTime& x) const
+{
+    return _compare(*this, x) > 0;
+}
+Boolean CIMDateTime::operator>=(const CIMDateTime& x) const
+{
+    return _compare(*this, x) >= 0;
+}
+Boolean CIMDateTime::operator!=(const CIMDateTime& x) const
+{
+    return _compare(*this, x) != 0;
+}
 
-Boolean operator==(const CIMDateTime& x, const CIMDateTime& y) { return x.equal(y); }
+Boolean operator==(const CIMDateTime& x, const CIMDateTime& y)
+{
+    return x.equal(y);
+}
 
 PEGASUS_NAMESPACE_END

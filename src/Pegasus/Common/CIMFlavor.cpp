@@ -12,7 +12,7 @@ const Uint32 kToInstance = 4;
 const Uint32 kTranslatable = 8;
 const Uint32 kDisableOverride = 16;
 const Uint32 kRestricted = 32;
-}
+}  // namespace
 
 const CIMFlavor CIMFlavor::NONE(0u);
 const CIMFlavor CIMFlavor::OVERRIDABLE(kOverridable);
@@ -57,12 +57,9 @@ String CIMFlavor::toString() const
         Uint32 bit;
         const char* name;
     } names[] = {
-        {kOverridable, "OVERRIDABLE"},
-        {kToSubclass, "TOSUBCLASS"},
-        {kToInstance, "TOINSTANCE"},
-        {kTranslatable, "TRANSLATABLE"},
-        {kDisableOverride, "DISABLEOVERRIDE"},
-        {kRestricted, "RESTRICTED"},
+        {kOverridable, "OVERRIDABLE"},         {kToSubclass, "TOSUBCLASS"},
+        {kToInstance, "TOINSTANCE"},           {kTranslatable, "TRANSLATABLE"},
+        {kDisableOverride, "DISABLEOVERRIDE"}, {kRestricted, "RESTRICTED"},
     };
     String text;
     for (const auto& n : names)

@@ -25,8 +25,7 @@ std::shared_ptr<CIMInstanceRep> CIMInstanceRep::clone() const
 
 bool CIMInstanceRep::identical(const CIMObjectRep& x) const
 {
-    return dynamic_cast<const CIMInstanceRep*>(&x) != nullptr &&
-        CIMObjectRep::identical(x);
+    return dynamic_cast<const CIMInstanceRep*>(&x) != nullptr && CIMObjectRep::identical(x);
 }
 
 CIMObjectPath CIMInstanceRep::buildPath(const CIMConstClass& cimClass) const
@@ -63,8 +62,7 @@ CIMInstance::CIMInstance(const CIMName& className)
 {
 }
 
-CIMInstance::CIMInstance(std::shared_ptr<CIMInstanceRep> rep)
-    : _rep(std::move(rep))
+CIMInstance::CIMInstance(std::shared_ptr<CIMInstanceRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -170,16 +168,14 @@ void CIMInstance::instanceFilter(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    checkRep(_rep).instanceFilter(
-        includeQualifiers, includeClassOrigin, propertyList);
+    checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }
 
 // CIMConstInstance
 
 CIMConstInstance::CIMConstInstance() = default;
 CIMConstInstance::CIMConstInstance(const CIMConstInstance& x) = default;
-CIMConstInstance& CIMConstInstance::operator=(const CIMConstInstance& x) =
-    default;
+CIMConstInstance& CIMConstInstance::operator=(const CIMConstInstance& x) = default;
 CIMConstInstance::~CIMConstInstance() = default;
 
 CIMConstInstance::CIMConstInstance(const CIMInstance& x) : _rep(x._rep)

@@ -12,16 +12,14 @@ public:
         CIMType type_,
         const CIMName& classOrigin_,
         Boolean propagated_)
-        : name(name_), type(type_), classOrigin(classOrigin_),
-          propagated(propagated_)
+        : name(name_), type(type_), classOrigin(classOrigin_), propagated(propagated_)
     {
         if (name.isNull())
             throw UninitializedObjectException();
     }
 
     CIMMethodRep(const CIMMethodRep& x)
-        : name(x.name), type(x.type), classOrigin(x.classOrigin),
-          propagated(x.propagated)
+        : name(x.name), type(x.type), classOrigin(x.classOrigin), propagated(x.propagated)
     {
         x.qualifiers.cloneTo(qualifiers);
         x.parameters.cloneTo(parameters);
@@ -31,9 +29,8 @@ public:
     bool identical(const CIMMethodRep& x) const
     {
         return this == &x ||
-            (name.equal(x.name) && type == x.type &&
-             qualifiers.identical(x.qualifiers) &&
-             parameters.identical(x.parameters));
+               (name.equal(x.name) && type == x.type && qualifiers.identical(x.qualifiers) &&
+                parameters.identical(x.parameters));
     }
 
     CIMName name;
@@ -82,9 +79,8 @@ void CIMMethod::setName(const CIMName& name)
         throw UninitializedObjectException();
     if (rep.ownerCount != 0 && !rep.name.equal(name))
     {
-        throw Exception(
-            "Attempted to change the name of a method already in a "
-            "container.");
+        throw Exception("Attempted to change the name of a method already in a "
+                        "container.");
     }
     rep.name = name;
 }

@@ -17,7 +17,8 @@ PEGASUS_NAMESPACE_BEGIN
 
 class CIMConstMethod;
 class CIMMethodRep;
-template <class H> class NamedElementList;
+template <class H>
+class NamedElementList;
 
 class PEGASUS_COMMON_LINKAGE CIMMethod
 {
@@ -70,7 +71,8 @@ private:
     std::shared_ptr<CIMMethodRep> _rep;
 
     friend class CIMConstMethod;
-    template <class H> friend class NamedElementList;
+    template <class H>
+    friend class NamedElementList;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstMethod

@@ -14,9 +14,15 @@ inline bool _isAlphaUnder(Uint16 c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 
-inline bool _isWide(Uint16 c) { return c >= 0x0080 && c <= 0xFFEF; }
+inline bool _isWide(Uint16 c)
+{
+    return c >= 0x0080 && c <= 0xFFEF;
+}
 
-inline bool _isFirst(Uint16 c) { return c < 128 ? _isAlphaUnder(c) : _isWide(c); }
+inline bool _isFirst(Uint16 c)
+{
+    return c < 128 ? _isAlphaUnder(c) : _isWide(c);
+}
 
 inline bool _isNext(Uint16 c)
 {
@@ -54,7 +60,9 @@ String _checkedNamespace(const String& name)
 // CIMName
 //
 
-CIMName::CIMName() {}
+CIMName::CIMName()
+{
+}
 
 CIMName::CIMName(const String& name) : cimName(name)
 {
@@ -169,13 +177,25 @@ CIMName& CIMName::operator=(const String& name)
     return *this;
 }
 
-CIMName& CIMName::operator=(const char* name) { return *this = String(name); }
+CIMName& CIMName::operator=(const char* name)
+{
+    return *this = String(name);
+}
 
-const String& CIMName::getString() const { return cimName; }
+const String& CIMName::getString() const
+{
+    return cimName;
+}
 
-Boolean CIMName::isNull() const { return cimName.size() == 0; }
+Boolean CIMName::isNull() const
+{
+    return cimName.size() == 0;
+}
 
-void CIMName::clear() { cimName.clear(); }
+void CIMName::clear()
+{
+    cimName.clear();
+}
 
 Boolean CIMName::equal(const CIMName& name) const
 {
@@ -193,24 +213,47 @@ Boolean CIMName::legal(const String& name)
     return n != 0 && _element(name.getChar16Data(), 0, n, false) == n;
 }
 
-Boolean operator==(const CIMName& name1, const CIMName& name2) { return name1.equal(name2); }
-Boolean operator==(const CIMName& name1, const char* name2) { return name1.equal(name2); }
-Boolean operator==(const char* name1, const CIMName& name2) { return name2.equal(name1); }
-Boolean operator!=(const CIMName& name1, const CIMName& name2) { return !name1.equal(name2); }
-Boolean operator!=(const CIMName& name1, const char* name2) { return !name1.equal(name2); }
-Boolean operator!=(const char* name1, const CIMName& name2) { return !name2.equal(name1); }
+Boolean operator==(const CIMName& name1, const CIMName& name2)
+{
+    return name1.equal(name2);
+}
+Boolean operator==(const CIMName& name1, const char* name2)
+{
+    return name1.equal(name2);
+}
+Boolean operator==(const char* name1, const CIMName& name2)
+{
+    return name2.equal(name1);
+}
+Boolean operator!=(const CIMName& name1, const CIMName& name2)
+{
+    return !name1.equal(name2);
+}
+Boolean operator!=(const CIMName& name1, const char* name2)
+{
+    return !name1.equal(name2);
+}
+Boolean operator!=(const char* name1, const CIMName& name2)
+{
+    return !name2.equal(name1);
+}
 
 //
 // CIMNamespaceName
 //
 
-CIMNamespaceName::CIMNamespaceName() {}
+CIMNamespaceName::CIMNamespaceName()
+{
+}
 
-CIMNamespaceName::CIMNamespaceName(const String& name)
-    : cimNamespaceName(_checkedNamespace(name)) {}
+CIMNamespaceName::CIMNamespaceName(const String& name) : cimNamespaceName(_checkedNamespace(name))
+{
+}
 
 CIMNamespaceName::CIMNamespaceName(const char* name)
-    : cimNamespaceName(_checkedNamespace(String(name))) {}
+    : cimNamespaceName(_checkedNamespace(String(name)))
+{
+}
 
 CIMNamespaceName& CIMNamespaceName::operator=(const CIMNamespaceName& name)
 {
@@ -229,11 +272,20 @@ CIMNamespaceName& CIMNamespaceName::operator=(const char* name)
     return *this = String(name);
 }
 
-const String& CIMNamespaceName::getString() const { return cimNamespaceName; }
+const String& CIMNamespaceName::getString() const
+{
+    return cimNamespaceName;
+}
 
-Boolean CIMNamespaceName::isNull() const { return cimNamespaceName.size() == 0; }
+Boolean CIMNamespaceName::isNull() const
+{
+    return cimNamespaceName.size() == 0;
+}
 
-void CIMNamespaceName::clear() { cimNamespaceName.clear(); }
+void CIMNamespaceName::clear()
+{
+    cimNamespaceName.clear();
+}
 
 Boolean CIMNamespaceName::equal(const CIMNamespaceName& name) const
 {
@@ -266,13 +318,25 @@ Boolean operator==(const CIMNamespaceName& name1, const CIMNamespaceName& name2)
 {
     return name1.equal(name2);
 }
-Boolean operator==(const CIMNamespaceName& name1, const char* name2) { return name1.equal(name2); }
-Boolean operator==(const char* name1, const CIMNamespaceName& name2) { return name2.equal(name1); }
+Boolean operator==(const CIMNamespaceName& name1, const char* name2)
+{
+    return name1.equal(name2);
+}
+Boolean operator==(const char* name1, const CIMNamespaceName& name2)
+{
+    return name2.equal(name1);
+}
 Boolean operator!=(const CIMNamespaceName& name1, const CIMNamespaceName& name2)
 {
     return !name1.equal(name2);
 }
-Boolean operator!=(const CIMNamespaceName& name1, const char* name2) { return !name1.equal(name2); }
-Boolean operator!=(const char* name1, const CIMNamespaceName& name2) { return !name2.equal(name1); }
+Boolean operator!=(const CIMNamespaceName& name1, const char* name2)
+{
+    return !name1.equal(name2);
+}
+Boolean operator!=(const char* name1, const CIMNamespaceName& name2)
+{
+    return !name2.equal(name1);
+}
 
 PEGASUS_NAMESPACE_END

@@ -75,12 +75,12 @@ private:
     String cimNamespaceName;
 };
 
-PEGASUS_COMMON_LINKAGE Boolean operator==(
-    const CIMNamespaceName& name1, const CIMNamespaceName& name2);
+PEGASUS_COMMON_LINKAGE Boolean
+operator==(const CIMNamespaceName& name1, const CIMNamespaceName& name2);
 PEGASUS_COMMON_LINKAGE Boolean operator==(const CIMNamespaceName& name1, const char* name2);
 PEGASUS_COMMON_LINKAGE Boolean operator==(const char* name1, const CIMNamespaceName& name2);
-PEGASUS_COMMON_LINKAGE Boolean operator!=(
-    const CIMNamespaceName& name1, const CIMNamespaceName& name2);
+PEGASUS_COMMON_LINKAGE Boolean
+operator!=(const CIMNamespaceName& name1, const CIMNamespaceName& name2);
 PEGASUS_COMMON_LINKAGE Boolean operator!=(const CIMNamespaceName& name1, const char* name2);
 PEGASUS_COMMON_LINKAGE Boolean operator!=(const char* name1, const CIMNamespaceName& name2);
 

@@ -8,8 +8,7 @@ PEGASUS_NAMESPACE_BEGIN
 
 // CIMObjectRep
 
-CIMObjectRep::CIMObjectRep(const CIMObjectPath& reference_)
-    : reference(reference_)
+CIMObjectRep::CIMObjectRep(const CIMObjectPath& reference_) : reference(reference_)
 {
     if (reference.getClassName().isNull())
         throw UninitializedObjectException();
@@ -25,10 +24,8 @@ CIMObjectRep::~CIMObjectRep() = default;
 
 bool CIMObjectRep::identical(const CIMObjectRep& x) const
 {
-    return this == &x ||
-        (reference.identical(x.reference) &&
-         qualifiers.identical(x.qualifiers) &&
-         properties.identical(x.properties));
+    return this == &x || (reference.identical(x.reference) && qualifiers.identical(x.qualifiers) &&
+                          properties.identical(x.properties));
 }
 
 void CIMObjectRep::addProperty(const CIMProperty& x)
@@ -197,8 +194,7 @@ void CIMObject::instanceFilter(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    checkRep(_rep).instanceFilter(
-        includeQualifiers, includeClassOrigin, propertyList);
+    checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }
 
 // CIMConstObject

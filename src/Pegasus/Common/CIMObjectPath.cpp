@@ -17,8 +17,13 @@ class CIMObjectPathRep
 public:
     CIMObjectPathRep() : refs(1) {}
     CIMObjectPathRep(const CIMObjectPathRep& x)
-        : refs(1), host(x.host), nameSpace(x.nameSpace), className(x.className),
-          keyBindings(x.keyBindings) {}
+        : refs(1),
+          host(x.host),
+          nameSpace(x.nameSpace),
+          className(x.className),
+          keyBindings(x.keyBindings)
+    {
+    }
 
     std::atomic<Uint32> refs;
     String host;  // with the port, if any ("myhost:5988")
@@ -55,7 +60,10 @@ inline void _unref(CIMObjectPathRep* rep)
 // Host names
 //
 
-inline bool _isAsciiDigit(Uint16 c) { return c >= '0' && c <= '9'; }
+inline bool _isAsciiDigit(Uint16 c)
+{
+    return c >= '0' && c <= '9';
+}
 
 inline bool _isAsciiAlpha(Uint16 c)
 {
@@ -257,13 +265,15 @@ void _sortKeys(Array<CIMKeyBinding>& keys)
     const CIMKeyBinding* d = keys.getData();
     bool sorted = true;
     for (Uint32 i = 1; i < n && sorted; ++i)
-        sorted = String::compareNoCase(d[i - 1].getName().getString(), d[i].getName().getString()) <= 0;
+        sorted =
+            String::compareNoCase(d[i - 1].getName().getString(), d[i].getName().getString()) <= 0;
     if (sorted)
         return;
     CIMKeyBinding* first = &keys[0];
-    std::stable_sort(first, first + n, [](const CIMKeyBinding& a, const CIMKeyBinding& b) {
-        return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0;
-    });
+    std::stable_sort(
+        first, first + n,
+        [](const CIMKeyBinding& a, const CIMKeyBinding& b)
+        { return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0; });
 }
 
 bool _unsignedValue(const String& text, Uint64& x)
@@ -340,7 +350,9 @@ class PathParser
 {
 public:
     explicit PathParser(const String& text)
-        : _text(text), _p(text.getChar16Data()), _n(text.size()), _i(0) {}
+        : _text(text), _p(text.getChar16Data()), _n(text.size()), _i(0)
+    {
+    }
 
     void parse(CIMObjectPathRep& rep)
     {
@@ -451,13 +463,15 @@ private:
                 {
                     Sint64 x;
                     if (!_signedValue(value, x))
-                        _throwMalformed(_text, "invalid key-value pair, invalid negative number value ", value);
+                        _throwMalformed(
+                            _text, "invalid key-value pair, invalid negative number value ", value);
                 }
                 else
                 {
                     Uint64 x;
                     if (!_unsignedValue(value, x))
-                        _throwMalformed(_text, "invalid key-value pair, invalid number value ", value);
+                        _throwMalformed(
+                            _text, "invalid key-value pair, invalid number value ", value);
                 }
                 type = CIMKeyBinding::NUMERIC;
                 _i = end;
@@ -527,12 +541,16 @@ private:
 // CIMKeyBinding
 //
 
-CIMKeyBinding::CIMKeyBinding() : _type(STRING) {}
+CIMKeyBinding::CIMKeyBinding() : _type(STRING)
+{
+}
 
 CIMKeyBinding::CIMKeyBinding(const CIMKeyBinding& x) = default;
 
 CIMKeyBinding::CIMKeyBinding(const CIMName& name, const String& value, Type type)
-    : _name(name), _value(value), _type(type) {}
+    : _name(name), _value(value), _type(type)
+{
+}
 
 CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value)
     : _name(name), _type(STRING)
@@ -563,21 +581,41 @@ CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value)
     _value = value.toString();
 }
 
-CIMKeyBinding::~CIMKeyBinding() {}
+CIMKeyBinding::~CIMKeyBinding()
+{
+}
 
 CIMKeyBinding& CIMKeyBinding::operator=(const CIMKeyBinding& x) = default;
 
-const CIMName& CIMKeyBinding::getName() const { return _name; }
+const CIMName& CIMKeyBinding::getName() const
+{
+    return _name;
+}
 
-void CIMKeyBinding::setName(const CIMName& name) { _name = name; }
+void CIMKeyBinding::setName(const CIMName& name)
+{
+    _name = name;
+}
 
-const String& CIMKeyBinding::getValue() const { return _value; }
+const String& CIMKeyBinding::getValue() const
+{
+    return _value;
+}
 
-void CIMKeyBinding::setValue(const String& value) { _value = value; }
+void CIMKeyBinding::setValue(const String& value)
+{
+    _value = value;
+}
 
-CIMKeyBinding::Type CIMKeyBinding::getType() const { return _type; }
+CIMKeyBinding::Type CIMKeyBinding::getType() const
+{
+    return _type;
+}
 
-void CIMKeyBinding::setType(Type type) { _type = type; }
+void CIMKeyBinding::setType(Type type)
+{
+    _type = type;
+}
 
 Boolean CIMKeyBinding::equal(CIMValue value)
 {
@@ -674,9 +712,15 @@ Boolean operator==(const CIMKeyBinding& x, const CIMKeyBinding& y)
 // CIMObjectPath
 //
 
-CIMObjectPath::CIMObjectPath() : _rep(_emptyRep()) { _ref(_rep); }
+CIMObjectPath::CIMObjectPath() : _rep(_emptyRep())
+{
+    _ref(_rep);
+}
 
-CIMObjectPath::CIMObjectPath(const CIMObjectPath& x) : _rep(x._rep) { _ref(_rep); }
+CIMObjectPath::CIMObjectPath(const CIMObjectPath& x) : _rep(x._rep)
+{
+    _ref(_rep);
+}
 
 CIMObjectPath::CIMObjectPath(CIMObjectPath&& x) noexcept : _rep(x._rep)
 {
@@ -684,7 +728,10 @@ CIMObjectPath::CIMObjectPath(CIMObjectPath&& x) noexcept : _rep(x._rep)
     _ref(x._rep);
 }
 
-CIMObjectPath::CIMObjectPath(const String& objectName) : CIMObjectPath() { set(objectName); }
+CIMObjectPath::CIMObjectPath(const String& objectName) : CIMObjectPath()
+{
+    set(objectName);
+}
 
 CIMObjectPath::CIMObjectPath(
     const String& host,
@@ -696,7 +743,10 @@ CIMObjectPath::CIMObjectPath(
     set(host, nameSpace, className, keyBindings);
 }
 
-CIMObjectPath::~CIMObjectPath() { _unref(_rep); }
+CIMObjectPath::~CIMObjectPath()
+{
+    _unref(_rep);
+}
 
 CIMObjectPath& CIMObjectPath::operator=(const CIMObjectPath& x)
 {
@@ -771,7 +821,10 @@ void CIMObjectPath::set(const String& objectName)
     _rep = rep;
 }
 
-const String& CIMObjectPath::getHost() const { return _rep->host; }
+const String& CIMObjectPath::getHost() const
+{
+    return _rep->host;
+}
 
 void CIMObjectPath::setHost(const String& host)
 {
@@ -782,7 +835,10 @@ void CIMObjectPath::setHost(const String& host)
     _rep->host = host;
 }
 
-const CIMNamespaceName& CIMObjectPath::getNameSpace() const { return _rep->nameSpace; }
+const CIMNamespaceName& CIMObjectPath::getNameSpace() const
+{
+    return _rep->nameSpace;
+}
 
 void CIMObjectPath::setNameSpace(const CIMNamespaceName& nameSpace)
 {
@@ -790,7 +846,10 @@ void CIMObjectPath::setNameSpace(const CIMNamespaceName& nameSpace)
     _rep->nameSpace = nameSpace;
 }
 
-const CIMName& CIMObjectPath::getClassName() const { return _rep->className; }
+const CIMName& CIMObjectPath::getClassName() const
+{
+    return _rep->className;
+}
 
 void CIMObjectPath::setClassName(const CIMName& className)
 {
@@ -798,7 +857,10 @@ void CIMObjectPath::setClassName(const CIMName& className)
     _rep->className = className;
 }
 
-const Array<CIMKeyBinding>& CIMObjectPath::getKeyBindings() const { return _rep->keyBindings; }
+const Array<CIMKeyBinding>& CIMObjectPath::getKeyBindings() const
+{
+    return _rep->keyBindings;
+}
 
 void CIMObjectPath::setKeyBindings(const Array<CIMKeyBinding>& keyBindings)
 {
@@ -814,7 +876,8 @@ String CIMObjectPath::toString() const
     String text;
     const CIMObjectPathRep& r = *_rep;
     const CIMKeyBinding* keys = r.keyBindings.getData();
-    Uint32 estimate = r.host.size() + r.nameSpace.getString().size() + r.className.getString().size() + 8;
+    Uint32 estimate =
+        r.host.size() + r.nameSpace.getString().size() + r.className.getString().size() + 8;
     for (Uint32 i = 0, n = r.keyBindings.size(); i < n; ++i)
         estimate += keys[i].getName().getString().size() + keys[i].getValue().size() + 4;
     text.reserveCapacity(estimate);
@@ -837,7 +900,7 @@ String CIMObjectPath::toString() const
         text.append(keys[i].getName().getString());
         text.append(Char16('='));
         bool quoted = keys[i].getType() == CIMKeyBinding::STRING ||
-            keys[i].getType() == CIMKeyBinding::REFERENCE;
+                      keys[i].getType() == CIMKeyBinding::REFERENCE;
         if (quoted)
             text.append(Char16('"'));
         _appendEscaped(text, keys[i].getValue());
@@ -957,8 +1020,14 @@ void CIMObjectPath::_unshare()
     }
 }
 
-Boolean operator==(const CIMObjectPath& x, const CIMObjectPath& y) { return x.identical(y); }
+Boolean operator==(const CIMObjectPath& x, const CIMObjectPath& y)
+{
+    return x.identical(y);
+}
 
-Boolean operator!=(const CIMObjectPath& x, const CIMObjectPath& y) { return !x.identical(y); }
+Boolean operator!=(const CIMObjectPath& x, const CIMObjectPath& y)
+{
+    return !x.identical(y);
+}
 
 PEGASUS_NAMESPACE_END

@@ -82,8 +82,8 @@ public:
     CIMObjectPath& operator=(const String& objectName);
 
     void clear();
-    void set(
-        const String& host,
+    void
+    set(const String& host,
         const CIMNamespaceName& nameSpace,
         const CIMName& className,
         const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());

@@ -28,16 +28,12 @@ CIMParamValue::CIMParamValue(const CIMParamValue& x) = default;
 CIMParamValue& CIMParamValue::operator=(const CIMParamValue& x) = default;
 CIMParamValue::~CIMParamValue() = default;
 
-CIMParamValue::CIMParamValue(
-    String parameterName,
-    CIMValue value,
-    Boolean isTyped)
+CIMParamValue::CIMParamValue(String parameterName, CIMValue value, Boolean isTyped)
     : _rep(std::make_shared<CIMParamValueRep>(parameterName, value, isTyped))
 {
 }
 
-CIMParamValue::CIMParamValue(std::shared_ptr<CIMParamValueRep> rep)
-    : _rep(std::move(rep))
+CIMParamValue::CIMParamValue(std::shared_ptr<CIMParamValueRep> rep) : _rep(std::move(rep))
 {
 }
 

@@ -13,7 +13,10 @@ public:
         Boolean isArray_,
         Uint32 arraySize_,
         const CIMName& referenceClassName_)
-        : name(name_), type(type_), isArray(isArray_), arraySize(arraySize_),
+        : name(name_),
+          type(type_),
+          isArray(isArray_),
+          arraySize(arraySize_),
           referenceClassName(referenceClassName_)
     {
         if (name.isNull())
@@ -26,8 +29,11 @@ public:
     }
 
     CIMParameterRep(const CIMParameterRep& x)
-        : name(x.name), type(x.type), isArray(x.isArray),
-          arraySize(x.arraySize), referenceClassName(x.referenceClassName)
+        : name(x.name),
+          type(x.type),
+          isArray(x.isArray),
+          arraySize(x.arraySize),
+          referenceClassName(x.referenceClassName)
     {
         x.qualifiers.cloneTo(qualifiers);
     }
@@ -35,10 +41,9 @@ public:
     bool identical(const CIMParameterRep& x) const
     {
         return this == &x ||
-            (name.equal(x.name) && type == x.type && isArray == x.isArray &&
-             arraySize == x.arraySize &&
-             referenceClassName.equal(x.referenceClassName) &&
-             qualifiers.identical(x.qualifiers));
+               (name.equal(x.name) && type == x.type && isArray == x.isArray &&
+                arraySize == x.arraySize && referenceClassName.equal(x.referenceClassName) &&
+                qualifiers.identical(x.qualifiers));
     }
 
     CIMName name;
@@ -63,13 +68,11 @@ CIMParameter::CIMParameter(
     Boolean isArray,
     Uint32 arraySize,
     const CIMName& referenceClassName)
-    : _rep(std::make_shared<CIMParameterRep>(
-          name, type, isArray, arraySize, referenceClassName))
+    : _rep(std::make_shared<CIMParameterRep>(name, type, isArray, arraySize, referenceClassName))
 {
 }
 
-CIMParameter::CIMParameter(std::shared_ptr<CIMParameterRep> rep)
-    : _rep(std::move(rep))
+CIMParameter::CIMParameter(std::shared_ptr<CIMParameterRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -90,9 +93,8 @@ void CIMParameter::setName(const CIMName& name)
         throw UninitializedObjectException();
     if (rep.ownerCount != 0 && !rep.name.equal(name))
     {
-        throw Exception(
-            "Attempted to change the name of a parameter already in a "
-            "container.");
+        throw Exception("Attempted to change the name of a parameter already in a "
+                        "container.");
     }
     rep.name = name;
 }
@@ -168,8 +170,7 @@ CIMParameter CIMParameter::clone() const
 CIMConstParameter::CIMConstParameter() = default;
 CIMConstParameter::CIMConstParameter(const CIMConstParameter& x) = default;
 CIMConstParameter::~CIMConstParameter() = default;
-CIMConstParameter& CIMConstParameter::operator=(const CIMConstParameter& x) =
-    default;
+CIMConstParameter& CIMConstParameter::operator=(const CIMConstParameter& x) = default;
 
 CIMConstParameter::CIMConstParameter(const CIMParameter& x) : _rep(x._rep)
 {
@@ -181,8 +182,7 @@ CIMConstParameter::CIMConstParameter(
     Boolean isArray,
     Uint32 arraySize,
     const CIMName& referenceClassName)
-    : _rep(std::make_shared<CIMParameterRep>(
-          name, type, isArray, arraySize, referenceClassName))
+    : _rep(std::make_shared<CIMParameterRep>(name, type, isArray, arraySize, referenceClassName))
 {
 }
 

@@ -14,7 +14,8 @@ PEGASUS_NAMESPACE_BEGIN
 
 class CIMConstParameter;
 class CIMParameterRep;
-template <class H> class NamedElementList;
+template <class H>
+class NamedElementList;
 
 class PEGASUS_COMMON_LINKAGE CIMParameter
 {
@@ -59,7 +60,8 @@ private:
     std::shared_ptr<CIMParameterRep> _rep;
 
     friend class CIMConstParameter;
-    template <class H> friend class NamedElementList;
+    template <class H>
+    friend class NamedElementList;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstParameter

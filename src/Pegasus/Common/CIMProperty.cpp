@@ -14,20 +14,21 @@ public:
         const CIMName& referenceClassName_,
         const CIMName& classOrigin_,
         Boolean propagated_)
-        : name(name_), value(value_), arraySize(arraySize_),
-          referenceClassName(referenceClassName_), classOrigin(classOrigin_),
+        : name(name_),
+          value(value_),
+          arraySize(arraySize_),
+          referenceClassName(referenceClassName_),
+          classOrigin(classOrigin_),
           propagated(propagated_)
     {
         if (name.isNull())
             throw UninitializedObjectException();
-        if (arraySize != 0 &&
-            (!value.isArray() || value.getArraySize() != arraySize))
+        if (arraySize != 0 && (!value.isArray() || value.getArraySize() != arraySize))
         {
             throw TypeMismatchException();
         }
         checkNoReferenceArray(value);
-        if (!referenceClassName.isNull() &&
-            value.getType() != CIMTYPE_REFERENCE)
+        if (!referenceClassName.isNull() && value.getType() != CIMTYPE_REFERENCE)
         {
             throw TypeMismatchException();
         }
@@ -35,8 +36,11 @@ public:
 
     // A clone: same data, its own qualifier copies, in no container.
     CIMPropertyRep(const CIMPropertyRep& x)
-        : name(x.name), value(x.value), arraySize(x.arraySize),
-          referenceClassName(x.referenceClassName), classOrigin(x.classOrigin),
+        : name(x.name),
+          value(x.value),
+          arraySize(x.arraySize),
+          referenceClassName(x.referenceClassName),
+          classOrigin(x.classOrigin),
           propagated(x.propagated)
     {
         x.qualifiers.cloneTo(qualifiers);
@@ -51,11 +55,10 @@ public:
 
     bool identical(const CIMPropertyRep& x) const
     {
-        return this == &x ||
-            (name.equal(x.name) && value == x.value &&
-             referenceClassName.equal(x.referenceClassName) &&
-             qualifiers.identical(x.qualifiers) &&
-             classOrigin.equal(x.classOrigin) && propagated == x.propagated);
+        return this == &x || (name.equal(x.name) && value == x.value &&
+                              referenceClassName.equal(x.referenceClassName) &&
+                              qualifiers.identical(x.qualifiers) &&
+                              classOrigin.equal(x.classOrigin) && propagated == x.propagated);
     }
 
     CIMName name;
@@ -82,13 +85,12 @@ CIMProperty::CIMProperty(
     const CIMName& referenceClassName,
     const CIMName& classOrigin,
     Boolean propagated)
-    : _rep(std::make_shared<CIMPropertyRep>(
-          name, value, arraySize, referenceClassName, classOrigin, propagated))
+    : _rep(std::make_shared<
+           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 
-CIMProperty::CIMProperty(std::shared_ptr<CIMPropertyRep> rep)
-    : _rep(std::move(rep))
+CIMProperty::CIMProperty(std::shared_ptr<CIMPropertyRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -109,9 +111,8 @@ void CIMProperty::setName(const CIMName& name)
         throw UninitializedObjectException();
     if (rep.ownerCount != 0 && !rep.name.equal(name))
     {
-        throw Exception(
-            "Attempted to change the name of a property already in a "
-            "container.");
+        throw Exception("Attempted to change the name of a property already in a "
+                        "container.");
     }
     rep.name = name;
 }
@@ -223,8 +224,7 @@ Boolean CIMProperty::isUninitialized() const
 CIMConstProperty::CIMConstProperty() = default;
 CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) = default;
 CIMConstProperty::~CIMConstProperty() = default;
-CIMConstProperty& CIMConstProperty::operator=(const CIMConstProperty& x) =
-    default;
+CIMConstProperty& CIMConstProperty::operator=(const CIMConstProperty& x) = default;
 
 CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
 {
@@ -237,8 +237,8 @@ CIMConstProperty::CIMConstProperty(
     const CIMName& referenceClassName,
     const CIMName& classOrigin,
     Boolean propagated)
-    : _rep(std::make_shared<CIMPropertyRep>(
-          name, value, arraySize, referenceClassName, classOrigin, propagated))
+    : _rep(std::make_shared<
+           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 

@@ -75,7 +75,8 @@ private:
 
     friend class CIMConstProperty;
     friend class ResultFilter;
-    template <class H> friend class NamedElementList;
+    template <class H>
+    friend class NamedElementList;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstProperty

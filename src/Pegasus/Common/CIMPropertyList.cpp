@@ -11,8 +11,7 @@ class CIMPropertyListRep
 {
 public:
     CIMPropertyListRep() = default;
-    explicit CIMPropertyListRep(const Array<CIMName>& names_)
-        : isNull(false), names(names_)
+    explicit CIMPropertyListRep(const Array<CIMName>& names_) : isNull(false), names(names_)
     {
         const Array<CIMName>& given = names;  // reading must not unshare it
         tags.reserve(given.size());
@@ -39,7 +38,7 @@ const std::shared_ptr<const CIMPropertyListRep>& nullRep()
         std::make_shared<CIMPropertyListRep>();
     return rep;
 }
-}
+}  // namespace
 
 CIMPropertyList::CIMPropertyList() : _rep(nullRep())
 {

@@ -19,16 +19,14 @@ public:
 
     // A copy belongs to no container yet.
     CIMQualifierRep(const CIMQualifierRep& x)
-        : name(x.name), value(x.value), flavor(x.flavor),
-          propagated(x.propagated)
+        : name(x.name), value(x.value), flavor(x.flavor), propagated(x.propagated)
     {
     }
 
     bool identical(const CIMQualifierRep& x) const
     {
-        return this == &x ||
-            (name.equal(x.name) && value == x.value &&
-             flavor.equal(x.flavor) && propagated == x.propagated);
+        return this == &x || (name.equal(x.name) && value == x.value && flavor.equal(x.flavor) &&
+                              propagated == x.propagated);
     }
 
     CIMName name;
@@ -54,8 +52,7 @@ CIMQualifier::CIMQualifier(
 {
 }
 
-CIMQualifier::CIMQualifier(std::shared_ptr<CIMQualifierRep> rep)
-    : _rep(std::move(rep))
+CIMQualifier::CIMQualifier(std::shared_ptr<CIMQualifierRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -76,9 +73,8 @@ void CIMQualifier::setName(const CIMName& name)
         throw UninitializedObjectException();
     if (rep.ownerCount != 0 && !rep.name.equal(name))
     {
-        throw Exception(
-            "Attempted to change the name of a qualifier already in a "
-            "container.");
+        throw Exception("Attempted to change the name of a qualifier already in a "
+                        "container.");
     }
     rep.name = name;
 }
@@ -148,8 +144,7 @@ CIMQualifier CIMQualifier::clone() const
 CIMConstQualifier::CIMConstQualifier() = default;
 CIMConstQualifier::CIMConstQualifier(const CIMConstQualifier& x) = default;
 CIMConstQualifier::~CIMConstQualifier() = default;
-CIMConstQualifier& CIMConstQualifier::operator=(const CIMConstQualifier& x) =
-    default;
+CIMConstQualifier& CIMConstQualifier::operator=(const CIMConstQualifier& x) = default;
 
 CIMConstQualifier::CIMConstQualifier(const CIMQualifier& x) : _rep(x._rep)
 {

@@ -16,7 +16,8 @@ PEGASUS_NAMESPACE_BEGIN
 
 class CIMConstQualifier;
 class CIMQualifierRep;
-template <class H> class NamedElementList;
+template <class H>
+class NamedElementList;
 
 class PEGASUS_COMMON_LINKAGE CIMQualifier
 {
@@ -60,7 +61,8 @@ private:
     std::shared_ptr<CIMQualifierRep> _rep;
 
     friend class CIMConstQualifier;
-    template <class H> friend class NamedElementList;
+    template <class H>
+    friend class NamedElementList;
 };
 
 class PEGASUS_COMMON_LINKAGE CIMConstQualifier

@@ -12,8 +12,7 @@ public:
         const CIMScope& scope_,
         const CIMFlavor& flavor_,
         Uint32 arraySize_)
-        : name(name_), value(value_), scope(scope_), flavor(flavor_),
-          arraySize(arraySize_)
+        : name(name_), value(value_), scope(scope_), flavor(flavor_), arraySize(arraySize_)
     {
         if (name.isNull())
             throw UninitializedObjectException();
@@ -32,10 +31,8 @@ public:
 
     bool identical(const CIMQualifierDeclRep& x) const
     {
-        return this == &x ||
-            (name.equal(x.name) && value == x.value &&
-             scope.equal(x.scope) && flavor.equal(x.flavor) &&
-             arraySize == x.arraySize);
+        return this == &x || (name.equal(x.name) && value == x.value && scope.equal(x.scope) &&
+                              flavor.equal(x.flavor) && arraySize == x.arraySize);
     }
 
     CIMName name;
@@ -50,8 +47,7 @@ public:
 CIMQualifierDecl::CIMQualifierDecl() = default;
 CIMQualifierDecl::CIMQualifierDecl(const CIMQualifierDecl& x) = default;
 CIMQualifierDecl::~CIMQualifierDecl() = default;
-CIMQualifierDecl& CIMQualifierDecl::operator=(const CIMQualifierDecl& x) =
-    default;
+CIMQualifierDecl& CIMQualifierDecl::operator=(const CIMQualifierDecl& x) = default;
 
 CIMQualifierDecl::CIMQualifierDecl(
     const CIMName& name,
@@ -59,13 +55,11 @@ CIMQualifierDecl::CIMQualifierDecl(
     const CIMScope& scope,
     const CIMFlavor& flavor,
     Uint32 arraySize)
-    : _rep(std::make_shared<CIMQualifierDeclRep>(
-          name, value, scope, flavor, arraySize))
+    : _rep(std::make_shared<CIMQualifierDeclRep>(name, value, scope, flavor, arraySize))
 {
 }
 
-CIMQualifierDecl::CIMQualifierDecl(std::shared_ptr<CIMQualifierDeclRep> rep)
-    : _rep(std::move(rep))
+CIMQualifierDecl::CIMQualifierDecl(std::shared_ptr<CIMQualifierDeclRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -129,21 +123,17 @@ Boolean CIMQualifierDecl::identical(const CIMConstQualifierDecl& x) const
 
 CIMQualifierDecl CIMQualifierDecl::clone() const
 {
-    return CIMQualifierDecl(
-        std::make_shared<CIMQualifierDeclRep>(checkRep(_rep)));
+    return CIMQualifierDecl(std::make_shared<CIMQualifierDeclRep>(checkRep(_rep)));
 }
 
 // CIMConstQualifierDecl
 
 CIMConstQualifierDecl::CIMConstQualifierDecl() = default;
-CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMConstQualifierDecl& x) =
-    default;
+CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMConstQualifierDecl& x) = default;
 CIMConstQualifierDecl::~CIMConstQualifierDecl() = default;
-CIMConstQualifierDecl& CIMConstQualifierDecl::operator=(
-    const CIMConstQualifierDecl& x) = default;
+CIMConstQualifierDecl& CIMConstQualifierDecl::operator=(const CIMConstQualifierDecl& x) = default;
 
-CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMQualifierDecl& x)
-    : _rep(x._rep)
+CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMQualifierDecl& x) : _rep(x._rep)
 {
 }
 
@@ -153,13 +143,11 @@ CIMConstQualifierDecl::CIMConstQualifierDecl(
     const CIMScope& scope,
     const CIMFlavor& flavor,
     Uint32 arraySize)
-    : _rep(std::make_shared<CIMQualifierDeclRep>(
-          name, value, scope, flavor, arraySize))
+    : _rep(std::make_shared<CIMQualifierDeclRep>(name, value, scope, flavor, arraySize))
 {
 }
 
-CIMConstQualifierDecl& CIMConstQualifierDecl::operator=(
-    const CIMQualifierDecl& x)
+CIMConstQualifierDecl& CIMConstQualifierDecl::operator=(const CIMQualifierDecl& x)
 {
     _rep = x._rep;
     return *this;
@@ -212,8 +200,7 @@ Boolean CIMConstQualifierDecl::identical(const CIMConstQualifierDecl& x) const
 
 CIMQualifierDecl CIMConstQualifierDecl::clone() const
 {
-    return CIMQualifierDecl(
-        std::make_shared<CIMQualifierDeclRep>(checkRep(_rep)));
+    return CIMQualifierDecl(std::make_shared<CIMQualifierDeclRep>(checkRep(_rep)));
 }
 
 PEGASUS_NAMESPACE_END

@@ -11,7 +11,7 @@ const Uint32 kProperty = 8;
 const Uint32 kReference = 16;
 const Uint32 kMethod = 32;
 const Uint32 kParameter = 64;
-}
+}  // namespace
 
 const CIMScope CIMScope::NONE(0u);
 const CIMScope CIMScope::CLASS(kClass);
@@ -21,8 +21,8 @@ const CIMScope CIMScope::PROPERTY(kProperty);
 const CIMScope CIMScope::REFERENCE(kReference);
 const CIMScope CIMScope::METHOD(kMethod);
 const CIMScope CIMScope::PARAMETER(kParameter);
-const CIMScope CIMScope::ANY(kClass | kAssociation | kIndication | kProperty |
-                             kReference | kMethod | kParameter);
+const CIMScope CIMScope::ANY(
+    kClass | kAssociation | kIndication | kProperty | kReference | kMethod | kParameter);
 
 Boolean CIMScope::hasScope(const CIMScope& scope) const
 {
@@ -51,12 +51,8 @@ String CIMScope::toString() const
         Uint32 bit;
         const char* name;
     } names[] = {
-        {kClass, "CLASS"},
-        {kAssociation, "ASSOCIATION"},
-        {kIndication, "INDICATION"},
-        {kProperty, "PROPERTY"},
-        {kReference, "REFERENCE"},
-        {kMethod, "METHOD"},
+        {kClass, "CLASS"},         {kAssociation, "ASSOCIATION"}, {kIndication, "INDICATION"},
+        {kProperty, "PROPERTY"},   {kReference, "REFERENCE"},     {kMethod, "METHOD"},
         {kParameter, "PARAMETER"},
     };
     String text;

@@ -4,11 +4,9 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-const char* const _typeNames[] = {
-    "boolean", "uint8", "sint8", "uint16", "sint16", "uint32", "sint32",
-    "uint64", "sint64", "real32", "real64", "char16", "string", "datetime",
-    "reference", "object", "instance"
-};
+const char* const _typeNames[] = {"boolean", "uint8",    "sint8",     "uint16", "sint16",  "uint32",
+                                  "sint32",  "uint64",   "sint64",    "real32", "real64",  "char16",
+                                  "string",  "datetime", "reference", "object", "instance"};
 }  // namespace
 
 const char* cimTypeToString(const CIMType type)

@@ -14,7 +14,11 @@ public:
     Char16(Uint16 x) : _code(x) {}
     Char16(const Char16& x) = default;
     ~Char16() = default;
-    Char16& operator=(Uint16 x) { _code = x; return *this; }
+    Char16& operator=(Uint16 x)
+    {
+        _code = x;
+        return *this;
+    }
     Char16& operator=(const Char16& x) = default;
     operator Uint16() const { return _code; }
 
@@ -30,10 +34,22 @@ inline Boolean operator==(const Char16& x, char y)
 {
     return Uint16(x) == Uint16(y);  // sign-extends a negative char, as the original does
 }
-inline Boolean operator==(char x, const Char16& y) { return y == x; }
-inline Boolean operator!=(const Char16& x, const Char16& y) { return !(x == y); }
-inline Boolean operator!=(const Char16& x, char y) { return !(x == y); }
-inline Boolean operator!=(char x, const Char16& y) { return !(y == x); }
+inline Boolean operator==(char x, const Char16& y)
+{
+    return y == x;
+}
+inline Boolean operator!=(const Char16& x, const Char16& y)
+{
+    return !(x == y);
+}
+inline Boolean operator!=(const Char16& x, char y)
+{
+    return !(x == y);
+}
+inline Boolean operator!=(char x, const Char16& y)
+{
+    return !(y == x);
+}
 
 PEGASUS_NAMESPACE_END
 

@@ -18,7 +18,9 @@
 #define PEGASUS_EXPORT __attribute__((visibility("default")))
 #define PEGASUS_HIDDEN_LINKAGE __attribute__((visibility("hidden")))
 
-#define PEGASUS_NAMESPACE_BEGIN namespace Pegasus {
+#define PEGASUS_NAMESPACE_BEGIN                                                                    \
+    namespace Pegasus                                                                              \
+    {
 #define PEGASUS_NAMESPACE_END }
 #define PEGASUS_NAMESPACE(X) Pegasus::X
 #define PEGASUS_STD(X) std::X
@@ -37,10 +39,11 @@
 #define PEGASUS_FORMAT(A1, A2) __attribute__((format(printf, A1, A2)))
 
 #ifndef PEGASUS_USE_EXPERIMENTAL_INTERFACES
-# define PEGASUS_USE_EXPERIMENTAL_INTERFACES
+#define PEGASUS_USE_EXPERIMENTAL_INTERFACES
 #endif
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 typedef bool Boolean;
 typedef unsigned char Uint8;

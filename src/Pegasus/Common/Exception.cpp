@@ -13,15 +13,26 @@ void ArrayThrowIndexOutOfBoundsException()
 // Exception
 //
 
-Exception::Exception() : _rep(new ExceptionRep()) {}
+Exception::Exception() : _rep(new ExceptionRep())
+{
+}
 
-Exception::Exception(const String& message) : _rep(new ExceptionRep(message)) {}
+Exception::Exception(const String& message) : _rep(new ExceptionRep(message))
+{
+}
 
-Exception::Exception(ExceptionRep* rep) : _rep(rep) {}
+Exception::Exception(ExceptionRep* rep) : _rep(rep)
+{
+}
 
-Exception::Exception(const Exception& exception) : _rep(exception._rep->clone()) {}
+Exception::Exception(const Exception& exception) : _rep(exception._rep->clone())
+{
+}
 
-Exception::~Exception() { delete _rep; }
+Exception::~Exception()
+{
+    delete _rep;
+}
 
 Exception& Exception::operator=(const Exception& exception)
 {
@@ -34,69 +45,100 @@ Exception& Exception::operator=(const Exception& exception)
     return *this;
 }
 
-const String& Exception::getMessage() const { return _rep->message; }
+const String& Exception::getMessage() const
+{
+    return _rep->message;
+}
 
 //
 // Object model exceptions; texts kept as the original runtime words them.
 //
 
-IndexOutOfBoundsException::IndexOutOfBoundsException()
-    : Exception("index out of bounds") {}
+IndexOutOfBoundsException::IndexOutOfBoundsException() : Exception("index out of bounds")
+{
+}
 
 AlreadyExistsException::AlreadyExistsException(const String& message)
-    : Exception(String("already exists: ") + message) {}
+    : Exception(String("already exists: ") + message)
+{
+}
 
 InvalidNameException::InvalidNameException(const String& name)
-    : Exception(String("The CIM name is not valid: ") + name) {}
+    : Exception(String("The CIM name is not valid: ") + name)
+{
+}
 
 InvalidNamespaceNameException::InvalidNamespaceNameException(const String& name)
-    : Exception(String("invalid CIM namespace name: ") + name) {}
+    : Exception(String("invalid CIM namespace name: ") + name)
+{
+}
 
-UninitializedObjectException::UninitializedObjectException()
-    : Exception("uninitialized object") {}
+UninitializedObjectException::UninitializedObjectException() : Exception("uninitialized object")
+{
+}
 
-TypeMismatchException::TypeMismatchException()
-    : Exception("type mismatch") {}
+TypeMismatchException::TypeMismatchException() : Exception("type mismatch")
+{
+}
 
 TypeMismatchException::TypeMismatchException(const String& message)
-    : Exception(String("type mismatch: ") + message) {}
+    : Exception(String("type mismatch: ") + message)
+{
+}
 
-DynamicCastFailedException::DynamicCastFailedException()
-    : Exception("dynamic cast failed") {}
+DynamicCastFailedException::DynamicCastFailedException() : Exception("dynamic cast failed")
+{
+}
 
 InvalidDateTimeFormatException::InvalidDateTimeFormatException()
-    : Exception("invalid datetime format") {}
+    : Exception("invalid datetime format")
+{
+}
 
 // The blank before the colon is intended: clients match this text.
 DateTimeOutOfRangeException::DateTimeOutOfRangeException(const String& message)
-    : Exception(String("DateTime is out of range : ") + message) {}
+    : Exception(String("DateTime is out of range : ") + message)
+{
+}
 
 MalformedObjectNameException::MalformedObjectNameException(const String& objectName)
-    : Exception(String("malformed object name: ") + objectName) {}
+    : Exception(String("malformed object name: ") + objectName)
+{
+}
 
 BindFailedException::BindFailedException(const String& message)
-    : Exception(String("Bind failed: ") + message) {}
+    : Exception(String("Bind failed: ") + message)
+{
+}
 
 InvalidLocatorException::InvalidLocatorException(const String& locator)
-    : Exception(String("Invalid locator: ") + locator) {}
+    : Exception(String("Invalid locator: ") + locator)
+{
+}
 
-CannotCreateSocketException::CannotCreateSocketException()
-    : Exception("Cannot create socket") {}
+CannotCreateSocketException::CannotCreateSocketException() : Exception("Cannot create socket")
+{
+}
 
-CannotConnectException::CannotConnectException(const String& message)
-    : Exception(message) {}
+CannotConnectException::CannotConnectException(const String& message) : Exception(message)
+{
+}
 
-AlreadyConnectedException::AlreadyConnectedException()
-    : Exception("already connected") {}
+AlreadyConnectedException::AlreadyConnectedException() : Exception("already connected")
+{
+}
 
-NotConnectedException::NotConnectedException()
-    : Exception("not connected") {}
+NotConnectedException::NotConnectedException() : Exception("not connected")
+{
+}
 
-ConnectionTimeoutException::ConnectionTimeoutException()
-    : Exception("connection timed out") {}
+ConnectionTimeoutException::ConnectionTimeoutException() : Exception("connection timed out")
+{
+}
 
-SSLException::SSLException(const String& message)
-    : Exception(String("SSL Exception: ") + message) {}
+SSLException::SSLException(const String& message) : Exception(String("SSL Exception: ") + message)
+{
+}
 
 //
 // CIMException
@@ -111,12 +153,11 @@ CIMExceptionRep* _cimRep(ExceptionRep* rep)
 }  // namespace
 
 CIMException::CIMException(CIMStatusCode code, const String& message)
-    : Exception(new CIMExceptionRep(code, message)) {}
+    : Exception(new CIMExceptionRep(code, message))
+{
+}
 
-CIMException::CIMException(
-    CIMStatusCode code,
-    const String& message,
-    const CIMInstance& instance)
+CIMException::CIMException(CIMStatusCode code, const String& message, const CIMInstance& instance)
     : Exception(new CIMExceptionRep(code, message))
 {
     _cimRep(_rep)->errors.append(instance);
@@ -131,10 +172,13 @@ CIMException::CIMException(
     _cimRep(_rep)->errors = instances;
 }
 
-CIMException::CIMException(ExceptionRep* rep) : Exception(rep) {}
+CIMException::CIMException(ExceptionRep* rep) : Exception(rep)
+{
+}
 
-CIMException::CIMException(const CIMException& cimException)
-    : Exception(cimException) {}
+CIMException::CIMException(const CIMException& cimException) : Exception(cimException)
+{
+}
 
 CIMException& CIMException::operator=(const CIMException& cimException)
 {
@@ -142,11 +186,19 @@ CIMException& CIMException::operator=(const CIMException& cimException)
     return *this;
 }
 
-CIMException::~CIMException() {}
+CIMException::~CIMException()
+{
+}
 
-CIMStatusCode CIMException::getCode() const { return _cimRep(_rep)->code; }
+CIMStatusCode CIMException::getCode() const
+{
+    return _cimRep(_rep)->code;
+}
 
-Uint32 CIMException::getErrorCount() const { return _cimRep(_rep)->errors.size(); }
+Uint32 CIMException::getErrorCount() const
+{
+    return _cimRep(_rep)->errors.size();
+}
 
 CIMConstInstance CIMException::getError(Uint32 index) const
 {

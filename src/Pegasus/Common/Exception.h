@@ -147,17 +147,9 @@ public:
 class PEGASUS_COMMON_LINKAGE CIMException : public Exception
 {
 public:
-    CIMException(
-        CIMStatusCode code = CIM_ERR_SUCCESS,
-        const String& message = String::EMPTY);
-    CIMException(
-        CIMStatusCode code,
-        const String& message,
-        const CIMInstance& instance);
-    CIMException(
-        CIMStatusCode code,
-        const String& message,
-        const Array<CIMInstance>& instances);
+    CIMException(CIMStatusCode code = CIM_ERR_SUCCESS, const String& message = String::EMPTY);
+    CIMException(CIMStatusCode code, const String& message, const CIMInstance& instance);
+    CIMException(CIMStatusCode code, const String& message, const Array<CIMInstance>& instances);
     CIMException(const CIMException& cimException);
     CIMException& operator=(const CIMException& cimException);
     virtual ~CIMException();

@@ -24,26 +24,41 @@ AssertionFailureException::AssertionFailureException(
     _rep->message = String(file ? file : "") + String(buf) + message;
 }
 
-AssertionFailureException::~AssertionFailureException() {}
+AssertionFailureException::~AssertionFailureException()
+{
+}
 
 const char NullPointer::MSG[] = "null pointer";
-NullPointer::NullPointer() : Exception(MSG) {}
-NullPointer::~NullPointer() {}
+NullPointer::NullPointer() : Exception(MSG)
+{
+}
+NullPointer::~NullPointer()
+{
+}
 
 const char NoSuchProperty::MSG[] = "no such property: ";
-NoSuchProperty::NoSuchProperty(const String& propertyName)
-    : Exception(_withArg(MSG, propertyName)) {}
-NoSuchProperty::~NoSuchProperty() {}
+NoSuchProperty::NoSuchProperty(const String& propertyName) : Exception(_withArg(MSG, propertyName))
+{
+}
+NoSuchProperty::~NoSuchProperty()
+{
+}
 
 const char NotImplemented::MSG[] = "not implemented: ";
-NotImplemented::NotImplemented(const String& method)
-    : Exception(_withArg(MSG, method)) {}
-NotImplemented::~NotImplemented() {}
+NotImplemented::NotImplemented(const String& method) : Exception(_withArg(MSG, method))
+{
+}
+NotImplemented::~NotImplemented()
+{
+}
 
 const char ParseError::MSG[] = "parse error: ";
-ParseError::ParseError(const String& message)
-    : Exception(_withArg(MSG, message)) {}
-ParseError::~ParseError() {}
+ParseError::ParseError(const String& message) : Exception(_withArg(MSG, message))
+{
+}
+ParseError::~ParseError()
+{
+}
 
 //
 // TraceableCIMException
@@ -51,8 +66,8 @@ ParseError::~ParseError() {}
 
 namespace
 {
-CIMExceptionRep* _tracedRep(
-    CIMStatusCode code, const String& message, const String& file, Uint32 line)
+CIMExceptionRep*
+_tracedRep(CIMStatusCode code, const String& message, const String& file, Uint32 line)
 {
     CIMExceptionRep* rep = new CIMExceptionRep(code, message);
     rep->file = file;
@@ -67,7 +82,9 @@ TraceableCIMException::TraceableCIMException(
     const String& message,
     const String& file,
     Uint32 line)
-    : CIMException(_tracedRep(code, message, file, line)) {}
+    : CIMException(_tracedRep(code, message, file, line))
+{
+}
 
 namespace
 {
@@ -85,7 +102,9 @@ CIMExceptionRep* _tracedCopy(const ExceptionRep* from)
 }  // namespace
 
 TraceableCIMException::TraceableCIMException(const CIMException& cimException)
-    : CIMException(_tracedCopy(cimException._rep)) {}
+    : CIMException(_tracedCopy(cimException._rep))
+{
+}
 
 String TraceableCIMException::getDescription() const
 {

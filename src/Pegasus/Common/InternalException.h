@@ -15,10 +15,7 @@ PEGASUS_NAMESPACE_BEGIN
 class PEGASUS_COMMON_LINKAGE AssertionFailureException : public Exception
 {
 public:
-    AssertionFailureException(
-        const char* file,
-        size_t line,
-        const String& message);
+    AssertionFailureException(const char* file, size_t line, const String& message);
     virtual ~AssertionFailureException();
 };
 
@@ -80,7 +77,7 @@ public:
     Uint32 getLine() const;
 };
 
-#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE) \
+#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE)                                                 \
     TraceableCIMException(CODE, EXTRA_MESSAGE, String(__FILE__), __LINE__)
 
 PEGASUS_NAMESPACE_END

@@ -5,7 +5,7 @@
 #include <Pegasus/Common/Config.h>
 
 #ifndef PEGASUS_COMMON_LINKAGE
-# define PEGASUS_COMMON_LINKAGE PEGASUS_EXPORT
+#define PEGASUS_COMMON_LINKAGE PEGASUS_EXPORT
 #endif
 
 #endif /* Pegasus_Common_Linkage_h */

@@ -58,8 +58,7 @@ public:
             throw UninitializedObjectException();
         if (find(x.getName()) != PEG_NOT_FOUND)
         {
-            throw AlreadyExistsException(
-                String(_kind) + " \"" + x.getName().getString() + "\"");
+            throw AlreadyExistsException(String(_kind) + " \"" + x.getName().getString() + "\"");
         }
         _append(x);
     }

@@ -32,8 +32,8 @@ void OperationContext::clear()
     _containers.clear();
 }
 
-std::vector<OperationContext::Holder>::const_iterator OperationContext::_find(
-    const String& name) const
+std::vector<OperationContext::Holder>::const_iterator
+OperationContext::_find(const String& name) const
 {
     for (auto it = _containers.begin(); it != _containers.end(); ++it)
     {
@@ -43,8 +43,7 @@ std::vector<OperationContext::Holder>::const_iterator OperationContext::_find(
     return _containers.end();
 }
 
-const OperationContext::Container& OperationContext::get(
-    const String& containerName) const
+const OperationContext::Container& OperationContext::get(const String& containerName) const
 {
     auto it = _find(containerName);
     if (it == _containers.end())
@@ -87,11 +86,9 @@ void OperationContext::remove(const String& containerName)
 
 const String IdentityContainer::NAME = "IdentityContainer";
 
-IdentityContainer::IdentityContainer(
-    const OperationContext::Container& container)
+IdentityContainer::IdentityContainer(const OperationContext::Container& container)
 {
-    const IdentityContainer* p =
-        dynamic_cast<const IdentityContainer*>(&container);
+    const IdentityContainer* p = dynamic_cast<const IdentityContainer*>(&container);
     if (!p)
         throw DynamicCastFailedException();
     _userName = p->_userName;
@@ -105,22 +102,18 @@ IdentityContainer::IdentityContainer(const IdentityContainer& container)
 {
 }
 
-IdentityContainer::IdentityContainer(const String& userName)
-    : _userName(userName)
+IdentityContainer::IdentityContainer(const String& userName) : _userName(userName)
 {
 }
 
-IdentityContainer::IdentityContainer(
-    const String& userName,
-    const String& ipAddress)
+IdentityContainer::IdentityContainer(const String& userName, const String& ipAddress)
     : _userName(userName), _ipAddress(ipAddress)
 {
 }
 
 IdentityContainer::~IdentityContainer() = default;
 
-IdentityContainer& IdentityContainer::operator=(
-    const IdentityContainer& container)
+IdentityContainer& IdentityContainer::operator=(const IdentityContainer& container)
 {
     _userName = container._userName;
     _ipAddress = container._ipAddress;

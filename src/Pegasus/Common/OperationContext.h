@@ -61,8 +61,7 @@ private:
 // The user on whose behalf a request runs, and the address the request came
 // from. The address is this runtime's addition: "" when the server does not
 // know it.
-class PEGASUS_COMMON_LINKAGE IdentityContainer
-    : virtual public OperationContext::Container
+class PEGASUS_COMMON_LINKAGE IdentityContainer : virtual public OperationContext::Container
 {
 public:
     static const String NAME;

@@ -4,8 +4,7 @@ PEGASUS_NAMESPACE_BEGIN
 
 ResponseHandler::ResponseHandler() = default;
 ResponseHandler::ResponseHandler(const ResponseHandler& handler) = default;
-ResponseHandler& ResponseHandler::operator=(const ResponseHandler& handler) =
-    default;
+ResponseHandler& ResponseHandler::operator=(const ResponseHandler& handler) = default;
 ResponseHandler::~ResponseHandler() = default;
 
 void ResponseHandler::setContext(const OperationContext& context)

@@ -38,34 +38,29 @@ private:
     OperationContext _context;
 };
 
-class PEGASUS_COMMON_LINKAGE InstanceResponseHandler
-    : virtual public ResponseHandler
+class PEGASUS_COMMON_LINKAGE InstanceResponseHandler : virtual public ResponseHandler
 {
 public:
     virtual void deliver(const CIMInstance& instance) = 0;
     virtual void deliver(const Array<CIMInstance>& instances) = 0;
 };
 
-class PEGASUS_COMMON_LINKAGE ObjectPathResponseHandler
-    : virtual public ResponseHandler
+class PEGASUS_COMMON_LINKAGE ObjectPathResponseHandler : virtual public ResponseHandler
 {
 public:
     virtual void deliver(const CIMObjectPath& objectPath) = 0;
     virtual void deliver(const Array<CIMObjectPath>& objectPaths) = 0;
 };
 
-class PEGASUS_COMMON_LINKAGE MethodResultResponseHandler
-    : virtual public ResponseHandler
+class PEGASUS_COMMON_LINKAGE MethodResultResponseHandler : virtual public ResponseHandler
 {
 public:
     virtual void deliverParamValue(const CIMParamValue& outParamValue) = 0;
-    virtual void deliverParamValue(
-        const Array<CIMParamValue>& outParamValues) = 0;
+    virtual void deliverParamValue(const Array<CIMParamValue>& outParamValues) = 0;
     virtual void deliver(const CIMValue& returnValue) = 0;
 };
 
-class PEGASUS_COMMON_LINKAGE ObjectResponseHandler
-    : virtual public ResponseHandler
+class PEGASUS_COMMON_LINKAGE ObjectResponseHandler : virtual public ResponseHandler
 {
 public:
     virtual void deliver(const CIMObject& object) = 0;

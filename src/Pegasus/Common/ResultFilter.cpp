@@ -6,8 +6,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-bool ResultFilter::_reusable(
-    const CIMObjectRep& rep, long handles, Boolean includeQualifiers)
+bool ResultFilter::_reusable(const CIMObjectRep& rep, long handles, Boolean includeQualifiers)
 {
     // A handle can only be copied from another one, so a count of one
     // cannot grow behind our back.
@@ -40,8 +39,8 @@ Handle ResultFilter::_filtered(
 {
     const auto& rep = checkRep(delivered._rep);
     Handle result = _reusable(rep, delivered._rep.use_count(), includeQualifiers)
-        ? delivered
-        : delivered.clone();
+                        ? delivered
+                        : delivered.clone();
     result.instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
     return result;
 }

@@ -49,8 +49,7 @@ private:
 
     // Whether the state behind `rep`, of which `handles` handles exist, may
     // be filtered in place.
-    static bool _reusable(
-        const CIMObjectRep& rep, long handles, Boolean includeQualifiers);
+    static bool _reusable(const CIMObjectRep& rep, long handles, Boolean includeQualifiers);
 };
 
 PEGASUS_NAMESPACE_END

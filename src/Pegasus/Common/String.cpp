@@ -88,14 +88,14 @@ Uint32 _roundUp(Uint32 n)
     for (size_t j = 0; j <= hex; ++j)
     {
         char buf[8];
-        snprintf(buf, sizeof(buf), " 0x%02X",
-            unsigned(static_cast<unsigned char>(text[index + j])));
+        snprintf(
+            buf, sizeof(buf), " 0x%02X", unsigned(static_cast<unsigned char>(text[index + j])));
         detail += buf;
     }
     char head[96];
-    snprintf(head, sizeof(head),
-        "The byte sequence starting at index %u is not valid UTF-8 encoding: ",
-        unsigned(index));
+    snprintf(
+        head, sizeof(head),
+        "The byte sequence starting at index %u is not valid UTF-8 encoding: ", unsigned(index));
     throw Exception(String(head) + String(detail.c_str()));
 }
 
@@ -125,8 +125,7 @@ size_t _decodeUtf8(Char16* out, const char* text, size_t n)
                 _throwBadUtf8(i, text, n);
         }
         unsigned char c1 = q[i + 1];
-        if ((c == 0xE0 && c1 < 0xA0) || (c == 0xF0 && c1 < 0x90) ||
-            (c == 0xF4 && c1 > 0x8F))
+        if ((c == 0xE0 && c1 < 0xA0) || (c == 0xF0 && c1 < 0x90) || (c == 0xF4 && c1 > 0x8F))
         {
             _throwBadUtf8(i, text, n);
         }
@@ -157,8 +156,8 @@ size_t _encodeUtf8(char* out, const Char16* s, Uint32 n)
     for (Uint32 i = 0; i < n; ++i)
     {
         Uint32 cp = Uint16(s[i]);
-        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n &&
-            Uint16(s[i + 1]) >= 0xDC00 && Uint16(s[i + 1]) <= 0xDFFF)
+        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && Uint16(s[i + 1]) >= 0xDC00 &&
+            Uint16(s[i + 1]) <= 0xDFFF)
         {
             cp = 0x10000 + ((cp - 0xD800) << 10) + (Uint16(s[i + 1]) - 0xDC00);
             ++i;
@@ -220,7 +219,10 @@ int _compareUnits(const Char16* s1, const Char16* s2, Fold fold)
     return 0;
 }
 
-inline Uint16 _same(Uint16 c) { return c; }
+inline Uint16 _same(Uint16 c)
+{
+    return c;
+}
 }  // namespace
 
 // Inline: every copy and destruction of a String comes through these.
@@ -260,9 +262,13 @@ inline void StringRep::unref(StringRep* rep)
 // CString
 //
 
-CString::CString() : _rep(nullptr) {}
+CString::CString() : _rep(nullptr)
+{
+}
 
-CString::CString(char* cstr) : _rep(cstr) {}
+CString::CString(char* cstr) : _rep(cstr)
+{
+}
 
 CString::CString(const CString& cstr) : _rep(nullptr)
 {
@@ -274,7 +280,10 @@ CString::CString(const CString& cstr) : _rep(nullptr)
     }
 }
 
-CString::~CString() { delete[] _rep; }
+CString::~CString()
+{
+    delete[] _rep;
+}
 
 CString& CString::operator=(const CString& cstr)
 {
@@ -286,7 +295,10 @@ CString& CString::operator=(const CString& cstr)
     return *this;
 }
 
-CString::operator const char*() const { return _rep; }
+CString::operator const char*() const
+{
+    return _rep;
+}
 
 //
 // String
@@ -294,11 +306,19 @@ CString::operator const char*() const { return _rep; }
 
 const String String::EMPTY;
 
-String::String() : _rep(StringRep::empty()) {}
+String::String() : _rep(StringRep::empty())
+{
+}
 
-String::String(const String& str) : _rep(str._rep) { StringRep::ref(_rep); }
+String::String(const String& str) : _rep(str._rep)
+{
+    StringRep::ref(_rep);
+}
 
-String::String(String&& str) noexcept : _rep(str._rep) { str._rep = StringRep::empty(); }
+String::String(String&& str) noexcept : _rep(str._rep)
+{
+    str._rep = StringRep::empty();
+}
 
 String::String(const String& str, Uint32 n) : _rep(StringRep::empty())
 {
@@ -349,9 +369,15 @@ String::String(const char* s1, const String& s2) : String(s1)
     append(s2);
 }
 
-String::~String() { StringRep::unref(_rep); }
+String::~String()
+{
+    StringRep::unref(_rep);
+}
 
-String& String::operator=(const String& str) { return assign(str); }
+String& String::operator=(const String& str)
+{
+    return assign(str);
+}
 
 String& String::operator=(String&& str) noexcept
 {
@@ -364,7 +390,10 @@ String& String::operator=(String&& str) noexcept
     return *this;
 }
 
-String& String::operator=(const char* str) { return assign(str); }
+String& String::operator=(const char* str)
+{
+    return assign(str);
+}
 
 String& String::assign(const String& str)
 {
@@ -415,11 +444,20 @@ void String::clear()
     }
 }
 
-void String::reserveCapacity(Uint32 capacity) { _reserve(capacity); }
+void String::reserveCapacity(Uint32 capacity)
+{
+    _reserve(capacity);
+}
 
-Uint32 String::size() const { return _rep->size; }
+Uint32 String::size() const
+{
+    return _rep->size;
+}
 
-const Char16* String::getChar16Data() const { return _rep->data(); }
+const Char16* String::getChar16Data() const
+{
+    return _rep->data();
+}
 
 CString String::getCString() const
 {
@@ -657,7 +695,7 @@ Boolean String::equal(const String& s1, const String& s2)
     if (s1._rep == s2._rep)
         return true;
     return s1.size() == s2.size() &&
-        memcmp(s1.getChar16Data(), s2.getChar16Data(), s1.size() * sizeof(Char16)) == 0;
+           memcmp(s1.getChar16Data(), s2.getChar16Data(), s1.size() * sizeof(Char16)) == 0;
 }
 
 Boolean String::equal(const String& s1, const char* s2)
@@ -767,28 +805,91 @@ void String::_appendUtf8(const char* str, size_t n)
 // Free operators
 //
 
-Boolean operator==(const String& s1, const String& s2) { return String::equal(s1, s2); }
-Boolean operator==(const String& s1, const char* s2) { return String::equal(s1, s2); }
-Boolean operator==(const char* s1, const String& s2) { return String::equal(s2, s1); }
-Boolean operator!=(const String& s1, const String& s2) { return !String::equal(s1, s2); }
-Boolean operator!=(const String& s1, const char* s2) { return !String::equal(s1, s2); }
-Boolean operator!=(const char* s1, const String& s2) { return !String::equal(s2, s1); }
-Boolean operator<(const String& s1, const String& s2) { return String::compare(s1, s2) < 0; }
-Boolean operator<(const String& s1, const char* s2) { return String::compare(s1, s2) < 0; }
-Boolean operator<(const char* s1, const String& s2) { return String::compare(s2, s1) > 0; }
-Boolean operator>(const String& s1, const String& s2) { return String::compare(s1, s2) > 0; }
-Boolean operator>(const String& s1, const char* s2) { return String::compare(s1, s2) > 0; }
-Boolean operator>(const char* s1, const String& s2) { return String::compare(s2, s1) < 0; }
-Boolean operator<=(const String& s1, const String& s2) { return String::compare(s1, s2) <= 0; }
-Boolean operator<=(const String& s1, const char* s2) { return String::compare(s1, s2) <= 0; }
-Boolean operator<=(const char* s1, const String& s2) { return String::compare(s2, s1) >= 0; }
-Boolean operator>=(const String& s1, const String& s2) { return String::compare(s1, s2) >= 0; }
-Boolean operator>=(const String& s1, const char* s2) { return String::compare(s1, s2) >= 0; }
-Boolean operator>=(const char* s1, const String& s2) { return String::compare(s2, s1) <= 0; }
+Boolean operator==(const String& s1, const String& s2)
+{
+    return String::equal(s1, s2);
+}
+Boolean operator==(const String& s1, const char* s2)
+{
+    return String::equal(s1, s2);
+}
+Boolean operator==(const char* s1, const String& s2)
+{
+    return String::equal(s2, s1);
+}
+Boolean operator!=(const String& s1, const String& s2)
+{
+    return !String::equal(s1, s2);
+}
+Boolean operator!=(const String& s1, const char* s2)
+{
+    return !String::equal(s1, s2);
+}
+Boolean operator!=(const char* s1, const String& s2)
+{
+    return !String::equal(s2, s1);
+}
+Boolean operator<(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) < 0;
+}
+Boolean operator<(const String& s1, const char* s2)
+{
+    return String::compare(s1, s2) < 0;
+}
+Boolean operator<(const char* s1, const String& s2)
+{
+    return String::compare(s2, s1) > 0;
+}
+Boolean operator>(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) > 0;
+}
+Boolean operator>(const String& s1, const char* s2)
+{
+    return String::compare(s1, s2) > 0;
+}
+Boolean operator>(const char* s1, const String& s2)
+{
+    return String::compare(s2, s1) < 0;
+}
+Boolean operator<=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) <= 0;
+}
+Boolean operator<=(const String& s1, const char* s2)
+{
+    return String::compare(s1, s2) <= 0;
+}
+Boolean operator<=(const char* s1, const String& s2)
+{
+    return String::compare(s2, s1) >= 0;
+}
+Boolean operator>=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) >= 0;
+}
+Boolean operator>=(const String& s1, const char* s2)
+{
+    return String::compare(s1, s2) >= 0;
+}
+Boolean operator>=(const char* s1, const String& s2)
+{
+    return String::compare(s2, s1) <= 0;
+}
 
-String operator+(const String& s1, const String& s2) { return String(s1, s2); }
-String operator+(const String& s1, const char* s2) { return String(s1, s2); }
-String operator+(const char* s1, const String& s2) { return String(s1, s2); }
+String operator+(const String& s1, const String& s2)
+{
+    return String(s1, s2);
+}
+String operator+(const String& s1, const char* s2)
+{
+    return String(s1, s2);
+}
+String operator+(const char* s1, const String& s2)
+{
+    return String(s1, s2);
+}
 
 std::ostream& operator<<(std::ostream& os, const String& str)
 {

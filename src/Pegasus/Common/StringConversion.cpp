@@ -7,7 +7,10 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-inline bool _isDigit(char c) { return c >= '0' && c <= '9'; }
+inline bool _isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 inline int _hexValue(char c)
 {
@@ -21,8 +24,8 @@ inline int _hexValue(char c)
 }
 }  // namespace
 
-Boolean StringConversion::decimalStringToUint64(
-    const char* text, Uint64& x, Boolean allowLeadingZeros)
+Boolean
+StringConversion::decimalStringToUint64(const char* text, Uint64& x, Boolean allowLeadingZeros)
 {
     x = 0;
     if (!text || !*text)

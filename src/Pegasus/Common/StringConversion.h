@@ -14,8 +14,8 @@ class PEGASUS_COMMON_LINKAGE StringConversion
 {
 public:
     // 1*digit without leading zeros ("0" alone is fine), within 64 bits.
-    static Boolean decimalStringToUint64(
-        const char* text, Uint64& x, Boolean allowLeadingZeros = false);
+    static Boolean
+    decimalStringToUint64(const char* text, Uint64& x, Boolean allowLeadingZeros = false);
     // "0x" or "0X" then 1*hexdigit, within 64 bits.
     static Boolean hexStringToUint64(const char* text, Uint64& x);
     // Decimal or hex.

@@ -14,8 +14,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class PEGASUS_PROVIDER_LINKAGE CIMAssociationProvider
-    : public virtual CIMProvider
+class PEGASUS_PROVIDER_LINKAGE CIMAssociationProvider : public virtual CIMProvider
 {
 public:
     CIMAssociationProvider();

@@ -8,8 +8,7 @@ CIMOMHandle::CIMOMHandle(const CIMOMHandle& handle) = default;
 CIMOMHandle::~CIMOMHandle() = default;
 CIMOMHandle& CIMOMHandle::operator=(const CIMOMHandle& handle) = default;
 
-CIMOMHandle::CIMOMHandle(std::shared_ptr<CIMOMHandleRep> rep)
-    : _rep(std::move(rep))
+CIMOMHandle::CIMOMHandle(std::shared_ptr<CIMOMHandleRep> rep) : _rep(std::move(rep))
 {
 }
 
@@ -17,8 +16,7 @@ CIMOMHandleRep& CIMOMHandle::_host() const
 {
     if (!_rep)
     {
-        throw CIMException(
-            CIM_ERR_FAILED, "CIMOMHandle is not attached to a CIM server");
+        throw CIMException(CIM_ERR_FAILED, "CIMOMHandle is not attached to a CIM server");
     }
     return *_rep;
 }
@@ -33,8 +31,8 @@ CIMClass CIMOMHandle::getClass(
     const CIMPropertyList& propertyList)
 {
     return _host().getClass(
-        context, nameSpace, className, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+        context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
 Array<CIMClass> CIMOMHandle::enumerateClasses(
@@ -47,8 +45,8 @@ Array<CIMClass> CIMOMHandle::enumerateClasses(
     Boolean includeClassOrigin)
 {
     return _host().enumerateClasses(
-        context, nameSpace, className, deepInheritance, localOnly,
-        includeQualifiers, includeClassOrigin);
+        context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+        includeClassOrigin);
 }
 
 Array<CIMName> CIMOMHandle::enumerateClassNames(
@@ -57,8 +55,7 @@ Array<CIMName> CIMOMHandle::enumerateClassNames(
     const CIMName& className,
     Boolean deepInheritance)
 {
-    return _host().enumerateClassNames(
-        context, nameSpace, className, deepInheritance);
+    return _host().enumerateClassNames(context, nameSpace, className, deepInheritance);
 }
 
 void CIMOMHandle::createClass(
@@ -95,8 +92,8 @@ CIMInstance CIMOMHandle::getInstance(
     const CIMPropertyList& propertyList)
 {
     return _host().getInstance(
-        context, nameSpace, instanceName, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+        context, nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
 Array<CIMInstance> CIMOMHandle::enumerateInstances(
@@ -110,8 +107,8 @@ Array<CIMInstance> CIMOMHandle::enumerateInstances(
     const CIMPropertyList& propertyList)
 {
     return _host().enumerateInstances(
-        context, nameSpace, className, deepInheritance, localOnly,
-        includeQualifiers, includeClassOrigin, propertyList);
+        context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+        includeClassOrigin, propertyList);
 }
 
 Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(
@@ -137,8 +134,7 @@ void CIMOMHandle::modifyInstance(
     Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
-    _host().modifyInstance(
-        context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
+    _host().modifyInstance(context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
 }
 
 void CIMOMHandle::deleteInstance(
@@ -171,8 +167,8 @@ Array<CIMObject> CIMOMHandle::associators(
     const CIMPropertyList& propertyList)
 {
     return _host().associators(
-        context, nameSpace, objectName, assocClass, resultClass, role,
-        resultRole, includeQualifiers, includeClassOrigin, propertyList);
+        context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
+        includeQualifiers, includeClassOrigin, propertyList);
 }
 
 Array<CIMObjectPath> CIMOMHandle::associatorNames(
@@ -185,8 +181,7 @@ Array<CIMObjectPath> CIMOMHandle::associatorNames(
     const String& resultRole)
 {
     return _host().associatorNames(
-        context, nameSpace, objectName, assocClass, resultClass, role,
-        resultRole);
+        context, nameSpace, objectName, assocClass, resultClass, role, resultRole);
 }
 
 Array<CIMObject> CIMOMHandle::references(
@@ -200,8 +195,8 @@ Array<CIMObject> CIMOMHandle::references(
     const CIMPropertyList& propertyList)
 {
     return _host().references(
-        context, nameSpace, objectName, resultClass, role, includeQualifiers,
-        includeClassOrigin, propertyList);
+        context, nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
 Array<CIMObjectPath> CIMOMHandle::referenceNames(
@@ -211,8 +206,7 @@ Array<CIMObjectPath> CIMOMHandle::referenceNames(
     const CIMName& resultClass,
     const String& role)
 {
-    return _host().referenceNames(
-        context, nameSpace, objectName, resultClass, role);
+    return _host().referenceNames(context, nameSpace, objectName, resultClass, role);
 }
 
 CIMValue CIMOMHandle::getProperty(
@@ -231,8 +225,7 @@ void CIMOMHandle::setProperty(
     const CIMName& propertyName,
     const CIMValue& newValue)
 {
-    _host().setProperty(
-        context, nameSpace, instanceName, propertyName, newValue);
+    _host().setProperty(context, nameSpace, instanceName, propertyName, newValue);
 }
 
 CIMValue CIMOMHandle::invokeMethod(
@@ -244,8 +237,7 @@ CIMValue CIMOMHandle::invokeMethod(
     Array<CIMParamValue>& outParameters)
 {
     return _host().invokeMethod(
-        context, nameSpace, instanceName, methodName, inParameters,
-        outParameters);
+        context, nameSpace, instanceName, methodName, inParameters, outParameters);
 }
 
 void CIMOMHandle::disallowProviderUnload()

@@ -5,7 +5,7 @@
 #include <Pegasus/Common/Config.h>
 
 #ifndef PEGASUS_PROVIDER_LINKAGE
-# define PEGASUS_PROVIDER_LINKAGE PEGASUS_EXPORT
+#define PEGASUS_PROVIDER_LINKAGE PEGASUS_EXPORT
 #endif
 
 #endif /* Pegasus_Provider_Linkage_h */

@@ -14,25 +14,20 @@ CIMOperationFailedException::CIMOperationFailedException(
 {
 }
 
-#define PEGASUS_PROVIDER_EXCEPTION_CTOR(NAME, CODE)  \
-    NAME::NAME(const String& message)               \
-        : CIMOperationFailedException(CODE, message) \
-    {                                               \
+#define PEGASUS_PROVIDER_EXCEPTION_CTOR(NAME, CODE)                                                \
+    NAME::NAME(const String& message) : CIMOperationFailedException(CODE, message)                 \
+    {                                                                                              \
     }
 
 PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMAccessDeniedException, CIM_ERR_ACCESS_DENIED)
-PEGASUS_PROVIDER_EXCEPTION_CTOR(
-    CIMInvalidParameterException, CIM_ERR_INVALID_PARAMETER)
+PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMInvalidParameterException, CIM_ERR_INVALID_PARAMETER)
 PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMInvalidClassException, CIM_ERR_INVALID_CLASS)
 PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMObjectNotFoundException, CIM_ERR_NOT_FOUND)
 PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMNotSupportedException, CIM_ERR_NOT_SUPPORTED)
-PEGASUS_PROVIDER_EXCEPTION_CTOR(
-    CIMObjectAlreadyExistsException, CIM_ERR_ALREADY_EXISTS)
-PEGASUS_PROVIDER_EXCEPTION_CTOR(
-    CIMPropertyNotFoundException, CIM_ERR_NO_SUCH_PROPERTY)
+PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMObjectAlreadyExistsException, CIM_ERR_ALREADY_EXISTS)
+PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMPropertyNotFoundException, CIM_ERR_NO_SUCH_PROPERTY)
 PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMInvalidQueryException, CIM_ERR_INVALID_QUERY)
-PEGASUS_PROVIDER_EXCEPTION_CTOR(
-    CIMMethodNotFoundException, CIM_ERR_METHOD_NOT_FOUND)
+PEGASUS_PROVIDER_EXCEPTION_CTOR(CIMMethodNotFoundException, CIM_ERR_METHOD_NOT_FOUND)
 
 #undef PEGASUS_PROVIDER_EXCEPTION_CTOR
 

@@ -129,7 +129,7 @@ void _copyField(char* field, size_t size, const char* src)
     }
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
 // ===========================================================================
 // Property and parameter accessors
@@ -137,36 +137,50 @@ void _copyField(char* field, size_t size, const char* src)
 
 // The CIMObjectPath reader carries the Array<String> reader's trace texts;
 // kept as they are, the array's trace readers expect them.
-Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, CIMObjectPath& value)
+Uint32
+QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, CIMObjectPath& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(Array<String>), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(Array<String>), propertyName = %s\n",
+        QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
-    log_message(4, "<--QEL_Common::getProperty(Array<String>), value = %s\n", QEL_CSTR(value.toString()));
+    log_message(
+        4, "<--QEL_Common::getProperty(Array<String>), value = %s\n", QEL_CSTR(value.toString()));
     return rc;
 }
 
-Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<String>& value)
+Uint32
+QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<String>& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(Array<String>), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(Array<String>), propertyName = %s\n",
+        QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     for (Uint32 i = 0; i < value.size(); i++)
     {
-        log_message(4, "<--QEL_Common::getProperty(Array<String>), value = %s\n", QEL_CSTR(value[i]));
+        log_message(
+            4, "<--QEL_Common::getProperty(Array<String>), value = %s\n", QEL_CSTR(value[i]));
     }
     return rc;
 }
 
-Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<Sint32>& value)
+Uint32
+QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<Sint32>& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(Array<Sint32>), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(Array<Sint32>), propertyName = %s\n",
+        QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(Array<Sint32>)\n");
     return rc;
 }
 
-Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<Uint16>& value)
+Uint32
+QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Array<Uint16>& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(Array<Uint16>), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(Array<Uint16>), propertyName = %s\n",
+        QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(Array<Uint16>)\n");
     return rc;
@@ -174,7 +188,8 @@ Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName
 
 Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Uint64& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(uint64), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(uint64), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(uint64), value = %llu\n", (unsigned long long)value);
     return rc;
@@ -182,7 +197,8 @@ Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName
 
 Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Uint32& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(uint32), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(uint32), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(uint32), value = %d\n", (int)value);
     return rc;
@@ -190,7 +206,8 @@ Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName
 
 Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Uint16& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(uint16), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(uint16), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(uint16), value = %d\n", (int)value);
     return rc;
@@ -198,7 +215,8 @@ Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName
 
 Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Uint8& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(uint8), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(uint8), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(uint8), value = %d\n", (int)value);
     return rc;
@@ -206,21 +224,28 @@ Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName
 
 Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, Boolean& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(Boolean), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(Boolean), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
     log_message(4, "<--QEL_Common::getProperty(Boolean), value = %d\n", (int)value);
     return rc;
 }
 
-Uint32 QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, CIMDateTime& value)
+Uint32
+QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, CIMDateTime& value)
 {
-    log_message(4, "-->QEL_Common::getProperty(CIMDateTime), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getProperty(CIMDateTime), propertyName = %s\n", QEL_CSTR(propertyName));
     Uint32 rc = _readProperty(instance, propertyName, value);
-    log_message(4, "<--QEL_Common::getProperty(CIMDateTime), value = %s\n", QEL_CSTR(value.toString()));
+    log_message(
+        4, "<--QEL_Common::getProperty(CIMDateTime), value = %s\n", QEL_CSTR(value.toString()));
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    Uint8& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint8), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -228,7 +253,10 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    Uint16& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint16), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -236,16 +264,22 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName,
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
     Array<Uint16>& paramValue)
 {
-    log_message(4, "-->QEL_Common::getParameter(Array<Uint16>), paramName = %s\n", QEL_CSTR(paramName));
+    log_message(
+        4, "-->QEL_Common::getParameter(Array<Uint16>), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
     log_message(4, "<--QEL_Common::getParameter(Array<Uint16>)\n");
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    Uint32& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint32), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -253,15 +287,23 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    Uint64& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint64), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
-    log_message(4, "<--QEL_Common::getParameter(Uint64), paramValue = %llu\n", (unsigned long long)paramValue);
+    log_message(
+        4, "<--QEL_Common::getParameter(Uint64), paramValue = %llu\n",
+        (unsigned long long)paramValue);
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    Boolean& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Boolean), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -269,26 +311,38 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName,
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
     CIMDateTime& paramValue)
 {
-    log_message(4, "-->QEL_Common::getParameter(CIMDateTime), paramName = %s\n", QEL_CSTR(paramName));
+    log_message(
+        4, "-->QEL_Common::getParameter(CIMDateTime), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
-    log_message(4, "<--QEL_Common::getParameter(CIMDateTime), paramValue = %s\n", QEL_CSTR(paramValue.toString()));
-    return rc;
-}
-
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName,
-    CIMObjectPath& paramValue)
-{
-    log_message(4, "-->QEL_Common::getParameter(CIMObjectPath), paramName = %s\n", QEL_CSTR(paramName));
-    Uint32 rc = _readParameter(paramList, paramName, paramValue);
-    log_message(4, "<--QEL_Common::getParameter(CIMObjectPath), paramValue = %s\n",
+    log_message(
+        4, "<--QEL_Common::getParameter(CIMDateTime), paramValue = %s\n",
         QEL_CSTR(paramValue.toString()));
     return rc;
 }
 
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue)
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    CIMObjectPath& paramValue)
+{
+    log_message(
+        4, "-->QEL_Common::getParameter(CIMObjectPath), paramName = %s\n", QEL_CSTR(paramName));
+    Uint32 rc = _readParameter(paramList, paramName, paramValue);
+    log_message(
+        4, "<--QEL_Common::getParameter(CIMObjectPath), paramValue = %s\n",
+        QEL_CSTR(paramValue.toString()));
+    return rc;
+}
+
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
+    String& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(String), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -297,10 +351,13 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
 }
 
 // The exit trace has no line end; kept as the array's trace readers expect.
-Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName,
+Uint32 QEL_Common::getParameter(
+    const Array<CIMParamValue>& paramList,
+    const String& paramName,
     Array<String>& paramValue)
 {
-    log_message(4, "-->QEL_Common::getParameter(Array<String>), paramName = %s\n", QEL_CSTR(paramName));
+    log_message(
+        4, "-->QEL_Common::getParameter(Array<String>), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
     log_message(4, "<--QEL_Common::getParameter(Array<String>)");
     return rc;
@@ -308,7 +365,8 @@ Uint32 QEL_Common::getParameter(const Array<CIMParamValue>& paramList, const Str
 
 String QEL_Common::getStringProperty(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
     if (propertyName.size() == 0 || instance.isUninitialized())
     {
         log_message(3, "\tInvalid property name.\n");
@@ -326,7 +384,8 @@ String QEL_Common::getStringProperty(const CIMInstance& instance, const String& 
 
 String QEL_Common::getStringProperty(const CIMObjectPath& objectPath, const String& propertyName)
 {
-    log_message(4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
     String result = _lastKeyValue(objectPath, propertyName);
     log_message(4, "<--QEL_Common::getStringProperty(), value = %s\n", QEL_CSTR(result));
     return result;
@@ -336,7 +395,8 @@ String QEL_Common::getStringProperty(const CIMObjectPath& objectPath, const Stri
 // readers expect them.
 CIMValue QEL_Common::getPropertyValue(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
+    log_message(
+        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
     if (propertyName.size() == 0 || instance.isUninitialized())
     {
         log_message(3, "\tInvalid property name.\n");
@@ -392,49 +452,76 @@ void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, c
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<String>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<String>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Uint16>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<Uint16>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Sint32>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<Sint32>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Uint64>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<Uint64>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Boolean>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<Boolean>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const Array<CIMDateTime>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const CIMObjectPath& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const CIMObjectPath& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const CIMDateTime& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const CIMDateTime& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 // An embedded instance replaces the property (a typed instance value cannot
 // be set on a property declared as a string holding embedded text).
-void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const CIMInstance& value)
+void QEL_Common::setPropertyValue(
+    CIMInstance& instance,
+    CIMName propertyName,
+    const CIMInstance& value)
 {
     Uint32 pos = instance.findProperty(propertyName);
     if (pos == PEG_NOT_FOUND)
@@ -442,10 +529,14 @@ void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, c
         return;
     }
     instance.removeProperty(pos);
-    instance.addProperty(CIMProperty(propertyName, CIMValue(value), 0, CIMName(), CIMName(), false));
+    instance.addProperty(
+        CIMProperty(propertyName, CIMValue(value), 0, CIMName(), CIMName(), false));
 }
 
-void QEL_Common::setPropertyValueToNull(CIMInstance& instance, CIMName propertyName, CIMType cimtype)
+void QEL_Common::setPropertyValueToNull(
+    CIMInstance& instance,
+    CIMName propertyName,
+    CIMType cimtype)
 {
     CIMValue nullValue;
     nullValue.setNullValue(cimtype, false, 0);
@@ -465,12 +556,19 @@ CIMInstance QEL_Common::buildInstanceSkeleton(CIMClass& myClass)
     return skeleton;
 }
 
-CIMClass QEL_Common::getStoredCIMClass(CIMOMHandle& cimom, const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMClass QEL_Common::getStoredCIMClass(
+    CIMOMHandle& cimom,
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return QEL_InternalCacheService::getInstance()->getStoredCIMClass(cimom, context, nameSpace, className,
-        localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    return QEL_InternalCacheService::getInstance()->getStoredCIMClass(
+        cimom, context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
 }
 
 // ===========================================================================
@@ -498,7 +596,8 @@ void _invokeIdentity(CIMOMHandle* cimom, const char* methodName, Array<CIMParamV
     catch (...)
     {
         OperationContext context;
-        cimom->invokeMethod(context, INTERNAL_NAMESPACE, cachePath, methodName, inParams, outParams);
+        cimom->invokeMethod(
+            context, INTERNAL_NAMESPACE, cachePath, methodName, inParams, outParams);
     }
 }
 
@@ -606,7 +705,7 @@ CIMObjectPath _locateWellKnown(CIMOMHandle& cimom, const WellKnownInstance& wk)
     return result;
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
 // Takes a handle it never uses: no fall-back, by design of this version.
 String QEL_Common::getSystemHostName(CIMOMHandle& cimom)
@@ -649,24 +748,37 @@ String QEL_Common::getSystemAddress(CIMOMHandle& cimom)
 // trace. Both differences are intended.
 CIMObjectPath QEL_Common::getSystemObjectPath(CIMOMHandle& cimom)
 {
-    static const WellKnownInstance wk = {"QEL_StorageSystem", "QEL_Common::getSystemObjectPath",
-        "-->QEL_Common::getSystemObjectPath()\n", "<--QEL_Common::getSystemObjectPath()\n",
-        "cannot get at system object path\n", false};
+    static const WellKnownInstance wk = {
+        "QEL_StorageSystem",
+        "QEL_Common::getSystemObjectPath",
+        "-->QEL_Common::getSystemObjectPath()\n",
+        "<--QEL_Common::getSystemObjectPath()\n",
+        "cannot get at system object path\n",
+        false};
     return _locateWellKnown(cimom, wk);
 }
 
 CIMObjectPath QEL_Common::getSystemPkgObjectPath(CIMOMHandle& cimom)
 {
-    static const WellKnownInstance wk = {"QEL_SystemPackage", "QEL_Common::getSystemPkgObjectPath", NULL, NULL,
-        "cannot get at system pkg object path\n", true};
+    static const WellKnownInstance wk = {
+        "QEL_SystemPackage",
+        "QEL_Common::getSystemPkgObjectPath",
+        NULL,
+        NULL,
+        "cannot get at system pkg object path\n",
+        true};
     return _locateWellKnown(cimom, wk);
 }
 
 CIMObjectPath QEL_Common::getSystemViewObjectPath(CIMOMHandle& cimom)
 {
-    static const WellKnownInstance wk = {"QEL_StorageSystemView", "QEL_Common::getSystemViewObjectPath",
-        "-->QEL_Common::getSystemViewObjectPath()\n", "<--QEL_Common::getSystemViewObjectPath()\n",
-        "cannot get at system view object path\n", true};
+    static const WellKnownInstance wk = {
+        "QEL_StorageSystemView",
+        "QEL_Common::getSystemViewObjectPath",
+        "-->QEL_Common::getSystemViewObjectPath()\n",
+        "<--QEL_Common::getSystemViewObjectPath()\n",
+        "cannot get at system view object path\n",
+        true};
     return _locateWellKnown(cimom, wk);
 }
 
@@ -680,8 +792,8 @@ void QEL_Common::setPolicy(Uint32 policy)
     QEL_InternalCacheService::getInstance()->setPolicy(policy);
 }
 
-Array<CIMObjectPath> QEL_Common::enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+Array<CIMObjectPath>
+QEL_Common::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     log_message(4, "-->QEL_Common::enumerateInstanceNames()\n");
     CIMClient client;
@@ -692,22 +804,29 @@ Array<CIMObjectPath> QEL_Common::enumerateInstanceNames(const CIMNamespaceName& 
     return paths;
 }
 
-CIMValue QEL_Common::invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-    const CIMName& methodName, const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
+CIMValue QEL_Common::invokeMethod(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters,
+    Array<CIMParamValue>& outParameters)
 {
     log_message(4, "-->QEL_Common::invokeMethod()\n");
     CIMClient client;
     client.connectLocal();
-    CIMValue returnValue = client.invokeMethod(nameSpace, instanceName, methodName, inParameters, outParameters);
+    CIMValue returnValue =
+        client.invokeMethod(nameSpace, instanceName, methodName, inParameters, outParameters);
     client.disconnect();
     log_message(4, "<--QEL_Common::invokeMethod()\n");
     return returnValue;
 }
 
-CIMObjectPath QEL_Common::buildInternalCacheObjectPath(const String& hostAddr, const String& systemName)
+CIMObjectPath
+QEL_Common::buildInternalCacheObjectPath(const String& hostAddr, const String& systemName)
 {
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", systemName + String("-InternalCache"), CIMKeyBinding::STRING));
+    keys.append(
+        CIMKeyBinding("InstanceID", systemName + String("-InternalCache"), CIMKeyBinding::STRING));
     return CIMObjectPath(hostAddr, INTERNAL_NAMESPACE, INTERNAL_CACHE_CLASS, keys);
 }
 
@@ -737,7 +856,8 @@ Array<CIMKeyBinding> _normaliseKeys(const Array<CIMKeyBinding>& keys)
         try
         {
             CIMObjectPath parsed(kb.getValue());
-            CIMObjectPath hostless(String(), parsed.getNameSpace(), parsed.getClassName(), parsed.getKeyBindings());
+            CIMObjectPath hostless(
+                String(), parsed.getNameSpace(), parsed.getClassName(), parsed.getKeyBindings());
             kb.setValue(hostless.toString());
             kb.setType(CIMKeyBinding::REFERENCE);
         }
@@ -753,12 +873,15 @@ CIMObjectPath _comparisonPath(const CIMObjectPath& path)
 {
     try
     {
-        return CIMObjectPath(String(), path.getNameSpace(), path.getClassName(), _normaliseKeys(path.getKeyBindings()));
+        return CIMObjectPath(
+            String(), path.getNameSpace(), path.getClassName(),
+            _normaliseKeys(path.getKeyBindings()));
     }
     catch (...)
     {
         // The path's own bindings were accepted once; compare them unchanged.
-        return CIMObjectPath(String(), path.getNameSpace(), path.getClassName(), path.getKeyBindings());
+        return CIMObjectPath(
+            String(), path.getNameSpace(), path.getClassName(), path.getKeyBindings());
     }
 }
 
@@ -780,8 +903,13 @@ CIMObjectPath _rehost(const CIMObjectPath& path, const String& host)
     return copy;
 }
 
-CIMObjectPath _assocPath(const String& host, const CIMNamespaceName& nameSpace, const CIMName& assocClass,
-    const CIMName* names, const CIMObjectPath* ends, Uint32 count)
+CIMObjectPath _assocPath(
+    const String& host,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& assocClass,
+    const CIMName* names,
+    const CIMObjectPath* ends,
+    Uint32 count)
 {
     Array<CIMKeyBinding> keys;
     for (Uint32 i = 0; i < count; i++)
@@ -791,8 +919,12 @@ CIMObjectPath _assocPath(const String& host, const CIMNamespaceName& nameSpace, 
     return CIMObjectPath(host, nameSpace, assocClass, keys);
 }
 
-CIMInstance _assocInstance(const CIMClass& classSkeleton, const CIMName* names, const CIMObjectPath* ends,
-    Uint32 count, const CIMObjectPath& path)
+CIMInstance _assocInstance(
+    const CIMClass& classSkeleton,
+    const CIMName* names,
+    const CIMObjectPath* ends,
+    Uint32 count,
+    const CIMObjectPath& path)
 {
     CIMClass cls = classSkeleton;
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cls);
@@ -807,7 +939,10 @@ CIMInstance _assocInstance(const CIMClass& classSkeleton, const CIMName* names, 
 // Calls visit(property name, referenced path) for every non-null reference
 // property of the association instance that does not name the source end.
 template <class Visit>
-void _forEachFarEnd(const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath, Visit visit)
+void _forEachFarEnd(
+    const CIMInstance& assocInstance,
+    const CIMObjectPath& targetObjectPath,
+    Visit visit)
 {
     for (Uint32 i = 0; i < assocInstance.getPropertyCount(); i++)
     {
@@ -834,8 +969,12 @@ void _forEachFarEnd(const CIMInstance& assocInstance, const CIMObjectPath& targe
 // Appends, for one far end, once per entry of resultClass naming its class
 // (or once when resultClass is empty) if the role allows it.
 template <class Append>
-void _selectFarEnd(const CIMName& propertyName, const CIMObjectPath& value, const Array<CIMName>& resultClass,
-    const String& resultRole, Append append)
+void _selectFarEnd(
+    const CIMName& propertyName,
+    const CIMObjectPath& value,
+    const Array<CIMName>& resultClass,
+    const String& resultRole,
+    Append append)
 {
     if (resultClass.size() == 0)
     {
@@ -855,14 +994,16 @@ void _selectFarEnd(const CIMName& propertyName, const CIMObjectPath& value, cons
     }
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
 Boolean QEL_Common::matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2)
 {
     return _comparisonPath(path1).identical(_comparisonPath(path2));
 }
 
-Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceName& nameSpace,
+Boolean QEL_Common::verifyRefMethodParam(
+    CIMObjectPath& ref,
+    const CIMNamespaceName& nameSpace,
     const String& systemAddress)
 {
     if (ref.getNameSpace().isNull())
@@ -871,7 +1012,8 @@ Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceN
     }
     else if (!ref.getNameSpace().equal(nameSpace))
     {
-        log_message(2, "The ref param %s contains the wrong name space %s\n", QEL_CSTR(ref.toString()),
+        log_message(
+            2, "The ref param %s contains the wrong name space %s\n", QEL_CSTR(ref.toString()),
             QEL_CSTR(ref.getNameSpace().getString()));
         return false;
     }
@@ -908,8 +1050,11 @@ Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceN
     return false;
 }
 
-Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceName& nameSpace,
-    const String& systemAddress, const CIMName& expectedClass)
+Boolean QEL_Common::verifyRefMethodParam(
+    CIMObjectPath& ref,
+    const CIMNamespaceName& nameSpace,
+    const String& systemAddress,
+    const CIMName& expectedClass)
 {
     if (!verifyRefMethodParam(ref, nameSpace, systemAddress))
     {
@@ -918,8 +1063,11 @@ Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceN
     return ref.getClassName().equal(expectedClass);
 }
 
-Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceName& nameSpace,
-    const String& systemAddress, const Array<CIMName>& expectedClasses)
+Boolean QEL_Common::verifyRefMethodParam(
+    CIMObjectPath& ref,
+    const CIMNamespaceName& nameSpace,
+    const String& systemAddress,
+    const Array<CIMName>& expectedClasses)
 {
     if (!verifyRefMethodParam(ref, nameSpace, systemAddress))
     {
@@ -928,7 +1076,9 @@ Boolean QEL_Common::verifyRefMethodParam(CIMObjectPath& ref, const CIMNamespaceN
     return isPartOfArray(ref.getClassName(), expectedClasses);
 }
 
-Boolean QEL_Common::_isInstanceValidReference(const CIMObjectPath& target, const CIMInstance& instance,
+Boolean QEL_Common::_isInstanceValidReference(
+    const CIMObjectPath& target,
+    const CIMInstance& instance,
     const String& role)
 {
     if (role.size() != 0)
@@ -961,16 +1111,19 @@ Boolean QEL_Common::_isInstanceValidReference(const CIMObjectPath& target, const
     return false;
 }
 
-Array<CIMInstance> QEL_Common::filterReferenceNames(const Array<CIMInstance>& targetAssociationInstanceList,
-    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
+Array<CIMInstance> QEL_Common::filterReferenceNames(
+    const Array<CIMInstance>& targetAssociationInstanceList,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role)
 {
     CIMObjectPath target = _bareReference(objectName);
     Array<CIMInstance> kept;
     for (Uint32 i = 0; i < targetAssociationInstanceList.size(); i++)
     {
         const CIMInstance& instance = targetAssociationInstanceList[i];
-        if ((resultClass.isNull() || resultClass.equal(instance.getClassName()))
-            && _isInstanceValidReference(target, instance, role))
+        if ((resultClass.isNull() || resultClass.equal(instance.getClassName())) &&
+            _isInstanceValidReference(target, instance, role))
         {
             kept.append(instance);
         }
@@ -978,32 +1131,49 @@ Array<CIMInstance> QEL_Common::filterReferenceNames(const Array<CIMInstance>& ta
     return kept;
 }
 
-Array<CIMObjectPath> QEL_Common::filterAssocInstanceToTargetPaths(const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath, const Array<CIMName>& resultClass, const String& resultRole)
+Array<CIMObjectPath> QEL_Common::filterAssocInstanceToTargetPaths(
+    const CIMInstance& assocInstance,
+    const CIMObjectPath& targetObjectPath,
+    const Array<CIMName>& resultClass,
+    const String& resultRole)
 {
     Array<CIMObjectPath> result;
-    _forEachFarEnd(assocInstance, targetObjectPath, [&](const CIMName& name, const CIMObjectPath& value) {
-        _selectFarEnd(name, value, resultClass, resultRole, [&](const CIMObjectPath& v) { result.append(v); });
-    });
+    _forEachFarEnd(
+        assocInstance, targetObjectPath,
+        [&](const CIMName& name, const CIMObjectPath& value)
+        {
+            _selectFarEnd(
+                name, value, resultClass, resultRole,
+                [&](const CIMObjectPath& v) { result.append(v); });
+        });
     return result;
 }
 
-Array<CIMInstance> QEL_Common::filterAssocInstanceToTargetInstances(const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath, const Array<CIMInstance>& resultInstanceList,
-    const Array<CIMName>& resultClass, const String& resultRole)
+Array<CIMInstance> QEL_Common::filterAssocInstanceToTargetInstances(
+    const CIMInstance& assocInstance,
+    const CIMObjectPath& targetObjectPath,
+    const Array<CIMInstance>& resultInstanceList,
+    const Array<CIMName>& resultClass,
+    const String& resultRole)
 {
     Array<CIMInstance> result;
-    _forEachFarEnd(assocInstance, targetObjectPath, [&](const CIMName& name, const CIMObjectPath& value) {
-        _selectFarEnd(name, value, resultClass, resultRole, [&](const CIMObjectPath& v) {
-            for (Uint32 k = 0; k < resultInstanceList.size(); k++)
-            {
-                if (matchObjectPath(v, resultInstanceList[k].getPath()))
+    _forEachFarEnd(
+        assocInstance, targetObjectPath,
+        [&](const CIMName& name, const CIMObjectPath& value)
+        {
+            _selectFarEnd(
+                name, value, resultClass, resultRole,
+                [&](const CIMObjectPath& v)
                 {
-                    result.append(resultInstanceList[k]);
-                }
-            }
+                    for (Uint32 k = 0; k < resultInstanceList.size(); k++)
+                    {
+                        if (matchObjectPath(v, resultInstanceList[k].getPath()))
+                        {
+                            result.append(resultInstanceList[k]);
+                        }
+                    }
+                });
         });
-    });
     return result;
 }
 
@@ -1022,82 +1192,137 @@ Boolean QEL_Common::isPoolPath(const CIMObjectPath& objectName, const String& in
 
 // Unlike buildAssocPath, the ends are used as given (no re-hosting) and the
 // namespace is fixed; intended.
-CIMObjectPath QEL_Common::buildDepAssocPath(const String& systemAddress, const CIMName& assocClass,
-    const CIMObjectPath& antecedent, const CIMObjectPath& dependent)
+CIMObjectPath QEL_Common::buildDepAssocPath(
+    const String& systemAddress,
+    const CIMName& assocClass,
+    const CIMObjectPath& antecedent,
+    const CIMObjectPath& dependent)
 {
     const CIMName names[2] = {"Antecedent", "Dependent"};
     const CIMObjectPath ends[2] = {antecedent, dependent};
     return _assocPath(systemAddress, ARRAY_NAMESPACE, assocClass, names, ends, 2);
 }
 
-CIMInstance QEL_Common::buildDepAssocInstance(const String& systemAddress, const CIMName& assocClass,
-    const CIMObjectPath& antecedent, const CIMObjectPath& dependent, const CIMClass& classSkeleton)
+CIMInstance QEL_Common::buildDepAssocInstance(
+    const String& systemAddress,
+    const CIMName& assocClass,
+    const CIMObjectPath& antecedent,
+    const CIMObjectPath& dependent,
+    const CIMClass& classSkeleton)
 {
     const CIMName names[2] = {"Antecedent", "Dependent"};
     const CIMObjectPath ends[2] = {antecedent, dependent};
-    return _assocInstance(classSkeleton, names, ends, 2,
+    return _assocInstance(
+        classSkeleton, names, ends, 2,
         buildDepAssocPath(systemAddress, assocClass, antecedent, dependent));
 }
 
-CIMObjectPath QEL_Common::buildAssocPath(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const String& hostAddress, const CIMNamespaceName& nameSpace)
+CIMObjectPath QEL_Common::buildAssocPath(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const String& hostAddress,
+    const CIMNamespaceName& nameSpace)
 {
-    return buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress, hostAddress,
+    return buildAssocPath(
+        assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress, hostAddress,
         hostAddress, nameSpace);
 }
 
-CIMObjectPath QEL_Common::buildAssocPath(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const String& hostAddress1, const String& hostAddress2, const String& localAddress,
+CIMObjectPath QEL_Common::buildAssocPath(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const String& hostAddress1,
+    const String& hostAddress2,
+    const String& localAddress,
     const CIMNamespaceName& nameSpace)
 {
     const CIMName names[2] = {assocName1, assocName2};
-    const CIMObjectPath ends[2] = {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
+    const CIMObjectPath ends[2] = {
+        _rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
     return _assocPath(localAddress, nameSpace, assocClass, names, ends, 2);
 }
 
-CIMObjectPath QEL_Common::buildAssocPath(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMName& assocName3, const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const String& hostAddress,
+CIMObjectPath QEL_Common::buildAssocPath(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMName& assocName3,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const CIMObjectPath& assocPath3,
+    const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
     const CIMName names[3] = {assocName1, assocName2, assocName3};
-    const CIMObjectPath ends[3] = {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+    const CIMObjectPath ends[3] = {
+        _rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
         _rehost(assocPath3, hostAddress)};
     return _assocPath(hostAddress, nameSpace, assocClass, names, ends, 3);
 }
 
-CIMInstance QEL_Common::buildAssocInstance(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const CIMClass& classSkeleton, const String& hostAddress, const CIMNamespaceName& nameSpace)
+CIMInstance QEL_Common::buildAssocInstance(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const CIMClass& classSkeleton,
+    const String& hostAddress,
+    const CIMNamespaceName& nameSpace)
 {
-    return buildAssocInstance(assocClass, assocName1, assocName2, assocPath1, assocPath2, classSkeleton,
-        hostAddress, hostAddress, hostAddress, nameSpace);
+    return buildAssocInstance(
+        assocClass, assocName1, assocName2, assocPath1, assocPath2, classSkeleton, hostAddress,
+        hostAddress, hostAddress, nameSpace);
 }
 
-CIMInstance QEL_Common::buildAssocInstance(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const CIMClass& classSkeleton, const String& hostAddress1, const String& hostAddress2,
-    const String& localAddress, const CIMNamespaceName& nameSpace)
+CIMInstance QEL_Common::buildAssocInstance(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const CIMClass& classSkeleton,
+    const String& hostAddress1,
+    const String& hostAddress2,
+    const String& localAddress,
+    const CIMNamespaceName& nameSpace)
 {
     const CIMName names[2] = {assocName1, assocName2};
-    const CIMObjectPath ends[2] = {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
-    return _assocInstance(classSkeleton, names, ends, 2,
-        buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress1, hostAddress2,
+    const CIMObjectPath ends[2] = {
+        _rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
+    return _assocInstance(
+        classSkeleton, names, ends, 2,
+        buildAssocPath(
+            assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress1, hostAddress2,
             localAddress, nameSpace));
 }
 
-CIMInstance QEL_Common::buildAssocInstance(const CIMName& assocClass, const CIMName& assocName1,
-    const CIMName& assocName2, const CIMName& assocName3, const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const CIMClass& classSkeleton,
-    const String& hostAddress, const CIMNamespaceName& nameSpace)
+CIMInstance QEL_Common::buildAssocInstance(
+    const CIMName& assocClass,
+    const CIMName& assocName1,
+    const CIMName& assocName2,
+    const CIMName& assocName3,
+    const CIMObjectPath& assocPath1,
+    const CIMObjectPath& assocPath2,
+    const CIMObjectPath& assocPath3,
+    const CIMClass& classSkeleton,
+    const String& hostAddress,
+    const CIMNamespaceName& nameSpace)
 {
     const CIMName names[3] = {assocName1, assocName2, assocName3};
-    const CIMObjectPath ends[3] = {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+    const CIMObjectPath ends[3] = {
+        _rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
         _rehost(assocPath3, hostAddress)};
-    return _assocInstance(classSkeleton, names, ends, 3,
-        buildAssocPath(assocClass, assocName1, assocName2, assocName3, assocPath1, assocPath2, assocPath3,
+    return _assocInstance(
+        classSkeleton, names, ends, 3,
+        buildAssocPath(
+            assocClass, assocName1, assocName2, assocName3, assocPath1, assocPath2, assocPath3,
             hostAddress, nameSpace));
 }
 
@@ -1166,18 +1391,12 @@ struct PortStateCodes
 // A port that lost synchronisation is Lost Communication yet healthy, and a
 // port in configuration wait is Stopped yet healthy; both intended.
 const PortStateCodes PORT_STATE_CODES[] = {
-    {PORT_CONFIG_WAIT, 10, 5},
-    {PORT_ALPA_WAIT, 8, 5},
-    {PORT_LOGIN_WAIT, 8, 5},
-    {PORT_OK, 2, 5},
-    {PORT_LOSS_SYNC, 13, 5},
-    {PORT_ERROR, 6, 20},
-    {PORT_NONPARTICIPATE, 6, 20},
-    {PORT_COREDUMP, 6, 25},
-    {PORT_OFFLINE, 10, 10},
-    {PORT_FWDEAD, 7, 30},
-    {PORT_IDLE_FOR_RESET, 8, 5},
-    {PORT_DHCP_IN_PROGRESS, 8, 5},
+    {PORT_CONFIG_WAIT, 10, 5},    {PORT_ALPA_WAIT, 8, 5},
+    {PORT_LOGIN_WAIT, 8, 5},      {PORT_OK, 2, 5},
+    {PORT_LOSS_SYNC, 13, 5},      {PORT_ERROR, 6, 20},
+    {PORT_NONPARTICIPATE, 6, 20}, {PORT_COREDUMP, 6, 25},
+    {PORT_OFFLINE, 10, 10},       {PORT_FWDEAD, 7, 30},
+    {PORT_IDLE_FOR_RESET, 8, 5},  {PORT_DHCP_IN_PROGRESS, 8, 5},
     {PORT_PENDING_RESET, 8, 5},
 };
 
@@ -1243,7 +1462,7 @@ RandomState& _randomState()
 
 const char RANDOM_ALPHABET[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
 
-} // anonymous namespace
+}  // anonymous namespace
 
 Uint16 QEL_Common::getPortOperationalStatus(api_port_status_t portStatus)
 {
@@ -1270,7 +1489,8 @@ CIMDateTime QEL_Common::getCIMDateTime(time_t time)
     long offset = _localOffsetMinutes(local);
     char buffer[80];
     memset(buffer, 0, sizeof(buffer));
-    snprintf(buffer, sizeof(buffer), "%04d%02d%02d%02d%02d%02d.%06d+%03ld", local.tm_year + 1900,
+    snprintf(
+        buffer, sizeof(buffer), "%04d%02d%02d%02d%02d%02d.%06d+%03ld", local.tm_year + 1900,
         local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, 0,
         offset < 0 ? -offset : offset);
     if (offset < 0)
@@ -1469,18 +1689,26 @@ Uint32 QEL_Common::getInstanceThreshold(Uint32 th_scale)
     limit.rlim_max = RLIM_INFINITY;
     getrlimit(RLIMIT_AS, &limit);
     Uint64 megabytes = (Uint64)limit.rlim_cur / 1000000;
-    log_message(4, "soft limit = %u, maxInstScale factor = %u\n", (unsigned)megabytes, (unsigned)th_scale);
+    log_message(
+        4, "soft limit = %u, maxInstScale factor = %u\n", (unsigned)megabytes, (unsigned)th_scale);
     return (Uint32)(megabytes * th_scale);
 }
 
 // A missing class name still yields a leading colon before the method;
 // intended, the audit log readers expect it.
-int QEL_Common::setEventParam(api_evtparam_t* eventp, const char* className, const char* method, const char* op,
-    const char* user, const char* addr)
+int QEL_Common::setEventParam(
+    api_evtparam_t* eventp,
+    const char* className,
+    const char* method,
+    const char* op,
+    const char* user,
+    const char* addr)
 {
     if (eventp == NULL)
     {
-        log_message(2, "setEventParam: Unable to log event data. The control block pointer (eventp) is null.\n");
+        log_message(
+            2,
+            "setEventParam: Unable to log event data. The control block pointer (eventp) is null.\n");
         return 1;
     }
     eventp->inst_param[0] = '\0';
@@ -1509,8 +1737,14 @@ int QEL_Common::setEventParam(api_evtparam_t* eventp, const char* className, con
 
 // A null record is refused with the six-argument form's trace and result
 // instead of being written through.
-int QEL_Common::setEventParam(api_evtparam_t* eventp, const char* className, const char* method, const char* op,
-    const char* user, const char* addr, const char* evtText)
+int QEL_Common::setEventParam(
+    api_evtparam_t* eventp,
+    const char* className,
+    const char* method,
+    const char* op,
+    const char* user,
+    const char* addr,
+    const char* evtText)
 {
     int rc = setEventParam(eventp, className, method, op, user, addr);
     if (rc != 0)
@@ -1525,7 +1759,9 @@ int QEL_Common::setEventOp(api_evtparam_t* eventp, const char* op)
 {
     if (eventp == NULL)
     {
-        log_message(2, "setEventOp: Unable to log event data. The control block pointer (eventp) is null.\n");
+        log_message(
+            2,
+            "setEventOp: Unable to log event data. The control block pointer (eventp) is null.\n");
         return 1;
     }
     _copyField(eventp->inst_op, sizeof(eventp->inst_op), op);
@@ -1562,10 +1798,14 @@ int QEL_Common::returnRAIDType(Uint16 packageRedundancy, Uint16 dataRedundancy)
     return 99;
 }
 
-Boolean QEL_Common::isSameRAID(Uint16 dataRedundancy1, Uint16 packageRedundancy1, Uint16 dataRedundancy2,
+Boolean QEL_Common::isSameRAID(
+    Uint16 dataRedundancy1,
+    Uint16 packageRedundancy1,
+    Uint16 dataRedundancy2,
     Uint16 packageRedundancy2)
 {
-    return returnRAIDType(packageRedundancy1, dataRedundancy1) == returnRAIDType(packageRedundancy2, dataRedundancy2);
+    return returnRAIDType(packageRedundancy1, dataRedundancy1) ==
+           returnRAIDType(packageRedundancy2, dataRedundancy2);
 }
 
 Boolean QEL_Common::isSameRAID(Uint16 raidType, Uint16 dataRedundancy, Uint16 packageRedundancy)
@@ -1597,9 +1837,12 @@ String QEL_Common::getRaidTypeStr(int raidType)
 namespace
 {
 
-const char KEY_CREATE_VOLUME[] = "qel_storageconfigurationservice.createormodifyelementfromstoragepool.createvolume";
-const char KEY_GROW_VOLUME[] = "qel_storageconfigurationservice.createormodifyelementfromstoragepool.growvolume";
-const char KEY_SET_VOLUME[] = "qel_storageconfigurationservice.createormodifyelementfromstoragepool.setvolume";
+const char KEY_CREATE_VOLUME[] =
+    "qel_storageconfigurationservice.createormodifyelementfromstoragepool.createvolume";
+const char KEY_GROW_VOLUME[] =
+    "qel_storageconfigurationservice.createormodifyelementfromstoragepool.growvolume";
+const char KEY_SET_VOLUME[] =
+    "qel_storageconfigurationservice.createormodifyelementfromstoragepool.setvolume";
 const char KEY_RETURN_TO_POOL[] = "qel_storageconfigurationservice.returntostoragepool";
 
 int _authorize(const String& userName, const String& ipAddr, const String& key)
@@ -1681,7 +1924,8 @@ Boolean _parseVolumeWWN(const String& text, Uint64& wwn)
     for (size_t i = 0; i < len; i++)
     {
         char ch = s[i];
-        Boolean hex = (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'f') || (ch >= 'A' && ch <= 'F');
+        Boolean hex =
+            (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'f') || (ch >= 'A' && ch <= 'F');
         if (!hex)
         {
             return false;
@@ -1693,7 +1937,10 @@ Boolean _parseVolumeWWN(const String& text, Uint64& wwn)
 
 // Asks the library for every volume in order with the key chosen for it;
 // the first non-zero result ends the walk.
-int _authorizeVolumes(const String& userName, const String& ipAddr, Array<CIMObjectPath>& volumes,
+int _authorizeVolumes(
+    const String& userName,
+    const String& ipAddr,
+    Array<CIMObjectPath>& volumes,
     String& key)
 {
     int rc = 0;
@@ -1708,11 +1955,13 @@ int _authorizeVolumes(const String& userName, const String& ipAddr, Array<CIMObj
     return rc;
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
 // Naming the element with neither a size nor a name is allowed without asking
 // the library; intended, the method itself rejects such a request.
-int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const String& ipAddr,
+int authorize_CreateOrModifyElemFromStoragePool(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     Boolean hasName = false;
@@ -1735,7 +1984,9 @@ int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const St
         {
             hasSize = true;
         }
-        else if (String::equalNoCase(name, "TheElement") && v.getType() == CIMTYPE_REFERENCE && !v.isArray())
+        else if (
+            String::equalNoCase(name, "TheElement") && v.getType() == CIMTYPE_REFERENCE &&
+            !v.isArray())
         {
             CIMObjectPath element;
             v.get(element);
@@ -1758,7 +2009,9 @@ int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const St
     return rc;
 }
 
-int authorize_ModifySynchronization(const String& userName, const String& ipAddr,
+int authorize_ModifySynchronization(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     Uint16 operation = 0;
@@ -1790,18 +2043,24 @@ int authorize_ModifySynchronization(const String& userName, const String& ipAddr
     return _authorize(userName, ipAddr, key);
 }
 
-int authorize_CreateOrModifyStoragePool(const String& userName, const String& ipAddr,
+int authorize_CreateOrModifyStoragePool(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     CIMObjectPath pool;
     if (_referenceParam(inParameters, "Pool", pool) && !pool.getClassName().isNull())
     {
-        return _authorize(userName, ipAddr, "qel_storageconfigurationservice.createormodifystoragepool.setcpg");
+        return _authorize(
+            userName, ipAddr, "qel_storageconfigurationservice.createormodifystoragepool.setcpg");
     }
-    return _authorize(userName, ipAddr, "qel_storageconfigurationservice.createormodifystoragepool.createcpg");
+    return _authorize(
+        userName, ipAddr, "qel_storageconfigurationservice.createormodifystoragepool.createcpg");
 }
 
-int authorize_DeleteStoragePool(const String& userName, const String& ipAddr,
+int authorize_DeleteStoragePool(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     CIMObjectPath pool;
@@ -1811,17 +2070,22 @@ int authorize_DeleteStoragePool(const String& userName, const String& ipAddr,
     }
     if (pool.getClassName().equal("QEL_DynamicStoragePool"))
     {
-        return _authorize(userName, ipAddr, "qel_storageconfigurationservice.deletestoragepool.deletedynamicstoragepool");
+        return _authorize(
+            userName, ipAddr,
+            "qel_storageconfigurationservice.deletestoragepool.deletedynamicstoragepool");
     }
     if (pool.getClassName().equal("QEL_DeltaReplicaStoragePool"))
     {
-        return _authorize(userName, ipAddr,
+        return _authorize(
+            userName, ipAddr,
             "qel_storageconfigurationservice.deletestoragepool.deletedeltareplicastoragepool");
     }
     return 3;
 }
 
-int authorize_DeleteStorageVolume(const String& userName, const String& ipAddr,
+int authorize_DeleteStorageVolume(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     Array<CIMObjectPath> volumes;
@@ -1856,25 +2120,34 @@ namespace
 
 // SyncType and Mode must both be given; only SyncType chooses the key.
 // Without both the library is not asked (the method rejects the request).
-int _authorizeReplica(const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters,
-    const char* const* keysBySyncType, Uint16 firstSyncType, Uint16 lastSyncType)
+int _authorizeReplica(
+    const String& userName,
+    const String& ipAddr,
+    const Array<CIMParamValue>& inParameters,
+    const char* const* keysBySyncType,
+    Uint16 firstSyncType,
+    Uint16 lastSyncType)
 {
     Uint16 syncType = 0;
     Uint16 mode = 0;
-    if (!_uint16Param(inParameters, "SyncType", syncType) || !_uint16Param(inParameters, "Mode", mode))
+    if (!_uint16Param(inParameters, "SyncType", syncType) ||
+        !_uint16Param(inParameters, "Mode", mode))
     {
         return 0;
     }
-    if (syncType < firstSyncType || syncType > lastSyncType || keysBySyncType[syncType - firstSyncType] == NULL)
+    if (syncType < firstSyncType || syncType > lastSyncType ||
+        keysBySyncType[syncType - firstSyncType] == NULL)
     {
         return 3;
     }
     return _authorize(userName, ipAddr, keysBySyncType[syncType - firstSyncType]);
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
-int authorize_CreateElementReplica(const String& userName, const String& ipAddr,
+int authorize_CreateElementReplica(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     static const char* const keys[] = {
@@ -1884,7 +2157,9 @@ int authorize_CreateElementReplica(const String& userName, const String& ipAddr,
     return _authorizeReplica(userName, ipAddr, inParameters, keys, 7, 8);
 }
 
-int authorize_CreateGroupReplica(const String& userName, const String& ipAddr,
+int authorize_CreateGroupReplica(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     static const char* const keys[] = {
@@ -1897,7 +2172,9 @@ int authorize_CreateGroupReplica(const String& userName, const String& ipAddr,
 
 // Without an Operation the request is let through unasked (result 0); the
 // abort key ends in a blank. Both are intended and kept.
-int authorize_ModifyReplicaSynchronization(const String& userName, const String& ipAddr,
+int authorize_ModifyReplicaSynchronization(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     Uint16 operation = 0;
@@ -1957,7 +2234,9 @@ int authorize_ModifyReplicaSynchronization(const String& userName, const String&
 // Without an Operation the request is let through unasked (result 0); kept.
 // Operation 19 without a target group deletes the synchronized volumes: each
 // one is authorized with its own key.
-int authorize_ModifyListSynchronization(const String& userName, const String& ipAddr,
+int authorize_ModifyListSynchronization(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     Uint16 operation = 0;
@@ -1991,8 +2270,8 @@ int authorize_ModifyListSynchronization(const String& userName, const String& ip
             }
             Array<CIMObjectPath> volumes;
             CIMValue syncs;
-            if (_paramValue(inParameters, "Synchronization", syncs) && syncs.getType() == CIMTYPE_REFERENCE
-                && syncs.isArray())
+            if (_paramValue(inParameters, "Synchronization", syncs) &&
+                syncs.getType() == CIMTYPE_REFERENCE && syncs.isArray())
             {
                 Array<CIMObjectPath> refs;
                 syncs.get(refs);
@@ -2010,25 +2289,33 @@ int authorize_ModifyListSynchronization(const String& userName, const String& ip
     return _authorize(userName, ipAddr, key);
 }
 
-int authorize_ReplicationServiceCapabilitiesMethod(const String& userName, const String& ipAddr,
+int authorize_ReplicationServiceCapabilitiesMethod(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, "qel_replicationservicecapabilities");
 }
 
-int authorize_ModifyStorageSetting_Transient(const String& userName, const String& ipAddr,
+int authorize_ModifyStorageSetting_Transient(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, KEY_SET_VOLUME);
 }
 
-int authorize_ModifyStorageSetting_Persistent(const String& userName, const String& ipAddr,
+int authorize_ModifyStorageSetting_Persistent(
+    const String& userName,
+    const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, "qel_storagesetting.modifyinstance");
 }
 
-int authorize_AllocatedFromStoragePoolModifyInstance(const String& userName, const String& ipAddr,
+int authorize_AllocatedFromStoragePoolModifyInstance(
+    const String& userName,
+    const String& ipAddr,
     const CIMObjectPath& path)
 {
     CIMName antecedent = _referenceKey(path, "Antecedent").getClassName();
@@ -2037,8 +2324,8 @@ int authorize_AllocatedFromStoragePoolModifyInstance(const String& userName, con
     {
         return _authorize(userName, ipAddr, "qel_allocatedfromstoragepool.modifyinstance.setcpg");
     }
-    if (!antecedent.isNull() && antecedent.equal("QEL_DynamicStoragePool") && !dependent.isNull()
-        && (dependent.equal("QEL_StorageVolume") || dependent.equal("QEL_DeltaReplicaStoragePool")))
+    if (!antecedent.isNull() && antecedent.equal("QEL_DynamicStoragePool") && !dependent.isNull() &&
+        (dependent.equal("QEL_StorageVolume") || dependent.equal("QEL_DeltaReplicaStoragePool")))
     {
         return _authorize(userName, ipAddr, "qel_allocatedfromstoragepool.modifyinstance.setvv");
     }
@@ -2051,8 +2338,7 @@ int handleDeleteVolumeMethod(CIMObjectPath& volRef, String& methodName)
     list.count = 0;
     list.vvs = NULL;
     Uint64 wwn = 0;
-    if (!volRef.getClassName().isNull()
-        && _parseVolumeWWN(_lastKeyValue(volRef, "DeviceID"), wwn))
+    if (!volRef.getClassName().isNull() && _parseVolumeWWN(_lastKeyValue(volRef, "DeviceID"), wwn))
     {
         if (cim_sem_wait() == 0)
         {

@@ -22,7 +22,10 @@ String _classKey(const CIMNamespaceName& nameSpace, const CIMName& className)
 // The flags and the property list in one text. Property names are compared
 // without regard to case and their order does not change the class returned,
 // so they are lower-cased and sorted; a null list differs from an empty one.
-String _variantKey(Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+String _variantKey(
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     String key;
@@ -55,10 +58,9 @@ String _variantKey(Boolean localOnly, Boolean includeQualifiers, Boolean include
     return key;
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
-QEL_InternalCacheService::QEL_InternalCacheService()
-    : _variantCount(0), _policy(0)
+QEL_InternalCacheService::QEL_InternalCacheService() : _variantCount(0), _policy(0)
 {
 }
 
@@ -68,12 +70,19 @@ QEL_InternalCacheService* QEL_InternalCacheService::getInstance()
     return &instance;
 }
 
-CIMClass QEL_InternalCacheService::getStoredCIMClass(CIMOMHandle& cimom, const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMClass QEL_InternalCacheService::getStoredCIMClass(
+    CIMOMHandle& cimom,
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     const String classKey = _classKey(nameSpace, className);
-    const String variantKey = _variantKey(localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    const String variantKey =
+        _variantKey(localOnly, includeQualifiers, includeClassOrigin, propertyList);
     {
         std::lock_guard<std::mutex> guard(_lock);
         auto found = _classes.find(classKey);
@@ -91,8 +100,9 @@ CIMClass QEL_InternalCacheService::getStoredCIMClass(CIMOMHandle& cimom, const O
 
     // Fetched without the lock: the server may take a while, and concurrent
     // requests for other classes must not wait on it.
-    CIMClass fetched = cimom.getClass(context, nameSpace, className, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+    CIMClass fetched = cimom.getClass(
+        context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+        propertyList);
     if (fetched.isUninitialized())
     {
         return fetched;

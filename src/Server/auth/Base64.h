@@ -4,8 +4,10 @@
 
 #include <string>
 
-namespace qel {
-namespace auth {
+namespace qel
+{
+namespace auth
+{
 
 std::string base64Encode(const std::string& data);
 // False for characters outside the alphabet, bad padding or a length not a multiple of 4.

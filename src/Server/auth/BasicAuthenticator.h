@@ -10,46 +10,53 @@
 #include <string>
 #include <sys/types.h>
 
-namespace qel {
-namespace auth {
+namespace qel
+{
+namespace auth
+{
 
-struct AuthResult {
-  bool ok = false;
-  std::string user;
-  std::string reason;  // why a request was refused, for the server log
+struct AuthResult
+{
+    bool ok = false;
+    std::string user;
+    std::string reason;  // why a request was refused, for the server log
 };
 
-class BasicAuthenticator {
- public:
-  // Throws PasswordFileError when the file cannot be read or parsed.
-  explicit BasicAuthenticator(std::string passwordFile);
+class BasicAuthenticator
+{
+public:
+    // Throws PasswordFileError when the file cannot be read or parsed.
+    explicit BasicAuthenticator(std::string passwordFile);
 
-  // `authorization` is the Authorization header value, e.g. "Basic dXNlcjpwdw==".
-  AuthResult authenticate(const std::string& authorization);
+    // `authorization` is the Authorization header value, e.g. "Basic dXNlcjpwdw==".
+    AuthResult authenticate(const std::string& authorization);
 
-  // Changes whenever a new version of the file has been loaded; a caller that remembers
-  // a verified credential must verify again once this changes.
-  uint64_t generation();
+    // Changes whenever a new version of the file has been loaded; a caller that remembers
+    // a verified credential must verify again once this changes.
+    uint64_t generation();
 
-  // The last reload failure ("" when the file loaded fine); the previous list stays in use.
-  std::string lastError();
+    // The last reload failure ("" when the file loaded fine); the previous list stays in use.
+    std::string lastError();
 
- private:
-  void refreshLocked();
+private:
+    void refreshLocked();
 
-  std::string path_;
-  std::mutex mutex_;
-  PasswordFile file_;
-  uint64_t generation_ = 0;
-  std::string lastError_;
-  // What was loaded: a change in any of these triggers a reload.
-  ino_t inode_ = 0;
-  off_t size_ = -1;
-  int64_t mtimeNs_ = 0;
+    std::string path_;
+    std::mutex mutex_;
+    PasswordFile file_;
+    uint64_t generation_ = 0;
+    std::string lastError_;
+    // What was loaded: a change in any of these triggers a reload.
+    ino_t inode_ = 0;
+    off_t size_ = -1;
+    int64_t mtimeNs_ = 0;
 };
 
 // Splits "Basic <base64>" into user and password; false when the header is not that.
-bool parseBasicCredentials(const std::string& authorization, std::string& user, std::string& password);
+bool parseBasicCredentials(
+    const std::string& authorization,
+    std::string& user,
+    std::string& password);
 
 }  // namespace auth
 }  // namespace qel

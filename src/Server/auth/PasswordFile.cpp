@@ -9,142 +9,187 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace qel {
-namespace auth {
-namespace {
+namespace qel
+{
+namespace auth
+{
+namespace
+{
 
-bool validHash(const std::string& hash) {
-  if (hash.size() < 2 || hash[0] != '$') return false;
-  for (char c : hash)
-    if (c == ':' || c == ' ' || c == '\t' || c == '\r' || static_cast<unsigned char>(c) < 0x20) return false;
-  return true;
+bool validHash(const std::string& hash)
+{
+    if (hash.size() < 2 || hash[0] != '$')
+        return false;
+    for (char c : hash)
+        if (c == ':' || c == ' ' || c == '\t' || c == '\r' || static_cast<unsigned char>(c) < 0x20)
+            return false;
+    return true;
 }
 
 }  // namespace
 
-std::string generatePassword(size_t length) {
-  static const char alphabet[] = "ABCDEFGHJKLMNPQRSTUVWXYZabcdefghijkmnopqrstuvwxyz23456789";
-  const size_t n = sizeof(alphabet) - 1;
-  std::ifstream random("/dev/urandom", std::ios::binary);
-  if (!random) throw PasswordFileError("cannot read /dev/urandom");
-  std::string out;
-  while (out.size() < length) {
-    unsigned char byte;
-    if (!random.read(reinterpret_cast<char*>(&byte), 1)) throw PasswordFileError("cannot read /dev/urandom");
-    if (byte >= 256 - 256 % n) continue;  // keeps every character equally likely
-    out += alphabet[byte % n];
-  }
-  return out;
-}
-
-bool PasswordFile::validUserName(const std::string& user) {
-  if (user.empty() || user.size() > 64 || user[0] == '-') return false;
-  for (char c : user) {
-    const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' ||
-                    c == '_' || c == '-';
-    if (!ok) return false;
-  }
-  return true;
-}
-
-PasswordFile PasswordFile::parse(const std::string& text, const std::string& origin) {
-  PasswordFile file;
-  std::istringstream in(text);
-  std::string line;
-  int number = 0;
-  while (std::getline(in, line)) {
-    ++number;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    const size_t first = line.find_first_not_of(" \t");
-    if (first == std::string::npos || line[first] == '#') continue;
-    const std::string where = origin + ":" + std::to_string(number) + ": ";
-    const size_t colon = line.find(':');
-    if (colon == std::string::npos) throw PasswordFileError(where + "expected user:hash");
-    const std::string user = line.substr(0, colon);
-    const std::string hash = line.substr(colon + 1);
-    if (!validUserName(user)) throw PasswordFileError(where + "invalid user name \"" + user + "\"");
-    if (!validHash(hash)) throw PasswordFileError(where + "the hash of \"" + user + "\" is not a crypt hash");
-    if (!file.add(user, hash)) throw PasswordFileError(where + "user \"" + user + "\" is listed twice");
-  }
-  return file;
-}
-
-PasswordFile PasswordFile::load(const std::string& path, bool allowMissing) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    if (allowMissing && errno == ENOENT) return PasswordFile();
-    throw PasswordFileError("cannot read password file " + path + ": " + std::strerror(errno));
-  }
-  std::ostringstream text;
-  text << in.rdbuf();
-  return parse(text.str(), path);
-}
-
-std::string PasswordFile::format() const {
-  std::string out = "# CIM server users: user:hash (managed with qel-passwd)\n";
-  for (const PasswordEntry& e : entries_) out += e.user + ":" + e.hash + "\n";
-  return out;
-}
-
-void PasswordFile::save(const std::string& path) const {
-  const std::string tmp = path + ".tmp." + std::to_string(getpid());
-  const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (fd < 0) throw PasswordFileError("cannot write " + tmp + ": " + std::strerror(errno));
-  const std::string text = format();
-  size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      const std::string why = std::strerror(errno);
-      ::close(fd);
-      ::unlink(tmp.c_str());
-      throw PasswordFileError("cannot write " + tmp + ": " + why);
+std::string generatePassword(size_t length)
+{
+    static const char alphabet[] = "ABCDEFGHJKLMNPQRSTUVWXYZabcdefghijkmnopqrstuvwxyz23456789";
+    const size_t n = sizeof(alphabet) - 1;
+    std::ifstream random("/dev/urandom", std::ios::binary);
+    if (!random)
+        throw PasswordFileError("cannot read /dev/urandom");
+    std::string out;
+    while (out.size() < length)
+    {
+        unsigned char byte;
+        if (!random.read(reinterpret_cast<char*>(&byte), 1))
+            throw PasswordFileError("cannot read /dev/urandom");
+        if (byte >= 256 - 256 % n)
+            continue;  // keeps every character equally likely
+        out += alphabet[byte % n];
     }
-    done += static_cast<size_t>(n);
-  }
-  if (::fsync(fd) != 0 || ::close(fd) != 0) {
-    const std::string why = std::strerror(errno);
-    ::unlink(tmp.c_str());
-    throw PasswordFileError("cannot write " + tmp + ": " + why);
-  }
-  if (::rename(tmp.c_str(), path.c_str()) != 0) {
-    const std::string why = std::strerror(errno);
-    ::unlink(tmp.c_str());
-    throw PasswordFileError("cannot replace " + path + ": " + why);
-  }
+    return out;
 }
 
-const PasswordEntry* PasswordFile::find(const std::string& user) const {
-  for (const PasswordEntry& e : entries_)
-    if (e.user == user) return &e;
-  return nullptr;
-}
-
-bool PasswordFile::add(const std::string& user, const std::string& hash) {
-  if (find(user)) return false;
-  entries_.push_back({user, hash});
-  return true;
-}
-
-bool PasswordFile::remove(const std::string& user) {
-  for (auto it = entries_.begin(); it != entries_.end(); ++it) {
-    if (it->user == user) {
-      entries_.erase(it);
-      return true;
+bool PasswordFile::validUserName(const std::string& user)
+{
+    if (user.empty() || user.size() > 64 || user[0] == '-')
+        return false;
+    for (char c : user)
+    {
+        const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                        (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+        if (!ok)
+            return false;
     }
-  }
-  return false;
+    return true;
 }
 
-bool PasswordFile::set(const std::string& user, const std::string& hash) {
-  for (PasswordEntry& e : entries_) {
-    if (e.user == user) {
-      e.hash = hash;
-      return true;
+PasswordFile PasswordFile::parse(const std::string& text, const std::string& origin)
+{
+    PasswordFile file;
+    std::istringstream in(text);
+    std::string line;
+    int number = 0;
+    while (std::getline(in, line))
+    {
+        ++number;
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        const size_t first = line.find_first_not_of(" \t");
+        if (first == std::string::npos || line[first] == '#')
+            continue;
+        const std::string where = origin + ":" + std::to_string(number) + ": ";
+        const size_t colon = line.find(':');
+        if (colon == std::string::npos)
+            throw PasswordFileError(where + "expected user:hash");
+        const std::string user = line.substr(0, colon);
+        const std::string hash = line.substr(colon + 1);
+        if (!validUserName(user))
+            throw PasswordFileError(where + "invalid user name \"" + user + "\"");
+        if (!validHash(hash))
+            throw PasswordFileError(where + "the hash of \"" + user + "\" is not a crypt hash");
+        if (!file.add(user, hash))
+            throw PasswordFileError(where + "user \"" + user + "\" is listed twice");
     }
-  }
-  return false;
+    return file;
+}
+
+PasswordFile PasswordFile::load(const std::string& path, bool allowMissing)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+    {
+        if (allowMissing && errno == ENOENT)
+            return PasswordFile();
+        throw PasswordFileError("cannot read password file " + path + ": " + std::strerror(errno));
+    }
+    std::ostringstream text;
+    text << in.rdbuf();
+    return parse(text.str(), path);
+}
+
+std::string PasswordFile::format() const
+{
+    std::string out = "# CIM server users: user:hash (managed with qel-passwd)\n";
+    for (const PasswordEntry& e : entries_)
+        out += e.user + ":" + e.hash + "\n";
+    return out;
+}
+
+void PasswordFile::save(const std::string& path) const
+{
+    const std::string tmp = path + ".tmp." + std::to_string(getpid());
+    const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (fd < 0)
+        throw PasswordFileError("cannot write " + tmp + ": " + std::strerror(errno));
+    const std::string text = format();
+    size_t done = 0;
+    while (done < text.size())
+    {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+        {
+            const std::string why = std::strerror(errno);
+            ::close(fd);
+            ::unlink(tmp.c_str());
+            throw PasswordFileError("cannot write " + tmp + ": " + why);
+        }
+        done += static_cast<size_t>(n);
+    }
+    if (::fsync(fd) != 0 || ::close(fd) != 0)
+    {
+        const std::string why = std::strerror(errno);
+        ::unlink(tmp.c_str());
+        throw PasswordFileError("cannot write " + tmp + ": " + why);
+    }
+    if (::rename(tmp.c_str(), path.c_str()) != 0)
+    {
+        const std::string why = std::strerror(errno);
+        ::unlink(tmp.c_str());
+        throw PasswordFileError("cannot replace " + path + ": " + why);
+    }
+}
+
+const PasswordEntry* PasswordFile::find(const std::string& user) const
+{
+    for (const PasswordEntry& e : entries_)
+        if (e.user == user)
+            return &e;
+    return nullptr;
+}
+
+bool PasswordFile::add(const std::string& user, const std::string& hash)
+{
+    if (find(user))
+        return false;
+    entries_.push_back({user, hash});
+    return true;
+}
+
+bool PasswordFile::remove(const std::string& user)
+{
+    for (auto it = entries_.begin(); it != entries_.end(); ++it)
+    {
+        if (it->user == user)
+        {
+            entries_.erase(it);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool PasswordFile::set(const std::string& user, const std::string& hash)
+{
+    for (PasswordEntry& e : entries_)
+    {
+        if (e.user == user)
+        {
+            e.hash = hash;
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace auth

@@ -4,8 +4,10 @@
 
 #include <string>
 
-namespace qel {
-namespace auth {
+namespace qel
+{
+namespace auth
+{
 
 // A new hash of `password` with a fresh random salt. Throws std::runtime_error when
 // libcrypt cannot produce one.

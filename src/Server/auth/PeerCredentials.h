@@ -4,8 +4,10 @@
 
 #include <string>
 
-namespace qel {
-namespace auth {
+namespace qel
+{
+namespace auth
+{
 
 // The login name of the peer's user (SO_PEERCRED). False, with `error` set, when the
 // kernel gives no credentials or the uid has no user name.

@@ -13,9 +13,12 @@ namespace net = boost::asio;
 namespace beast = boost::beast;
 namespace bhttp = boost::beast::http;
 
-namespace qel {
-namespace client {
-namespace {
+namespace qel
+{
+namespace client
+{
+namespace
+{
 
 // Replies may be large (whole enumerations) but not unbounded.
 constexpr std::uint64_t kMaxReplyBytes = 1ull << 30;
@@ -25,140 +28,181 @@ constexpr std::uint64_t kMaxReplyBytes = 1ull << 30;
 constexpr std::size_t kReadBufferBytes = 64 * 1024;
 
 template <class Protocol>
-class BeastConnection : public HttpClientConnection {
- public:
-  using Endpoint = typename Protocol::endpoint;
+class BeastConnection : public HttpClientConnection
+{
+public:
+    using Endpoint = typename Protocol::endpoint;
 
-  BeastConnection(std::vector<Endpoint> endpoints, std::string hostHeader, std::string description,
-                  std::chrono::milliseconds timeout)
-      : endpoints_(std::move(endpoints)), hostHeader_(std::move(hostHeader)), description_(std::move(description)) {
-    timeout_ = timeout;
-    open();
-  }
-
-  HttpResult post(const std::vector<std::pair<std::string, std::string>>& headers, const std::string& body) override {
-    bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
-    req.set(bhttp::field::host, hostHeader_);
-    req.set(bhttp::field::content_type, "application/xml; charset=\"utf-8\"");
-    for (const auto& h : headers) req.set(h.first, h.second);
-    req.body() = body;
-    req.keep_alive(true);
-    req.prepare_payload();
-
-    for (int attempt = 0;; ++attempt) {
-      const bool fresh = !stream_;
-      if (fresh) open();
-      bool gotAnything = false;
-      beast::error_code ec;
-      HttpResult result = exchange(req, ec, gotAnything);
-      if (!ec) return result;
-      close();
-      if (ec == beast::error::timeout) throw Pegasus::ConnectionTimeoutException();
-      // The server drops idle kept-alive connections; such a failure happens before the
-      // request was read, so sending it again on a new connection is safe.
-      if (!fresh && !gotAnything && attempt == 0) continue;
-      throw Pegasus::CannotConnectException(Pegasus::String(
-          ("connection to " + description_ + " lost: " + ec.message()).c_str()));
+    BeastConnection(
+        std::vector<Endpoint> endpoints,
+        std::string hostHeader,
+        std::string description,
+        std::chrono::milliseconds timeout)
+        : endpoints_(std::move(endpoints)),
+          hostHeader_(std::move(hostHeader)),
+          description_(std::move(description))
+    {
+        timeout_ = timeout;
+        open();
     }
-  }
 
- private:
-  // Runs one asynchronous operation to its end; the stream's expiry bounds it.
-  template <class Start>
-  beast::error_code run(Start start) {
-    beast::error_code result;
-    ioc_.restart();
-    start([&result](beast::error_code ec, auto&&...) { result = ec; });
-    ioc_.run();
-    return result;
-  }
+    HttpResult post(
+        const std::vector<std::pair<std::string, std::string>>& headers,
+        const std::string& body) override
+    {
+        bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
+        req.set(bhttp::field::host, hostHeader_);
+        req.set(bhttp::field::content_type, "application/xml; charset=\"utf-8\"");
+        for (const auto& h : headers)
+            req.set(h.first, h.second);
+        req.body() = body;
+        req.keep_alive(true);
+        req.prepare_payload();
 
-  void open() {
-    stream_.emplace(ioc_);
-    stream_->expires_after(timeout_);
-    beast::error_code ec = run([&](auto handler) {
-      stream_->async_connect(endpoints_, [handler](beast::error_code e, const Endpoint&) mutable { handler(e); });
-    });
-    if (ec == beast::error::timeout) {
-      close();
-      throw Pegasus::ConnectionTimeoutException();
+        for (int attempt = 0;; ++attempt)
+        {
+            const bool fresh = !stream_;
+            if (fresh)
+                open();
+            bool gotAnything = false;
+            beast::error_code ec;
+            HttpResult result = exchange(req, ec, gotAnything);
+            if (!ec)
+                return result;
+            close();
+            if (ec == beast::error::timeout)
+                throw Pegasus::ConnectionTimeoutException();
+            // The server drops idle kept-alive connections; such a failure happens before the
+            // request was read, so sending it again on a new connection is safe.
+            if (!fresh && !gotAnything && attempt == 0)
+                continue;
+            throw Pegasus::CannotConnectException(Pegasus::String(
+                ("connection to " + description_ + " lost: " + ec.message()).c_str()));
+        }
     }
-    if (ec) {
-      close();
-      throw Pegasus::CannotConnectException(
-          Pegasus::String(("Cannot connect to " + description_ + ": " + ec.message()).c_str()));
+
+private:
+    // Runs one asynchronous operation to its end; the stream's expiry bounds it.
+    template <class Start>
+    beast::error_code run(Start start)
+    {
+        beast::error_code result;
+        ioc_.restart();
+        start([&result](beast::error_code ec, auto&&...) { result = ec; });
+        ioc_.run();
+        return result;
     }
-    buffer_.clear();
-    buffer_.reserve(kReadBufferBytes);
-  }
 
-  void close() {
-    if (!stream_) return;
-    beast::error_code ignored;
-    stream_->socket().shutdown(Protocol::socket::shutdown_both, ignored);
-    stream_->close();
-    stream_.reset();
-  }
+    void open()
+    {
+        stream_.emplace(ioc_);
+        stream_->expires_after(timeout_);
+        beast::error_code ec = run(
+            [&](auto handler)
+            {
+                stream_->async_connect(
+                    endpoints_,
+                    [handler](beast::error_code e, const Endpoint&) mutable { handler(e); });
+            });
+        if (ec == beast::error::timeout)
+        {
+            close();
+            throw Pegasus::ConnectionTimeoutException();
+        }
+        if (ec)
+        {
+            close();
+            throw Pegasus::CannotConnectException(Pegasus::String(
+                ("Cannot connect to " + description_ + ": " + ec.message()).c_str()));
+        }
+        buffer_.clear();
+        buffer_.reserve(kReadBufferBytes);
+    }
 
-  HttpResult exchange(bhttp::request<bhttp::string_body>& req, beast::error_code& ec, bool& gotAnything) {
-    HttpResult result;
-    stream_->expires_after(timeout_);
-    ec = run([&](auto handler) { bhttp::async_write(*stream_, req, handler); });
-    if (ec) return result;
-    bhttp::response_parser<bhttp::string_body> parser;
-    parser.body_limit(kMaxReplyBytes);
-    stream_->expires_after(timeout_);
-    const size_t before = buffer_.size();
-    ec = run([&](auto handler) { bhttp::async_read(*stream_, buffer_, parser, handler); });
-    gotAnything = parser.got_some() || buffer_.size() != before;
-    if (ec) return result;
-    stream_->expires_never();
-    auto msg = parser.release();
-    result.status = static_cast<int>(msg.result_int());
-    for (const auto& f : msg) result.headers.emplace_back(std::string(f.name_string()), std::string(f.value()));
-    result.body = std::move(msg.body());
-    if (!msg.keep_alive()) close();
-    return result;
-  }
+    void close()
+    {
+        if (!stream_)
+            return;
+        beast::error_code ignored;
+        stream_->socket().shutdown(Protocol::socket::shutdown_both, ignored);
+        stream_->close();
+        stream_.reset();
+    }
 
-  net::io_context ioc_;
-  std::vector<Endpoint> endpoints_;
-  std::string hostHeader_;
-  std::string description_;
-  std::optional<beast::basic_stream<Protocol>> stream_;
-  beast::flat_buffer buffer_;
+    HttpResult
+    exchange(bhttp::request<bhttp::string_body>& req, beast::error_code& ec, bool& gotAnything)
+    {
+        HttpResult result;
+        stream_->expires_after(timeout_);
+        ec = run([&](auto handler) { bhttp::async_write(*stream_, req, handler); });
+        if (ec)
+            return result;
+        bhttp::response_parser<bhttp::string_body> parser;
+        parser.body_limit(kMaxReplyBytes);
+        stream_->expires_after(timeout_);
+        const size_t before = buffer_.size();
+        ec = run([&](auto handler) { bhttp::async_read(*stream_, buffer_, parser, handler); });
+        gotAnything = parser.got_some() || buffer_.size() != before;
+        if (ec)
+            return result;
+        stream_->expires_never();
+        auto msg = parser.release();
+        result.status = static_cast<int>(msg.result_int());
+        for (const auto& f : msg)
+            result.headers.emplace_back(std::string(f.name_string()), std::string(f.value()));
+        result.body = std::move(msg.body());
+        if (!msg.keep_alive())
+            close();
+        return result;
+    }
+
+    net::io_context ioc_;
+    std::vector<Endpoint> endpoints_;
+    std::string hostHeader_;
+    std::string description_;
+    std::optional<beast::basic_stream<Protocol>> stream_;
+    beast::flat_buffer buffer_;
 };
 
 }  // namespace
 
-std::string HttpResult::header(const std::string& name) const {
-  for (const auto& h : headers)
-    if (strcasecmp(h.first.c_str(), name.c_str()) == 0) return h.second;
-  return std::string();
+std::string HttpResult::header(const std::string& name) const
+{
+    for (const auto& h : headers)
+        if (strcasecmp(h.first.c_str(), name.c_str()) == 0)
+            return h.second;
+    return std::string();
 }
 
-std::unique_ptr<HttpClientConnection> HttpClientConnection::tcp(const std::string& host, unsigned port,
-                                                                std::chrono::milliseconds timeout) {
-  const std::string description = host + ":" + std::to_string(port);
-  if (port == 0 || port > 65535)
-    throw Pegasus::CannotConnectException(Pegasus::String(("Cannot connect to " + description + ": invalid port").c_str()));
-  net::io_context ioc;
-  net::ip::tcp::resolver resolver(ioc);
-  beast::error_code ec;
-  auto results = resolver.resolve(host, std::to_string(port), ec);
-  if (ec || results.empty())
-    throw Pegasus::CannotConnectException(
-        Pegasus::String(("Cannot connect to " + description + ": " + (ec ? ec.message() : "no address")).c_str()));
-  std::vector<net::ip::tcp::endpoint> endpoints;
-  for (const auto& r : results) endpoints.push_back(r.endpoint());
-  return std::make_unique<BeastConnection<net::ip::tcp>>(std::move(endpoints), description, description, timeout);
+std::unique_ptr<HttpClientConnection>
+HttpClientConnection::tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout)
+{
+    const std::string description = host + ":" + std::to_string(port);
+    if (port == 0 || port > 65535)
+        throw Pegasus::CannotConnectException(
+            Pegasus::String(("Cannot connect to " + description + ": invalid port").c_str()));
+    net::io_context ioc;
+    net::ip::tcp::resolver resolver(ioc);
+    beast::error_code ec;
+    auto results = resolver.resolve(host, std::to_string(port), ec);
+    if (ec || results.empty())
+        throw Pegasus::CannotConnectException(Pegasus::String(
+            ("Cannot connect to " + description + ": " + (ec ? ec.message() : "no address"))
+                .c_str()));
+    std::vector<net::ip::tcp::endpoint> endpoints;
+    for (const auto& r : results)
+        endpoints.push_back(r.endpoint());
+    return std::make_unique<BeastConnection<net::ip::tcp>>(
+        std::move(endpoints), description, description, timeout);
 }
 
-std::unique_ptr<HttpClientConnection> HttpClientConnection::local(const std::string& socketPath,
-                                                                  std::chrono::milliseconds timeout) {
-  std::vector<net::local::stream_protocol::endpoint> endpoints{net::local::stream_protocol::endpoint(socketPath)};
-  return std::make_unique<BeastConnection<net::local::stream_protocol>>(std::move(endpoints), "localhost",
-                                                                        "local socket " + socketPath, timeout);
+std::unique_ptr<HttpClientConnection>
+HttpClientConnection::local(const std::string& socketPath, std::chrono::milliseconds timeout)
+{
+    std::vector<net::local::stream_protocol::endpoint> endpoints{
+        net::local::stream_protocol::endpoint(socketPath)};
+    return std::make_unique<BeastConnection<net::local::stream_protocol>>(
+        std::move(endpoints), "localhost", "local socket " + socketPath, timeout);
 }
 
 }  // namespace client

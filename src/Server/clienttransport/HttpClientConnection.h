@@ -9,36 +9,41 @@
 #include <utility>
 #include <vector>
 
-namespace qel {
-namespace client {
+namespace qel
+{
+namespace client
+{
 
-struct HttpResult {
-  int status = 0;
-  std::vector<std::pair<std::string, std::string>> headers;
-  std::string body;
-  std::string header(const std::string& name) const;  // "" when absent
+struct HttpResult
+{
+    int status = 0;
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+    std::string header(const std::string& name) const;  // "" when absent
 };
 
 // Connection failures throw Pegasus::CannotConnectException, time-outs
 // Pegasus::ConnectionTimeoutException.
-class HttpClientConnection {
- public:
-  virtual ~HttpClientConnection() = default;
+class HttpClientConnection
+{
+public:
+    virtual ~HttpClientConnection() = default;
 
-  static std::unique_ptr<HttpClientConnection> tcp(const std::string& host, unsigned port,
-                                                   std::chrono::milliseconds timeout);
-  static std::unique_ptr<HttpClientConnection> local(const std::string& socketPath,
-                                                     std::chrono::milliseconds timeout);
+    static std::unique_ptr<HttpClientConnection>
+    tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout);
+    static std::unique_ptr<HttpClientConnection>
+    local(const std::string& socketPath, std::chrono::milliseconds timeout);
 
-  void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
+    void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
 
-  // POSTs `body` to /cimom with the given extra headers and returns the reply. A kept-alive
-  // connection the server has meanwhile closed is reopened once, before anything is read.
-  virtual HttpResult post(const std::vector<std::pair<std::string, std::string>>& headers,
-                          const std::string& body) = 0;
+    // POSTs `body` to /cimom with the given extra headers and returns the reply. A kept-alive
+    // connection the server has meanwhile closed is reopened once, before anything is read.
+    virtual HttpResult post(
+        const std::vector<std::pair<std::string, std::string>>& headers,
+        const std::string& body) = 0;
 
- protected:
-  std::chrono::milliseconds timeout_{20000};
+protected:
+    std::chrono::milliseconds timeout_{20000};
 };
 
 }  // namespace client

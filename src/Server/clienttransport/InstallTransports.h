@@ -4,8 +4,10 @@
 
 #include <string>
 
-namespace qel {
-namespace client {
+namespace qel
+{
+namespace client
+{
 
 // Where the server listens for local connections unless told otherwise.
 constexpr const char* kDefaultLocalSocketPath = "/var/tmp/cimxml.socket";

@@ -7,9 +7,11 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMProperty.h>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 bool roleMatches(const String& wanted, const CIMName& property)
 {
@@ -28,8 +30,7 @@ void appendOnce(std::vector<CIMName>& names, const CIMName& name)
 
 }  // namespace
 
-AssociationSchema::AssociationSchema(const ClassRepository& repository)
-    : _repository(repository)
+AssociationSchema::AssociationSchema(const ClassRepository& repository) : _repository(repository)
 {
     Array<CIMNamespaceName> namespaces = repository.enumerateNamespaces();
     for (Uint32 n = 0; n < namespaces.size(); ++n)
@@ -48,21 +49,25 @@ AssociationSchema::AssociationSchema(const ClassRepository& repository)
             {
                 CIMProperty property = classes[c].getProperty(p);
                 if (property.getType() == CIMTYPE_REFERENCE)
-                    a.references.push_back(Reference{property.getName(), property.getReferenceClassName()});
+                    a.references.push_back(
+                        Reference{property.getName(), property.getReferenceClassName()});
             }
             list.push_back(std::move(a));
         }
     }
 }
 
-const std::vector<AssociationSchema::Association>* AssociationSchema::_associations(
-    const CIMNamespaceName& ns) const
+const std::vector<AssociationSchema::Association>*
+AssociationSchema::_associations(const CIMNamespaceName& ns) const
 {
     auto it = _byNamespace.find(nameKey(ns));
     return it == _byNamespace.end() ? nullptr : &it->second;
 }
 
-bool AssociationSchema::_isA(const CIMNamespaceName& ns, const CIMName& cls, const CIMName& ancestor) const
+bool AssociationSchema::_isA(
+    const CIMNamespaceName& ns,
+    const CIMName& cls,
+    const CIMName& ancestor) const
 {
     if (cls.isNull() || ancestor.isNull())
         return false;
@@ -124,7 +129,8 @@ std::vector<CIMName> AssociationSchema::associatedClasses(
         for (size_t from = 0; from < a.references.size(); ++from)
         {
             const Reference& source = a.references[from];
-            if (!roleMatches(role, source.property) || !_isA(ns, objectClass, source.referenceClass))
+            if (!roleMatches(role, source.property) ||
+                !_isA(ns, objectClass, source.referenceClass))
                 continue;
             for (size_t to = 0; to < a.references.size(); ++to)
             {

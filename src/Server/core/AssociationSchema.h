@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class ClassRepository;
 

@@ -11,7 +11,8 @@
 
 #include <Pegasus/Common/Exception.h>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 CIMServer::CIMServer(CIMServerOptions options) : _options(std::move(options))
 {
@@ -33,21 +34,23 @@ void CIMServer::start()
         for (const std::string& file : _options.mofFiles)
             compiler.compileFile(file);
 
-        _registry = std::make_unique<ProviderRegistry>(
-            ProviderRegistry::load(*_repository, CIMNamespaceName(_options.interopNamespace.c_str())));
+        _registry = std::make_unique<ProviderRegistry>(ProviderRegistry::load(
+            *_repository, CIMNamespaceName(_options.interopNamespace.c_str())));
 
         // Handles are made when a provider is first used, by then the
         // dispatcher behind them exists.
         _providers = std::make_unique<ProviderManager>(
-            _options.providerDirectories,
-            [this](const ProviderId&) { return CIMOMHandle(std::shared_ptr<CIMOMHandleRep>(_handleRep)); });
-        _dispatcher = std::make_unique<Dispatcher>(*_repository, *_registry, *_providers, _options.dispatcher);
+            _options.providerDirectories, [this](const ProviderId&)
+            { return CIMOMHandle(std::shared_ptr<CIMOMHandleRep>(_handleRep)); });
+        _dispatcher = std::make_unique<Dispatcher>(
+            *_repository, *_registry, *_providers, _options.dispatcher);
         _handleRep = std::make_shared<ServerCIMOMHandleRep>(*_dispatcher);
 
         if (_options.installLocalTransport)
         {
             _local = std::make_shared<LocalEndpoint>(*_dispatcher);
-            _previousLocalFactory = setLocalTransportFactory(InProcessClientTransport::factory(_local));
+            _previousLocalFactory =
+                setLocalTransportFactory(InProcessClientTransport::factory(_local));
             _localInstalled = true;
         }
 
@@ -60,8 +63,9 @@ void CIMServer::start()
         throw;
     }
     _running.store(true);
-    ServerLog::info("CIM server core started: " + std::to_string(_registry->providers().size()) +
-                    " registered providers");
+    ServerLog::info(
+        "CIM server core started: " + std::to_string(_registry->providers().size()) +
+        " registered providers");
 }
 
 void CIMServer::stop()

@@ -23,7 +23,8 @@
 #include <string>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class ClassRepository;
 class LocalEndpoint;

@@ -2,7 +2,8 @@
 
 #include <Pegasus/Common/Exception.h>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 std::string toStd(const String& text)
 {
@@ -22,7 +23,8 @@ std::string nameKey(const String& name)
     return key;
 }
 
-namespace {
+namespace
+{
 
 // Length of the valid UTF-8 sequence starting at p, or 0.
 size_t utf8SequenceLength(const unsigned char* p)
@@ -32,10 +34,23 @@ size_t utf8SequenceLength(const unsigned char* p)
     unsigned int cp;
     if (c < 0x80)
         return 1;
-    if ((c & 0xE0) == 0xC0) { n = 2; cp = c & 0x1F; }
-    else if ((c & 0xF0) == 0xE0) { n = 3; cp = c & 0x0F; }
-    else if ((c & 0xF8) == 0xF0) { n = 4; cp = c & 0x07; }
-    else return 0;
+    if ((c & 0xE0) == 0xC0)
+    {
+        n = 2;
+        cp = c & 0x1F;
+    }
+    else if ((c & 0xF0) == 0xE0)
+    {
+        n = 3;
+        cp = c & 0x0F;
+    }
+    else if ((c & 0xF8) == 0xF0)
+    {
+        n = 4;
+        cp = c & 0x07;
+    }
+    else
+        return 0;
     for (size_t i = 1; i < n; ++i)
     {
         if ((p[i] & 0xC0) != 0x80)

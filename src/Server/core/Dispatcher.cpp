@@ -24,9 +24,11 @@
 
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 // This machine's name as OpenPegasus puts it into paths; a name the object
 // path rules would refuse falls back to "localhost".
@@ -50,8 +52,9 @@ String machineHostName()
 
 CIMException notSupportedForClass(const CIMName& className)
 {
-    return CIMException(CIM_ERR_NOT_SUPPORTED,
-                        "No provider or repository defined for class " + className.getString() + ".");
+    return CIMException(
+        CIM_ERR_NOT_SUPPORTED,
+        "No provider or repository defined for class " + className.getString() + ".");
 }
 
 // Results of several providers: OpenPegasus drops a NOT_SUPPORTED answer
@@ -125,8 +128,9 @@ String describeType(CIMType type, Boolean isArray)
 
 CIMException noSuchProperty(const CIMName& className, const CIMName& propertyName)
 {
-    return CIMException(CIM_ERR_NO_SUCH_PROPERTY,
-                        "Class " + className.getString() + " has no property " + propertyName.getString() + ".");
+    return CIMException(
+        CIM_ERR_NO_SUCH_PROPERTY,
+        "Class " + className.getString() + " has no property " + propertyName.getString() + ".");
 }
 
 // A value sent as text without a type (a PARAMVALUE without PARAMTYPE,
@@ -151,8 +155,11 @@ CIMValue valueFromText(const CIMValue& text, CIMType type, const std::string& wh
 
 }  // namespace
 
-Dispatcher::Dispatcher(const ClassRepository& repository, const ProviderRegistry& registry,
-                       ProviderManager& providers, DispatcherOptions options)
+Dispatcher::Dispatcher(
+    const ClassRepository& repository,
+    const ProviderRegistry& registry,
+    ProviderManager& providers,
+    DispatcherOptions options)
     : _repository(repository),
       _registry(registry),
       _providers(providers),
@@ -178,7 +185,8 @@ void Dispatcher::_checkNamespace(const CIMNamespaceName& nameSpace) const
         throw CIMException(CIM_ERR_INVALID_NAMESPACE, nameSpace.getString());
 }
 
-void Dispatcher::_checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
+void Dispatcher::_checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className)
+    const
 {
     _checkNamespace(nameSpace);
     if (className.isNull())
@@ -187,7 +195,8 @@ void Dispatcher::_checkInstanceClass(const CIMNamespaceName& nameSpace, const CI
         throw CIMException(CIM_ERR_INVALID_CLASS, className.getString());
 }
 
-CIMClass Dispatcher::_instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
+CIMClass
+Dispatcher::_instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const
 {
     _checkInstanceClass(nameSpace, className);
     return _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
@@ -203,7 +212,8 @@ OperationContext Dispatcher::_providerContext(const OperationContext& context) c
     return providerContext;
 }
 
-CIMObjectPath Dispatcher::_providerPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const
+CIMObjectPath
+Dispatcher::_providerPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const
 {
     CIMObjectPath p(path);
     p.setHost(_hostName);
@@ -211,7 +221,8 @@ CIMObjectPath Dispatcher::_providerPath(const CIMObjectPath& path, const CIMName
     return p;
 }
 
-CIMObjectPath Dispatcher::_completedPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const
+CIMObjectPath
+Dispatcher::_completedPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const
 {
     CIMObjectPath p(path);
     if (p.getHost().size() == 0)
@@ -241,8 +252,9 @@ void Dispatcher::_call(const ProviderId& provider, const HandlerProtocol& protoc
     catch (...)
     {
         CIMException mapped = currentExceptionAsCIMException();
-        ServerLog::warning("provider " + provider.describe() + " threw a non-CIM exception: " +
-                           toStd(mapped.getMessage()));
+        ServerLog::warning(
+            "provider " + provider.describe() +
+            " threw a non-CIM exception: " + toStd(mapped.getMessage()));
         throw mapped;
     }
     if (protocol.hasStatus())
@@ -252,19 +264,27 @@ void Dispatcher::_call(const ProviderId& provider, const HandlerProtocol& protoc
 // ---------------------------------------------------------------------------
 // Class operations
 
-CIMClass Dispatcher::getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
-                              const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-                              Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMClass Dispatcher::getClass(
+    const OperationContext&,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     _checkNamespace(nameSpace);
     if (className.isNull())
         throw CIMException(CIM_ERR_INVALID_PARAMETER, "The request names no class.");
-    return _repository.getClass(nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
-                                propertyList);
+    return _repository.getClass(
+        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
-Array<CIMName> Dispatcher::enumerateClassNames(const OperationContext&, const CIMNamespaceName& nameSpace,
-                                               const CIMName& className, Boolean deepInheritance)
+Array<CIMName> Dispatcher::enumerateClassNames(
+    const OperationContext&,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance)
 {
     _checkNamespace(nameSpace);
     if (!className.isNull() && !_repository.classExists(nameSpace, className))
@@ -272,25 +292,33 @@ Array<CIMName> Dispatcher::enumerateClassNames(const OperationContext&, const CI
     return _repository.enumerateClassNames(nameSpace, className, deepInheritance);
 }
 
-Array<CIMClass> Dispatcher::enumerateClasses(const OperationContext&, const CIMNamespaceName& nameSpace,
-                                             const CIMName& className, Boolean deepInheritance,
-                                             Boolean localOnly, Boolean includeQualifiers,
-                                             Boolean includeClassOrigin)
+Array<CIMClass> Dispatcher::enumerateClasses(
+    const OperationContext&,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin)
 {
     _checkNamespace(nameSpace);
     if (!className.isNull() && !_repository.classExists(nameSpace, className))
         throw CIMException(CIM_ERR_INVALID_CLASS, className.getString());
-    return _repository.enumerateClasses(nameSpace, className, deepInheritance, localOnly,
-                                        includeQualifiers, includeClassOrigin);
+    return _repository.enumerateClasses(
+        nameSpace, className, deepInheritance, localOnly, includeQualifiers, includeClassOrigin);
 }
 
 // ---------------------------------------------------------------------------
 // Instance operations
 
-CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                    const CIMObjectPath& instanceName, Boolean,
-                                    Boolean includeQualifiers, Boolean includeClassOrigin,
-                                    const CIMPropertyList& propertyList)
+CIMInstance Dispatcher::getInstance(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    Boolean,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     const CIMName className = instanceName.getClassName();
     _checkInstanceClass(nameSpace, className);
@@ -301,14 +329,20 @@ CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNa
     CIMObjectPath path = _providerPath(instanceName, nameSpace);
     GetInstanceResponseHandler handler(path);
     OperationContext providerContext = _providerContext(context);
-    _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-        p.getInstance(providerContext, path, includeQualifiers, includeClassOrigin, propertyList, handler);
-    });
-    return ResultFilter::filtered(handler.takeResult(), includeQualifiers, includeClassOrigin, propertyList);
+    _call<CIMInstanceProvider>(
+        *provider, handler.protocol(),
+        [&](CIMInstanceProvider& p)
+        {
+            p.getInstance(
+                providerContext, path, includeQualifiers, includeClassOrigin, propertyList,
+                handler);
+        });
+    return ResultFilter::filtered(
+        handler.takeResult(), includeQualifiers, includeClassOrigin, propertyList);
 }
 
-std::vector<Dispatcher::InstanceTarget> Dispatcher::_instanceTargets(const CIMNamespaceName& nameSpace,
-                                                                     const CIMName& className) const
+std::vector<Dispatcher::InstanceTarget>
+Dispatcher::_instanceTargets(const CIMNamespaceName& nameSpace, const CIMName& className) const
 {
     std::vector<InstanceTarget> targets;
     Array<CIMName> classes;
@@ -325,12 +359,15 @@ std::vector<Dispatcher::InstanceTarget> Dispatcher::_instanceTargets(const CIMNa
     return targets;
 }
 
-Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& context,
-                                                  const CIMNamespaceName& nameSpace,
-                                                  const CIMName& className, Boolean deepInheritance,
-                                                  Boolean, Boolean includeQualifiers,
-                                                  Boolean includeClassOrigin,
-                                                  const CIMPropertyList& propertyList)
+Array<CIMInstance> Dispatcher::enumerateInstances(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     // Without deep inheritance the properties of subclasses are left out:
     // providers get, and results keep, the requested class's properties.
@@ -347,30 +384,37 @@ Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& contex
     FanOut fanOut;
     for (const InstanceTarget& target : targets)
     {
-        fanOut.run([&] {
-            CIMObjectPath classPath =
-                _providerPath(CIMObjectPath(String(), nameSpace, target.className), nameSpace);
-            InstanceListResponseHandler handler(_threshold);
-            _call<CIMInstanceProvider>(*target.provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-                p.enumerateInstances(providerContext, classPath, includeQualifiers, includeClassOrigin,
-                                     effectiveList, handler);
+        fanOut.run(
+            [&]
+            {
+                CIMObjectPath classPath =
+                    _providerPath(CIMObjectPath(String(), nameSpace, target.className), nameSpace);
+                InstanceListResponseHandler handler(_threshold);
+                _call<CIMInstanceProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMInstanceProvider& p)
+                    {
+                        p.enumerateInstances(
+                            providerContext, classPath, includeQualifiers, includeClassOrigin,
+                            effectiveList, handler);
+                    });
+                // The handler holds the last handles on what the provider kept no
+                // handle on: those instances are filtered in place, not copied.
+                const Array<CIMInstance>& delivered = handler.result();
+                result.reserveCapacity(result.size() + delivered.size());
+                for (Uint32 i = 0; i < delivered.size(); ++i)
+                    result.append(ResultFilter::filtered(
+                        delivered[i], includeQualifiers, includeClassOrigin, effectiveList));
             });
-            // The handler holds the last handles on what the provider kept no
-            // handle on: those instances are filtered in place, not copied.
-            const Array<CIMInstance>& delivered = handler.result();
-            result.reserveCapacity(result.size() + delivered.size());
-            for (Uint32 i = 0; i < delivered.size(); ++i)
-                result.append(
-                    ResultFilter::filtered(delivered[i], includeQualifiers, includeClassOrigin, effectiveList));
-        });
     }
     fanOut.finish();
     return result;
 }
 
-Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(const OperationContext& context,
-                                                        const CIMNamespaceName& nameSpace,
-                                                        const CIMName& className)
+Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className)
 {
     _checkInstanceClass(nameSpace, className);
 
@@ -381,21 +425,25 @@ Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(const OperationContext& 
     FanOut fanOut;
     for (const InstanceTarget& target : targets)
     {
-        fanOut.run([&] {
-            CIMObjectPath classPath =
-                _providerPath(CIMObjectPath(String(), nameSpace, target.className), nameSpace);
-            ObjectPathListResponseHandler handler(_threshold);
-            _call<CIMInstanceProvider>(*target.provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-                p.enumerateInstanceNames(providerContext, classPath, handler);
+        fanOut.run(
+            [&]
+            {
+                CIMObjectPath classPath =
+                    _providerPath(CIMObjectPath(String(), nameSpace, target.className), nameSpace);
+                ObjectPathListResponseHandler handler(_threshold);
+                _call<CIMInstanceProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMInstanceProvider& p)
+                    { p.enumerateInstanceNames(providerContext, classPath, handler); });
+                result.appendArray(handler.result());
             });
-            result.appendArray(handler.result());
-        });
     }
     fanOut.finish();
     return result;
 }
 
-CIMInstance Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, const CIMInstance& instance) const
+CIMInstance
+Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, const CIMInstance& instance) const
 {
     if (instance.isUninitialized())
         throw CIMException(CIM_ERR_INVALID_PARAMETER, "The request carries no instance.");
@@ -419,15 +467,17 @@ CIMInstance Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, cons
         if (value.getType() != declared.getType() || value.isArray() != declared.isArray())
         {
             if (!value.isNull())
-                throw CIMException(CIM_ERR_TYPE_MISMATCH,
-                                   "Property " + property.getName().getString() + " is declared " +
-                                       describeType(declared.getType(), declared.isArray()) + ", not " +
-                                       describeType(value.getType(), value.isArray()) + ".");
+                throw CIMException(
+                    CIM_ERR_TYPE_MISMATCH,
+                    "Property " + property.getName().getString() + " is declared " +
+                        describeType(declared.getType(), declared.isArray()) + ", not " +
+                        describeType(value.getType(), value.isArray()) + ".");
             // A null value takes the declared type.
             value = CIMValue(declared.getType(), declared.isArray());
         }
-        CIMProperty checked(property.getName(), value, 0,
-                            value.getType() == CIMTYPE_REFERENCE ? declared.getReferenceClassName() : CIMName());
+        CIMProperty checked(
+            property.getName(), value, 0,
+            value.getType() == CIMTYPE_REFERENCE ? declared.getReferenceClassName() : CIMName());
         for (Uint32 q = 0; q < property.getQualifierCount(); ++q)
             checked.addQualifier(property.getQualifier(q).clone());
         copy.addProperty(checked);
@@ -435,8 +485,10 @@ CIMInstance Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, cons
     return copy;
 }
 
-CIMObjectPath Dispatcher::createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                         const CIMInstance& newInstance)
+CIMObjectPath Dispatcher::createInstance(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& newInstance)
 {
     CIMInstance instance = _checkedInstance(nameSpace, newInstance);
     const CIMName className = instance.getClassName();
@@ -445,24 +497,30 @@ CIMObjectPath Dispatcher::createInstance(const OperationContext& context, const 
         throw CIMException(CIM_ERR_NOT_SUPPORTED);
 
     CIMObjectPath path = _providerPath(
-        CIMObjectPath(String(), nameSpace, className, instance.getPath().getKeyBindings()), nameSpace);
+        CIMObjectPath(String(), nameSpace, className, instance.getPath().getKeyBindings()),
+        nameSpace);
     CreateInstanceResponseHandler handler;
     OperationContext providerContext = _providerContext(context);
-    _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-        p.createInstance(providerContext, path, instance, handler);
-    });
+    _call<CIMInstanceProvider>(
+        *provider, handler.protocol(),
+        [&](CIMInstanceProvider& p)
+        { p.createInstance(providerContext, path, instance, handler); });
     return handler.result();
 }
 
-void Dispatcher::modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                const CIMInstance& modifiedInstance, Boolean includeQualifiers,
-                                const CIMPropertyList& propertyList)
+void Dispatcher::modifyInstance(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers,
+    const CIMPropertyList& propertyList)
 {
     CIMInstance instance = _checkedInstance(nameSpace, modifiedInstance);
     const CIMName className = instance.getClassName();
     if (!propertyList.isNull())
     {
-        CIMClass cimClass = _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
+        CIMClass cimClass =
+            _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < propertyList.size(); ++i)
         {
             if (cimClass.findProperty(propertyList[i]) == PEG_NOT_FOUND)
@@ -474,16 +532,22 @@ void Dispatcher::modifyInstance(const OperationContext& context, const CIMNamesp
         throw CIMException(CIM_ERR_NOT_SUPPORTED);
 
     CIMObjectPath path = _providerPath(
-        CIMObjectPath(String(), nameSpace, className, instance.getPath().getKeyBindings()), nameSpace);
+        CIMObjectPath(String(), nameSpace, className, instance.getPath().getKeyBindings()),
+        nameSpace);
     OperationStatusHandler handler;
     OperationContext providerContext = _providerContext(context);
-    _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-        p.modifyInstance(providerContext, path, instance, includeQualifiers, propertyList, handler);
-    });
+    _call<CIMInstanceProvider>(
+        *provider, handler.protocol(),
+        [&](CIMInstanceProvider& p) {
+            p.modifyInstance(
+                providerContext, path, instance, includeQualifiers, propertyList, handler);
+        });
 }
 
-void Dispatcher::deleteInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                const CIMObjectPath& instanceName)
+void Dispatcher::deleteInstance(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName)
 {
     const CIMName className = instanceName.getClassName();
     _checkInstanceClass(nameSpace, className);
@@ -494,17 +558,20 @@ void Dispatcher::deleteInstance(const OperationContext& context, const CIMNamesp
     CIMObjectPath path = _providerPath(instanceName, nameSpace);
     OperationStatusHandler handler;
     OperationContext providerContext = _providerContext(context);
-    _call<CIMInstanceProvider>(*provider, handler.protocol(), [&](CIMInstanceProvider& p) {
-        p.deleteInstance(providerContext, path, handler);
-    });
+    _call<CIMInstanceProvider>(
+        *provider, handler.protocol(),
+        [&](CIMInstanceProvider& p) { p.deleteInstance(providerContext, path, handler); });
 }
 
 // ---------------------------------------------------------------------------
 // Property operations: OpenPegasus hands them to the instance provider as a
 // getInstance or a modifyInstance of that one property.
 
-CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                 const CIMObjectPath& instanceName, const CIMName& propertyName)
+CIMValue Dispatcher::getProperty(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& propertyName)
 {
     const CIMName className = instanceName.getClassName();
     if (propertyName.isNull())
@@ -512,8 +579,9 @@ CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNames
     if (_instanceClass(nameSpace, className).findProperty(propertyName) == PEG_NOT_FOUND)
         throw noSuchProperty(className, propertyName);
 
-    CIMInstance instance = getInstance(context, nameSpace, instanceName, false, false, false,
-                                       CIMPropertyList(Array<CIMName>(1, propertyName)));
+    CIMInstance instance = getInstance(
+        context, nameSpace, instanceName, false, false, false,
+        CIMPropertyList(Array<CIMName>(1, propertyName)));
     const Uint32 pos = instance.findProperty(propertyName);
     // A provider may leave a declared property out; OpenPegasus then answers so.
     if (pos == PEG_NOT_FOUND)
@@ -521,9 +589,12 @@ CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNames
     return instance.getProperty(pos).getValue();
 }
 
-void Dispatcher::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                             const CIMObjectPath& instanceName, const CIMName& propertyName,
-                             const CIMValue& newValue)
+void Dispatcher::setProperty(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& propertyName,
+    const CIMValue& newValue)
 {
     const CIMName className = instanceName.getClassName();
     if (propertyName.isNull())
@@ -535,24 +606,30 @@ void Dispatcher::setProperty(const OperationContext& context, const CIMNamespace
 
     CIMConstProperty declared = static_cast<const CIMClass&>(cimClass).getProperty(pos);
     CIMValue value = newValue;
-    if (!value.isNull() && value.getType() == CIMTYPE_STRING && declared.getType() != CIMTYPE_STRING &&
-        value.isArray() == declared.isArray())
-        value = valueFromText(value, declared.getType(),
-                              "property " + toStd(propertyName.getString()) + " of class " +
-                                  toStd(className.getString()));
+    if (!value.isNull() && value.getType() == CIMTYPE_STRING &&
+        declared.getType() != CIMTYPE_STRING && value.isArray() == declared.isArray())
+        value = valueFromText(
+            value, declared.getType(),
+            "property " + toStd(propertyName.getString()) + " of class " +
+                toStd(className.getString()));
 
     CIMInstance instance(className);
     instance.setPath(instanceName);
     instance.addProperty(CIMProperty(propertyName, value));
-    modifyInstance(context, nameSpace, instance, false, CIMPropertyList(Array<CIMName>(1, propertyName)));
+    modifyInstance(
+        context, nameSpace, instance, false, CIMPropertyList(Array<CIMName>(1, propertyName)));
 }
 
 // ---------------------------------------------------------------------------
 // Association operations
 
-void Dispatcher::_checkAssociationRequest(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-                                          const CIMName& assocClass, const CIMName& resultClass,
-                                          const String& role, const String& resultRole) const
+void Dispatcher::_checkAssociationRequest(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole) const
 {
     _checkNamespace(nameSpace);
     if (role.size() != 0 && !CIMName::legal(role))
@@ -571,13 +648,17 @@ void Dispatcher::_checkAssociationRequest(const CIMNamespaceName& nameSpace, con
 }
 
 std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& classFilter,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& classFilter,
     const String& role) const
 {
     const CIMName className = objectName.getClassName();
-    auto served = [&](const CIMName& filter, const String& byRole) {
+    auto served = [&](const CIMName& filter, const String& byRole)
+    {
         std::vector<AssociationTarget> found;
-        for (const CIMName& assoc : _associations.referencingClasses(nameSpace, className, filter, byRole))
+        for (const CIMName& assoc :
+             _associations.referencingClasses(nameSpace, className, filter, byRole))
         {
             const ProviderId* provider = _registry.associationProvider(nameSpace, assoc);
             if (provider)
@@ -594,16 +675,18 @@ std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
     return targets;
 }
 
-Array<CIMObject> Dispatcher::_classObjects(const CIMNamespaceName& nameSpace,
-                                           const std::vector<CIMName>& classNames,
-                                           Boolean includeQualifiers, Boolean includeClassOrigin,
-                                           const CIMPropertyList& propertyList) const
+Array<CIMObject> Dispatcher::_classObjects(
+    const CIMNamespaceName& nameSpace,
+    const std::vector<CIMName>& classNames,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList) const
 {
     Array<CIMObject> result;
     for (const CIMName& name : classNames)
     {
-        CIMClass cimClass = _repository.getClass(nameSpace, name, false, includeQualifiers,
-                                                 includeClassOrigin, propertyList);
+        CIMClass cimClass = _repository.getClass(
+            nameSpace, name, false, includeQualifiers, includeClassOrigin, propertyList);
         CIMObject object(cimClass);
         object.setPath(CIMObjectPath(_hostName, nameSpace, name));
         result.append(object);
@@ -611,8 +694,9 @@ Array<CIMObject> Dispatcher::_classObjects(const CIMNamespaceName& nameSpace,
     return result;
 }
 
-Array<CIMObjectPath> Dispatcher::_classPaths(const CIMNamespaceName& nameSpace,
-                                             const std::vector<CIMName>& classNames) const
+Array<CIMObjectPath> Dispatcher::_classPaths(
+    const CIMNamespaceName& nameSpace,
+    const std::vector<CIMName>& classNames) const
 {
     Array<CIMObjectPath> result;
     for (const CIMName& name : classNames)
@@ -620,146 +704,199 @@ Array<CIMObjectPath> Dispatcher::_classPaths(const CIMNamespaceName& nameSpace,
     return result;
 }
 
-void Dispatcher::_appendObjects(Array<CIMObject>& result, const Array<CIMObject>& delivered,
-                                const CIMNamespaceName& nameSpace, Boolean includeQualifiers,
-                                Boolean includeClassOrigin, const CIMPropertyList& propertyList) const
+void Dispatcher::_appendObjects(
+    Array<CIMObject>& result,
+    const Array<CIMObject>& delivered,
+    const CIMNamespaceName& nameSpace,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList) const
 {
     for (Uint32 i = 0; i < delivered.size(); ++i)
     {
-        CIMObject object = ResultFilter::filtered(delivered[i], includeQualifiers, includeClassOrigin, propertyList);
+        CIMObject object = ResultFilter::filtered(
+            delivered[i], includeQualifiers, includeClassOrigin, propertyList);
         object.setPath(_completedPath(object.getPath(), nameSpace));
         result.append(object);
     }
 }
 
-Array<CIMObject> Dispatcher::associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                         const CIMObjectPath& objectName, const CIMName& assocClass,
-                                         const CIMName& resultClass, const String& role,
-                                         const String& resultRole, Boolean includeQualifiers,
-                                         Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+Array<CIMObject> Dispatcher::associators(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     _checkAssociationRequest(nameSpace, objectName, assocClass, resultClass, role, resultRole);
     if (objectName.getKeyBindings().size() == 0)
-        return _classObjects(nameSpace,
-                             _associations.associatedClasses(nameSpace, objectName.getClassName(), assocClass,
-                                                             resultClass, role, resultRole),
-                             includeQualifiers, includeClassOrigin, propertyList);
+        return _classObjects(
+            nameSpace,
+            _associations.associatedClasses(
+                nameSpace, objectName.getClassName(), assocClass, resultClass, role, resultRole),
+            includeQualifiers, includeClassOrigin, propertyList);
 
     // As OpenPegasus does, the role does not narrow the association classes
     // here; the providers apply it.
-    std::vector<AssociationTarget> targets = _associationTargets(nameSpace, objectName, assocClass, String());
+    std::vector<AssociationTarget> targets =
+        _associationTargets(nameSpace, objectName, assocClass, String());
     CIMObjectPath path = _providerPath(objectName, nameSpace);
     OperationContext providerContext = _providerContext(context);
     Array<CIMObject> result;
     FanOut fanOut;
     for (const AssociationTarget& target : targets)
     {
-        fanOut.run([&] {
-            ObjectListResponseHandler handler(_threshold);
-            _call<CIMAssociationProvider>(*target.provider, handler.protocol(), [&](CIMAssociationProvider& p) {
-                p.associators(providerContext, path, target.assocClass, resultClass, role, resultRole,
-                              includeQualifiers, includeClassOrigin, propertyList, handler);
+        fanOut.run(
+            [&]
+            {
+                ObjectListResponseHandler handler(_threshold);
+                _call<CIMAssociationProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMAssociationProvider& p)
+                    {
+                        p.associators(
+                            providerContext, path, target.assocClass, resultClass, role, resultRole,
+                            includeQualifiers, includeClassOrigin, propertyList, handler);
+                    });
+                _appendObjects(
+                    result, handler.result(), nameSpace, includeQualifiers, includeClassOrigin,
+                    propertyList);
             });
-            _appendObjects(result, handler.result(), nameSpace, includeQualifiers, includeClassOrigin,
-                           propertyList);
-        });
     }
     fanOut.finish();
     return result;
 }
 
-Array<CIMObjectPath> Dispatcher::associatorNames(const OperationContext& context,
-                                                 const CIMNamespaceName& nameSpace,
-                                                 const CIMObjectPath& objectName, const CIMName& assocClass,
-                                                 const CIMName& resultClass, const String& role,
-                                                 const String& resultRole)
+Array<CIMObjectPath> Dispatcher::associatorNames(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole)
 {
     _checkAssociationRequest(nameSpace, objectName, assocClass, resultClass, role, resultRole);
     if (objectName.getKeyBindings().size() == 0)
-        return _classPaths(nameSpace, _associations.associatedClasses(nameSpace, objectName.getClassName(),
-                                                                      assocClass, resultClass, role, resultRole));
+        return _classPaths(
+            nameSpace,
+            _associations.associatedClasses(
+                nameSpace, objectName.getClassName(), assocClass, resultClass, role, resultRole));
 
-    std::vector<AssociationTarget> targets = _associationTargets(nameSpace, objectName, assocClass, String());
+    std::vector<AssociationTarget> targets =
+        _associationTargets(nameSpace, objectName, assocClass, String());
     CIMObjectPath path = _providerPath(objectName, nameSpace);
     OperationContext providerContext = _providerContext(context);
     Array<CIMObjectPath> result;
     FanOut fanOut;
     for (const AssociationTarget& target : targets)
     {
-        fanOut.run([&] {
-            ObjectPathListResponseHandler handler(_threshold);
-            _call<CIMAssociationProvider>(*target.provider, handler.protocol(), [&](CIMAssociationProvider& p) {
-                p.associatorNames(providerContext, path, target.assocClass, resultClass, role, resultRole,
-                                  handler);
+        fanOut.run(
+            [&]
+            {
+                ObjectPathListResponseHandler handler(_threshold);
+                _call<CIMAssociationProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMAssociationProvider& p)
+                    {
+                        p.associatorNames(
+                            providerContext, path, target.assocClass, resultClass, role, resultRole,
+                            handler);
+                    });
+                const Array<CIMObjectPath>& delivered = handler.result();
+                for (Uint32 i = 0; i < delivered.size(); ++i)
+                    result.append(_completedPath(delivered[i], nameSpace));
             });
-            const Array<CIMObjectPath>& delivered = handler.result();
-            for (Uint32 i = 0; i < delivered.size(); ++i)
-                result.append(_completedPath(delivered[i], nameSpace));
-        });
     }
     fanOut.finish();
     return result;
 }
 
-Array<CIMObject> Dispatcher::references(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                        const CIMObjectPath& objectName, const CIMName& resultClass,
-                                        const String& role, Boolean includeQualifiers,
-                                        Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+Array<CIMObject> Dispatcher::references(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     _checkAssociationRequest(nameSpace, objectName, CIMName(), resultClass, role, String());
     if (objectName.getKeyBindings().size() == 0)
-        return _classObjects(nameSpace,
-                             _associations.referencingClasses(nameSpace, objectName.getClassName(),
-                                                              resultClass, role),
-                             includeQualifiers, includeClassOrigin, propertyList);
+        return _classObjects(
+            nameSpace,
+            _associations.referencingClasses(
+                nameSpace, objectName.getClassName(), resultClass, role),
+            includeQualifiers, includeClassOrigin, propertyList);
 
-    std::vector<AssociationTarget> targets = _associationTargets(nameSpace, objectName, resultClass, role);
+    std::vector<AssociationTarget> targets =
+        _associationTargets(nameSpace, objectName, resultClass, role);
     CIMObjectPath path = _providerPath(objectName, nameSpace);
     OperationContext providerContext = _providerContext(context);
     Array<CIMObject> result;
     FanOut fanOut;
     for (const AssociationTarget& target : targets)
     {
-        fanOut.run([&] {
-            ObjectListResponseHandler handler(_threshold);
-            _call<CIMAssociationProvider>(*target.provider, handler.protocol(), [&](CIMAssociationProvider& p) {
-                p.references(providerContext, path, target.assocClass, role, includeQualifiers,
-                             includeClassOrigin, propertyList, handler);
+        fanOut.run(
+            [&]
+            {
+                ObjectListResponseHandler handler(_threshold);
+                _call<CIMAssociationProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMAssociationProvider& p)
+                    {
+                        p.references(
+                            providerContext, path, target.assocClass, role, includeQualifiers,
+                            includeClassOrigin, propertyList, handler);
+                    });
+                _appendObjects(
+                    result, handler.result(), nameSpace, includeQualifiers, includeClassOrigin,
+                    propertyList);
             });
-            _appendObjects(result, handler.result(), nameSpace, includeQualifiers, includeClassOrigin,
-                           propertyList);
-        });
     }
     fanOut.finish();
     return result;
 }
 
-Array<CIMObjectPath> Dispatcher::referenceNames(const OperationContext& context,
-                                                const CIMNamespaceName& nameSpace,
-                                                const CIMObjectPath& objectName, const CIMName& resultClass,
-                                                const String& role)
+Array<CIMObjectPath> Dispatcher::referenceNames(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role)
 {
     _checkAssociationRequest(nameSpace, objectName, CIMName(), resultClass, role, String());
     if (objectName.getKeyBindings().size() == 0)
-        return _classPaths(nameSpace, _associations.referencingClasses(nameSpace, objectName.getClassName(),
-                                                                       resultClass, role));
+        return _classPaths(
+            nameSpace, _associations.referencingClasses(
+                           nameSpace, objectName.getClassName(), resultClass, role));
 
-    std::vector<AssociationTarget> targets = _associationTargets(nameSpace, objectName, resultClass, role);
+    std::vector<AssociationTarget> targets =
+        _associationTargets(nameSpace, objectName, resultClass, role);
     CIMObjectPath path = _providerPath(objectName, nameSpace);
     OperationContext providerContext = _providerContext(context);
     Array<CIMObjectPath> result;
     FanOut fanOut;
     for (const AssociationTarget& target : targets)
     {
-        fanOut.run([&] {
-            ObjectPathListResponseHandler handler(_threshold);
-            _call<CIMAssociationProvider>(*target.provider, handler.protocol(), [&](CIMAssociationProvider& p) {
-                p.referenceNames(providerContext, path, target.assocClass, role, handler);
+        fanOut.run(
+            [&]
+            {
+                ObjectPathListResponseHandler handler(_threshold);
+                _call<CIMAssociationProvider>(
+                    *target.provider, handler.protocol(),
+                    [&](CIMAssociationProvider& p)
+                    { p.referenceNames(providerContext, path, target.assocClass, role, handler); });
+                const Array<CIMObjectPath>& delivered = handler.result();
+                for (Uint32 i = 0; i < delivered.size(); ++i)
+                    result.append(_completedPath(delivered[i], nameSpace));
             });
-            const Array<CIMObjectPath>& delivered = handler.result();
-            for (Uint32 i = 0; i < delivered.size(); ++i)
-                result.append(_completedPath(delivered[i], nameSpace));
-        });
     }
     fanOut.finish();
     return result;
@@ -768,8 +905,10 @@ Array<CIMObjectPath> Dispatcher::referenceNames(const OperationContext& context,
 // ---------------------------------------------------------------------------
 // Extrinsic methods
 
-Array<CIMParamValue> Dispatcher::_typedParameters(const CIMClass& cimClass, const CIMName& methodName,
-                                                  const Array<CIMParamValue>& inParameters) const
+Array<CIMParamValue> Dispatcher::_typedParameters(
+    const CIMClass& cimClass,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters) const
 {
     Uint32 methodPos = cimClass.findMethod(methodName);
     CIMConstMethod method = cimClass.getMethod(methodPos);
@@ -782,8 +921,9 @@ Array<CIMParamValue> Dispatcher::_typedParameters(const CIMClass& cimClass, cons
         String name = given.getParameterName();
         Uint32 pos = CIMName::legal(name) ? method.findParameter(CIMName(name)) : PEG_NOT_FOUND;
         if (pos == PEG_NOT_FOUND)
-            throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                               "Method " + methodName.getString() + " has no parameter " + name + ".");
+            throw CIMException(
+                CIM_ERR_INVALID_PARAMETER,
+                "Method " + methodName.getString() + " has no parameter " + name + ".");
         CIMConstParameter declared = method.getParameter(pos);
         CIMType type = declared.getType();
         Boolean isArray = declared.isArray();
@@ -796,9 +936,10 @@ Array<CIMParamValue> Dispatcher::_typedParameters(const CIMClass& cimClass, cons
         }
         else if (value.isArray() != isArray)
         {
-            throw CIMException(CIM_ERR_TYPE_MISMATCH,
-                               "Parameter " + name + " is declared " + describeType(type, isArray) + ", not " +
-                                   describeType(value.getType(), value.isArray()) + ".");
+            throw CIMException(
+                CIM_ERR_TYPE_MISMATCH, "Parameter " + name + " is declared " +
+                                           describeType(type, isArray) + ", not " +
+                                           describeType(value.getType(), value.isArray()) + ".");
         }
         else if (value.getType() == type)
         {
@@ -806,24 +947,29 @@ Array<CIMParamValue> Dispatcher::_typedParameters(const CIMClass& cimClass, cons
         }
         else if (!given.isTyped() && value.getType() == CIMTYPE_STRING)
         {
-            result = valueFromText(value, type,
-                                   "parameter " + toStd(name) + " of method " + toStd(methodName.getString()));
+            result = valueFromText(
+                value, type,
+                "parameter " + toStd(name) + " of method " + toStd(methodName.getString()));
         }
         else
         {
-            throw CIMException(CIM_ERR_TYPE_MISMATCH,
-                               "Parameter " + name + " is declared " + describeType(type, isArray) + ", not " +
-                                   describeType(value.getType(), value.isArray()) + ".");
+            throw CIMException(
+                CIM_ERR_TYPE_MISMATCH, "Parameter " + name + " is declared " +
+                                           describeType(type, isArray) + ", not " +
+                                           describeType(value.getType(), value.isArray()) + ".");
         }
         typed.append(CIMParamValue(name, result, true));
     }
     return typed;
 }
 
-CIMValue Dispatcher::invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                  const CIMObjectPath& instanceName, const CIMName& methodName,
-                                  const Array<CIMParamValue>& inParameters,
-                                  Array<CIMParamValue>& outParameters)
+CIMValue Dispatcher::invokeMethod(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters,
+    Array<CIMParamValue>& outParameters)
 {
     _checkNamespace(nameSpace);
     const CIMName className = instanceName.getClassName();
@@ -834,7 +980,8 @@ CIMValue Dispatcher::invokeMethod(const OperationContext& context, const CIMName
         throw CIMException(CIM_ERR_NOT_FOUND, className.getString());
     if (methodName.isNull())
         throw CIMException(CIM_ERR_METHOD_NOT_FOUND, String());
-    CIMClass cimClass = _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
+    CIMClass cimClass =
+        _repository.getClass(nameSpace, className, false, false, false, CIMPropertyList());
     if (cimClass.findMethod(methodName) == PEG_NOT_FOUND)
         throw CIMException(CIM_ERR_METHOD_NOT_FOUND, methodName.getString());
 
@@ -847,9 +994,10 @@ CIMValue Dispatcher::invokeMethod(const OperationContext& context, const CIMName
     CIMObjectPath path = _providerPath(instanceName, nameSpace);
     MethodResultHandler handler;
     OperationContext providerContext = _providerContext(context);
-    _call<CIMMethodProvider>(*provider, handler.protocol(), [&](CIMMethodProvider& p) {
-        p.invokeMethod(providerContext, path, methodName, parameters, handler);
-    });
+    _call<CIMMethodProvider>(
+        *provider, handler.protocol(),
+        [&](CIMMethodProvider& p)
+        { p.invokeMethod(providerContext, path, methodName, parameters, handler); });
     outParameters = handler.outParameters();
     return handler.returnValue();
 }

@@ -39,7 +39,8 @@
 
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class ClassRepository;
 class ProviderManager;
@@ -59,10 +60,11 @@ struct DispatcherOptions
 class Dispatcher
 {
 public:
-    Dispatcher(const ClassRepository& repository,
-               const ProviderRegistry& registry,
-               ProviderManager& providers,
-               DispatcherOptions options = DispatcherOptions());
+    Dispatcher(
+        const ClassRepository& repository,
+        const ProviderRegistry& registry,
+        ProviderManager& providers,
+        DispatcherOptions options = DispatcherOptions());
 
     // The context of a client request: who (the authenticated user) and
     // from where (the client's address, "" when unknown).
@@ -73,56 +75,78 @@ public:
 
     // Class operations: answered from the repository.
     CIMClass getClass(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean localOnly = true, Boolean includeQualifiers = true,
-        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList());
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean localOnly = true,
+        Boolean includeQualifiers = true,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMName> enumerateClassNames(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(), Boolean deepInheritance = false);
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className = CIMName(),
+        Boolean deepInheritance = false);
 
     Array<CIMClass> enumerateClasses(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(), Boolean deepInheritance = false, Boolean localOnly = true,
-        Boolean includeQualifiers = true, Boolean includeClassOrigin = false);
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className = CIMName(),
+        Boolean deepInheritance = false,
+        Boolean localOnly = true,
+        Boolean includeQualifiers = true,
+        Boolean includeClassOrigin = false);
 
     // Instance operations. localOnly is accepted and not honoured for
     // instances (deprecated; OpenPegasus ignores it too).
     CIMInstance getInstance(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, Boolean localOnly = true,
-        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        Boolean localOnly = true,
+        Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     // The providers of the class and of every subclass are asked. With
     // deepInheritance false and no property list, only the properties of
     // the requested class are returned.
     Array<CIMInstance> enumerateInstances(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance = true, Boolean localOnly = true,
-        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance = true,
+        Boolean localOnly = true,
+        Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
         const CIMName& className);
 
     // The instance's properties must be declared by its class
     // (CIM_ERR_NO_SUCH_PROPERTY) with the declared type
     // (CIM_ERR_TYPE_MISMATCH); null values take the declared type.
     CIMObjectPath createInstance(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
         const CIMInstance& newInstance);
 
     // As createInstance; names in a non-null propertyList must be
     // properties of the class (CIM_ERR_NO_SUCH_PROPERTY).
     void modifyInstance(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance, Boolean includeQualifiers = true,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers = true,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     void deleteInstance(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName);
 
     // Property operations, answered by the instance provider as OpenPegasus
@@ -130,8 +154,10 @@ public:
     // list names only that property; CIM_ERR_NO_SUCH_PROPERTY when the class
     // declares no such property or the provider leaves it out.
     CIMValue getProperty(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName);
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& propertyName);
 
     // A modifyInstance of an instance that carries only that property, with
     // a property list naming only it. A string value of a property declared
@@ -139,8 +165,10 @@ public:
     // without one; malformed text: CIM_ERR_INVALID_PARAMETER); anything
     // else is checked as modifyInstance checks it.
     void setProperty(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& propertyName,
         const CIMValue& newValue);
 
     // Association operations. An objectName with key bindings is an
@@ -149,27 +177,41 @@ public:
     // (filters that leave none of them: an empty answer, as OpenPegasus gives);
     // one without keys is a class request, answered from the repository.
     Array<CIMObject> associators(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY, Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList());
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        const String& resultRole = String::EMPTY,
+        Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMObjectPath> associatorNames(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
         const String& resultRole = String::EMPTY);
 
     Array<CIMObject> references(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY, Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList());
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMObjectPath> referenceNames(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass = CIMName(),
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
         const String& role = String::EMPTY);
 
     // Extrinsic method of the class's method provider. Input parameters
@@ -178,9 +220,12 @@ public:
     // declared type (malformed text: CIM_ERR_INVALID_PARAMETER), typed ones
     // must have it (CIM_ERR_TYPE_MISMATCH).
     CIMValue invokeMethod(
-        const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters);
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters);
 
 private:
     struct InstanceTarget
@@ -200,36 +245,49 @@ private:
     void _checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     CIMClass _instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     void _checkAssociationRequest(
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& assocClass, const CIMName& resultClass,
-        const String& role, const String& resultRole) const;
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole) const;
     // The class and its subclasses that have an instance provider;
     // CIM_ERR_NOT_SUPPORTED when none has.
-    std::vector<InstanceTarget> _instanceTargets(const CIMNamespaceName& nameSpace,
-                                                 const CIMName& className) const;
+    std::vector<InstanceTarget>
+    _instanceTargets(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     std::vector<AssociationTarget> _associationTargets(
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& classFilter, const String& role) const;
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& classFilter,
+        const String& role) const;
 
     OperationContext _providerContext(const OperationContext& context) const;
     CIMObjectPath _providerPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const;
-    CIMObjectPath _completedPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const;
-    CIMInstance _checkedInstance(
-        const CIMNamespaceName& nameSpace, const CIMInstance& instance) const;
+    CIMObjectPath
+    _completedPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const;
+    CIMInstance
+    _checkedInstance(const CIMNamespaceName& nameSpace, const CIMInstance& instance) const;
     Array<CIMParamValue> _typedParameters(
-        const CIMClass& cimClass, const CIMName& methodName,
+        const CIMClass& cimClass,
+        const CIMName& methodName,
         const Array<CIMParamValue>& inParameters) const;
     // Copies of a provider's association results, filtered, with host and
     // namespace filled in where the provider left them out.
-    void _appendObjects(Array<CIMObject>& result, const Array<CIMObject>& delivered,
-                        const CIMNamespaceName& nameSpace, Boolean includeQualifiers,
-                        Boolean includeClassOrigin, const CIMPropertyList& propertyList) const;
-    Array<CIMObject> _classObjects(
-        const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
+    void _appendObjects(
+        Array<CIMObject>& result,
+        const Array<CIMObject>& delivered,
+        const CIMNamespaceName& nameSpace,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
-    Array<CIMObjectPath> _classPaths(
-        const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames) const;
+    Array<CIMObject> _classObjects(
+        const CIMNamespaceName& nameSpace,
+        const std::vector<CIMName>& classNames,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) const;
+    Array<CIMObjectPath>
+    _classPaths(const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames) const;
 
     // Runs one provider operation through interface I; see Dispatcher.cpp.
     template <class I, class Call>

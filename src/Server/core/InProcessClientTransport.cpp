@@ -12,9 +12,11 @@
 
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 const char* const stoppedText = "The local CIM server has stopped.";
 
@@ -48,18 +50,21 @@ LocalEndpoint::Call::~Call()
         _endpoint._idle.notify_all();
 }
 
-InProcessClientTransport::InProcessClientTransport(std::shared_ptr<LocalEndpoint> endpoint,
-                                                   const String& userName)
+InProcessClientTransport::InProcessClientTransport(
+    std::shared_ptr<LocalEndpoint> endpoint,
+    const String& userName)
     : _endpoint(std::move(endpoint)), _context(Dispatcher::requestContext(userName, String()))
 {
 }
 
 LocalTransportFactory InProcessClientTransport::factory(std::shared_ptr<LocalEndpoint> endpoint)
 {
-    return [endpoint](Uint32) -> std::unique_ptr<ClientTransport> {
+    return [endpoint](Uint32) -> std::unique_ptr<ClientTransport>
+    {
         if (!endpoint->isOpen())
             throw CannotConnectException(stoppedText);
-        return std::unique_ptr<ClientTransport>(new InProcessClientTransport(endpoint, processUserName()));
+        return std::unique_ptr<ClientTransport>(
+            new InProcessClientTransport(endpoint, processUserName()));
     };
 }
 
@@ -68,7 +73,8 @@ String InProcessClientTransport::processUserName()
     struct passwd entry;
     struct passwd* found = nullptr;
     std::vector<char> buffer(16384);
-    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
+        found == nullptr)
         return String();
     return safeString(found->pw_name);
 }
@@ -98,127 +104,178 @@ auto InProcessClientTransport::_run(Call&& call) -> decltype(call())
     }
 }
 
-CIMClass InProcessClientTransport::getClass(const CIMNamespaceName& nameSpace, const CIMName& className,
-                                            Boolean localOnly, Boolean includeQualifiers,
-                                            Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMClass InProcessClientTransport::getClass(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return _run([&] {
-        return server().getClass(_context, nameSpace, className, localOnly, includeQualifiers,
+    return _run(
+        [&]
+        {
+            return server().getClass(
+                _context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+                propertyList);
+        });
+}
+
+CIMInstance InProcessClientTransport::getInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _run(
+        [&]
+        {
+            return server().getInstance(
+                _context, nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
+                propertyList);
+        });
+}
+
+Array<CIMInstance> InProcessClientTransport::enumerateInstances(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _run(
+        [&]
+        {
+            return server().enumerateInstances(
+                _context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
                 includeClassOrigin, propertyList);
-    });
+        });
 }
 
-CIMInstance InProcessClientTransport::getInstance(const CIMNamespaceName& nameSpace,
-                                                  const CIMObjectPath& instanceName, Boolean localOnly,
-                                                  Boolean includeQualifiers, Boolean includeClassOrigin,
-                                                  const CIMPropertyList& propertyList)
-{
-    return _run([&] {
-        return server().getInstance(_context, nameSpace, instanceName, localOnly, includeQualifiers,
-                includeClassOrigin, propertyList);
-    });
-}
-
-Array<CIMInstance> InProcessClientTransport::enumerateInstances(const CIMNamespaceName& nameSpace,
-                                                                const CIMName& className,
-                                                                Boolean deepInheritance, Boolean localOnly,
-                                                                Boolean includeQualifiers,
-                                                                Boolean includeClassOrigin,
-                                                                const CIMPropertyList& propertyList)
-{
-    return _run([&] {
-        return server().enumerateInstances(_context, nameSpace, className, deepInheritance, localOnly,
-                includeQualifiers, includeClassOrigin, propertyList);
-    });
-}
-
-Array<CIMObjectPath> InProcessClientTransport::enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-                                                                      const CIMName& className)
+Array<CIMObjectPath> InProcessClientTransport::enumerateInstanceNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className)
 {
     return _run([&] { return server().enumerateInstanceNames(_context, nameSpace, className); });
 }
 
-CIMObjectPath InProcessClientTransport::createInstance(const CIMNamespaceName& nameSpace,
-                                                       const CIMInstance& newInstance)
+CIMObjectPath InProcessClientTransport::createInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& newInstance)
 {
     return _run([&] { return server().createInstance(_context, nameSpace, newInstance); });
 }
 
-void InProcessClientTransport::modifyInstance(const CIMNamespaceName& nameSpace,
-                                              const CIMInstance& modifiedInstance, Boolean includeQualifiers,
-                                              const CIMPropertyList& propertyList)
+void InProcessClientTransport::modifyInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers,
+    const CIMPropertyList& propertyList)
 {
-    _run([&] {
-        server().modifyInstance(_context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
-    });
+    _run(
+        [&]
+        {
+            server().modifyInstance(
+                _context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
+        });
 }
 
-void InProcessClientTransport::deleteInstance(const CIMNamespaceName& nameSpace,
-                                              const CIMObjectPath& instanceName)
+void InProcessClientTransport::deleteInstance(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName)
 {
     _run([&] { server().deleteInstance(_context, nameSpace, instanceName); });
 }
 
-Array<CIMObject> InProcessClientTransport::associators(const CIMNamespaceName& nameSpace,
-                                                       const CIMObjectPath& objectName,
-                                                       const CIMName& assocClass, const CIMName& resultClass,
-                                                       const String& role, const String& resultRole,
-                                                       Boolean includeQualifiers, Boolean includeClassOrigin,
-                                                       const CIMPropertyList& propertyList)
+Array<CIMObject> InProcessClientTransport::associators(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return _run([&] {
-        return server().associators(_context, nameSpace, objectName, assocClass, resultClass, role,
-                resultRole, includeQualifiers, includeClassOrigin, propertyList);
-    });
+    return _run(
+        [&]
+        {
+            return server().associators(
+                _context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                includeQualifiers, includeClassOrigin, propertyList);
+        });
 }
 
-Array<CIMObjectPath> InProcessClientTransport::associatorNames(const CIMNamespaceName& nameSpace,
-                                                               const CIMObjectPath& objectName,
-                                                               const CIMName& assocClass,
-                                                               const CIMName& resultClass, const String& role,
-                                                               const String& resultRole)
+Array<CIMObjectPath> InProcessClientTransport::associatorNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole)
 {
-    return _run([&] {
-        return server().associatorNames(_context, nameSpace, objectName, assocClass, resultClass, role,
-                resultRole);
-    });
+    return _run(
+        [&]
+        {
+            return server().associatorNames(
+                _context, nameSpace, objectName, assocClass, resultClass, role, resultRole);
+        });
 }
 
-Array<CIMObject> InProcessClientTransport::references(const CIMNamespaceName& nameSpace,
-                                                      const CIMObjectPath& objectName,
-                                                      const CIMName& resultClass, const String& role,
-                                                      Boolean includeQualifiers, Boolean includeClassOrigin,
-                                                      const CIMPropertyList& propertyList)
+Array<CIMObject> InProcessClientTransport::references(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return _run([&] {
-        return server().references(_context, nameSpace, objectName, resultClass, role, includeQualifiers,
+    return _run(
+        [&]
+        {
+            return server().references(
+                _context, nameSpace, objectName, resultClass, role, includeQualifiers,
                 includeClassOrigin, propertyList);
-    });
+        });
 }
 
-Array<CIMObjectPath> InProcessClientTransport::referenceNames(const CIMNamespaceName& nameSpace,
-                                                              const CIMObjectPath& objectName,
-                                                              const CIMName& resultClass, const String& role)
+Array<CIMObjectPath> InProcessClientTransport::referenceNames(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role)
 {
-    return _run([&] { return server().referenceNames(_context, nameSpace, objectName, resultClass, role); });
+    return _run(
+        [&]
+        { return server().referenceNames(_context, nameSpace, objectName, resultClass, role); });
 }
 
-CIMValue InProcessClientTransport::invokeMethod(const CIMNamespaceName& nameSpace,
-                                                const CIMObjectPath& instanceName, const CIMName& methodName,
-                                                const Array<CIMParamValue>& inParameters,
-                                                Array<CIMParamValue>& outParameters)
+CIMValue InProcessClientTransport::invokeMethod(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters,
+    Array<CIMParamValue>& outParameters)
 {
-    return _run([&] {
-        Array<CIMParamValue> out;
-        CIMValue result =
-            server().invokeMethod(_context, nameSpace, instanceName, methodName, inParameters, out);
-        // The provider's objects stay the provider's.
-        Array<CIMParamValue> copies;
-        for (Uint32 i = 0; i < out.size(); ++i)
-            copies.append(out[i].clone());
-        outParameters = copies;
-        return result;
-    });
+    return _run(
+        [&]
+        {
+            Array<CIMParamValue> out;
+            CIMValue result = server().invokeMethod(
+                _context, nameSpace, instanceName, methodName, inParameters, out);
+            // The provider's objects stay the provider's.
+            Array<CIMParamValue> copies;
+            for (Uint32 i = 0; i < out.size(); ++i)
+                copies.append(out[i].clone());
+            outParameters = copies;
+            return result;
+        });
 }
 
 }  // namespace Pegasus

@@ -15,7 +15,8 @@
 #include <memory>
 #include <mutex>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class Dispatcher;
 
@@ -40,6 +41,7 @@ public:
         ~Call();
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
+
     private:
         LocalEndpoint& _endpoint;
     };
@@ -65,48 +67,86 @@ public:
 
     void setTimeout(Uint32) override {}
 
-    CIMClass getClass(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-                      Boolean includeQualifiers, Boolean includeClassOrigin,
-                      const CIMPropertyList& propertyList) override;
+    CIMClass getClass(
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    CIMInstance getInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-                            Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-                            const CIMPropertyList& propertyList) override;
+    CIMInstance getInstance(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace, const CIMName& className,
-                                          Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
-                                          Boolean includeClassOrigin,
-                                          const CIMPropertyList& propertyList) override;
+    Array<CIMInstance> enumerateInstances(
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-                                                const CIMName& className) override;
+    Array<CIMObjectPath>
+    enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className) override;
 
-    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) override;
+    CIMObjectPath
+    createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) override;
 
-    void modifyInstance(const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
-                        Boolean includeQualifiers, const CIMPropertyList& propertyList) override;
+    void modifyInstance(
+        const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers,
+        const CIMPropertyList& propertyList) override;
 
-    void deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) override;
+    void
+    deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) override;
 
-    Array<CIMObject> associators(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-                                 const CIMName& assocClass, const CIMName& resultClass, const String& role,
-                                 const String& resultRole, Boolean includeQualifiers,
-                                 Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    Array<CIMObject> associators(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-                                         const CIMName& assocClass, const CIMName& resultClass,
-                                         const String& role, const String& resultRole) override;
+    Array<CIMObjectPath> associatorNames(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole) override;
 
-    Array<CIMObject> references(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-                                const CIMName& resultClass, const String& role, Boolean includeQualifiers,
-                                Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    Array<CIMObject> references(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-                                        const CIMName& resultClass, const String& role) override;
+    Array<CIMObjectPath> referenceNames(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role) override;
 
-    CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-                          const CIMName& methodName, const Array<CIMParamValue>& inParameters,
-                          Array<CIMParamValue>& outParameters) override;
+    CIMValue invokeMethod(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters) override;
 
 private:
     template <class Call>

@@ -6,7 +6,8 @@
 
 #include <exception>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 CIMException currentExceptionAsCIMException()
 {

@@ -9,7 +9,8 @@
 
 #include <string>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 // Call only inside a catch block: maps the exception being handled.
 CIMException currentExceptionAsCIMException();

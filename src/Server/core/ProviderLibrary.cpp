@@ -8,16 +8,20 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 typedef CIMProvider* (*CreateProviderFunction)(const String&);
 
 }  // namespace
 
-ProviderLibrary::ProviderLibrary(const String& moduleName, const String& location,
-                                 std::vector<std::string> directories)
+ProviderLibrary::ProviderLibrary(
+    const String& moduleName,
+    const String& location,
+    std::vector<std::string> directories)
     : _moduleName(moduleName), _location(location), _directories(std::move(directories))
 {
 }
@@ -48,8 +52,9 @@ CIMProvider* ProviderLibrary::createProvider(const String& providerName)
             }
         }
         if (found.empty())
-            throw Exception(safeString("File \"" + name + "\" was not found for provider module \"" +
-                                       toStd(_moduleName) + "\"."));
+            throw Exception(safeString(
+                "File \"" + name + "\" was not found for provider module \"" + toStd(_moduleName) +
+                "\"."));
         _file = found;
 
         dlerror();
@@ -59,8 +64,9 @@ CIMProvider* ProviderLibrary::createProvider(const String& providerName)
         if (_handle == nullptr)
         {
             const char* why = dlerror();
-            throw Exception(safeString("ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
-                                       "):Cannot load library, error: " + (why ? why : "unknown")));
+            throw Exception(safeString(
+                "ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
+                "):Cannot load library, error: " + (why ? why : "unknown")));
         }
     }
 
@@ -69,8 +75,9 @@ CIMProvider* ProviderLibrary::createProvider(const String& providerName)
     if (symbol == nullptr)
     {
         unload();
-        throw Exception(safeString("ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
-                                   "):entry point not found."));
+        throw Exception(safeString(
+            "ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
+            "):entry point not found."));
     }
 
     CreateProviderFunction create = reinterpret_cast<CreateProviderFunction>(symbol);
@@ -78,8 +85,9 @@ CIMProvider* ProviderLibrary::createProvider(const String& providerName)
     if (provider == nullptr)
     {
         // The library stays open: other providers of the module may live.
-        throw Exception(safeString("ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
-                                   "):provider is not a CIMProvider."));
+        throw Exception(safeString(
+            "ProviderLoadFailure (" + _file + ":" + toStd(providerName) +
+            "):provider is not a CIMProvider."));
     }
     return provider;
 }

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class CIMProvider;
 
@@ -18,8 +19,10 @@ public:
     // `moduleName` and `location` as registered (PG_ProviderModule Name and
     // Location); the file is lib<location>.so in the first of `directories`
     // that holds it.
-    ProviderLibrary(const String& moduleName, const String& location,
-                    std::vector<std::string> directories);
+    ProviderLibrary(
+        const String& moduleName,
+        const String& location,
+        std::vector<std::string> directories);
     ~ProviderLibrary();
 
     ProviderLibrary(const ProviderLibrary&) = delete;

@@ -11,7 +11,8 @@
 
 #include <algorithm>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 struct ProviderManager::Module
 {
@@ -19,7 +20,9 @@ struct ProviderManager::Module
     std::unique_ptr<ProviderLibrary> library;
 };
 
-ProviderManager::ProviderManager(std::vector<std::string> providerDirectories, HandleFactory handles)
+ProviderManager::ProviderManager(
+    std::vector<std::string> providerDirectories,
+    HandleFactory handles)
     : _directories(std::move(providerDirectories)), _handles(std::move(handles))
 {
 }
@@ -40,7 +43,8 @@ ProviderManager::Entry& ProviderManager::_entry(const ProviderId& id)
         if (!module)
         {
             module = std::make_unique<Module>();
-            module->library = std::make_unique<ProviderLibrary>(id.moduleName, id.location, _directories);
+            module->library =
+                std::make_unique<ProviderLibrary>(id.moduleName, id.location, _directories);
         }
         entry = std::make_unique<Entry>();
         entry->id = &id;
@@ -63,9 +67,10 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
     for (;;)
     {
         if (_shuttingDown.load())
-            throw CIMException(CIM_ERR_FAILED,
-                               safeString("The CIM server is stopping; provider " + id.describe() +
-                                          " takes no more requests."));
+            throw CIMException(
+                CIM_ERR_FAILED, safeString(
+                                    "The CIM server is stopping; provider " + id.describe() +
+                                    " takes no more requests."));
         if (entry.state == State::Ready)
         {
             ++entry.inFlight;
@@ -76,9 +81,10 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
             // A call made by the provider's own initialize() would wait for
             // itself; refuse it instead.
             if (entry.initializer == std::this_thread::get_id())
-                throw CIMException(CIM_ERR_FAILED,
-                                   safeString("Provider " + id.describe() +
-                                              " was called back during its own initialization."));
+                throw CIMException(
+                    CIM_ERR_FAILED, safeString(
+                                        "Provider " + id.describe() +
+                                        " was called back during its own initialization."));
             entry.changed.wait(lock);
             continue;
         }
@@ -89,7 +95,8 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
     lock.unlock();
 
     // Back to Idle on failure so that the next request tries again.
-    auto giveUp = [&entry]() {
+    auto giveUp = [&entry]()
+    {
         std::lock_guard<std::mutex> relock(entry.mutex);
         entry.state = State::Idle;
         entry.initializer = std::thread::id();
@@ -104,7 +111,8 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
     catch (...)
     {
         CIMException failure = currentExceptionAsCIMException();
-        ServerLog::error("cannot create provider " + id.describe() + ": " + toStd(failure.getMessage()));
+        ServerLog::error(
+            "cannot create provider " + id.describe() + ": " + toStd(failure.getMessage()));
         giveUp();
         throw failure;
     }
@@ -116,7 +124,8 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
     }
     catch (...)
     {
-        ServerLog::error("initialization of provider " + id.describe() + " failed: " + currentExceptionText());
+        ServerLog::error(
+            "initialization of provider " + id.describe() + " failed: " + currentExceptionText());
         // As OpenPegasus does: the failed provider is terminated, which
         // deletes it; a later request creates a new one.
         try
@@ -125,8 +134,9 @@ ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
         }
         catch (...)
         {
-            ServerLog::error("terminate of provider " + id.describe() +
-                             " after its failed initialization threw: " + currentExceptionText());
+            ServerLog::error(
+                "terminate of provider " + id.describe() +
+                " after its failed initialization threw: " + currentExceptionText());
         }
         giveUp();
         throw CIMException(CIM_ERR_FAILED, "provider initialization failed");
@@ -185,9 +195,9 @@ void ProviderManager::shutdown()
         CIMProvider* provider = nullptr;
         {
             std::unique_lock<std::mutex> lock(entry->mutex);
-            entry->changed.wait(lock, [entry] {
-                return entry->state != State::Initializing && entry->inFlight == 0;
-            });
+            entry->changed.wait(
+                lock,
+                [entry] { return entry->state != State::Initializing && entry->inFlight == 0; });
             if (entry->state == State::Ready)
             {
                 provider = entry->provider;
@@ -204,8 +214,9 @@ void ProviderManager::shutdown()
         }
         catch (...)
         {
-            ServerLog::error("terminate of provider " + entry->id->describe() + " threw: " +
-                             currentExceptionText());
+            ServerLog::error(
+                "terminate of provider " + entry->id->describe() +
+                " threw: " + currentExceptionText());
         }
     }
 

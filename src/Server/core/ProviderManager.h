@@ -25,7 +25,8 @@
 #include <thread>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class CIMProvider;
 class ProviderLibrary;
@@ -59,7 +60,12 @@ public:
     bool isInitialized(const ProviderId& id) const;
 
 private:
-    enum class State { Idle, Initializing, Ready };
+    enum class State
+    {
+        Idle,
+        Initializing,
+        Ready
+    };
 
     struct Module;
     struct Entry

@@ -12,7 +12,8 @@
 
 #include <set>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 const char* const ProviderRegistry::defaultInteropNamespace = "root/PG_InterOp";
 
@@ -21,14 +22,22 @@ std::string ProviderId::describe() const
     return toStd(moduleName) + ":" + toStd(providerName);
 }
 
-namespace {
+namespace
+{
 
 // Interface versions OpenPegasus accepts for C++Default modules.
-const char* const acceptedInterfaceVersions[] = {
-    "2.1.0", "2.2.0", "2.3.0", "2.5.0", "2.6.0", "2.9.0"};
+const char* const acceptedInterfaceVersions[] = {"2.1.0", "2.2.0", "2.3.0",
+                                                 "2.5.0", "2.6.0", "2.9.0"};
 
-enum ProviderType : Uint16 { Instance = 2, Association = 3, Indication = 4, Method = 5,
-                             IndicationConsumer = 6, InstanceQuery = 7 };
+enum ProviderType : Uint16
+{
+    Instance = 2,
+    Association = 3,
+    Indication = 4,
+    Method = 5,
+    IndicationConsumer = 6,
+    InstanceQuery = 7
+};
 
 std::string classKey(const CIMNamespaceName& ns, const CIMName& className)
 {
@@ -41,7 +50,9 @@ class InstanceFields
 {
 public:
     InstanceFields(const CIMInstance& instance, std::string what)
-        : _instance(instance), _what(std::move(what)) {}
+        : _instance(instance), _what(std::move(what))
+    {
+    }
 
     const std::string& what() const { return _what; }
     void setWhat(std::string what) { _what = std::move(what); }
@@ -125,7 +136,9 @@ class ProviderRegistryLoader
 {
 public:
     ProviderRegistryLoader(const ClassRepository& repository, const CIMNamespaceName& interop)
-        : _repository(repository), _interop(interop) {}
+        : _repository(repository), _interop(interop)
+    {
+    }
 
     ProviderRegistry run()
     {
@@ -164,21 +177,24 @@ private:
             // The library is looked up as lib<Location>.so in the provider
             // directories; a path would escape them.
             if (location.find(Char16('/')) != PEG_NOT_FOUND)
-                f.fail("Location " + quoted(location) +
-                       " must be a library base name (no directory, no lib prefix, no .so)");
+                f.fail(
+                    "Location " + quoted(location) +
+                    " must be a library base name (no directory, no lib prefix, no .so)");
 
             String interfaceType = f.requiredString("InterfaceType");
             if (interfaceType != "C++Default")
-                f.fail("InterfaceType " + quoted(interfaceType) +
-                       " is not supported; this server loads \"C++Default\" modules only");
+                f.fail(
+                    "InterfaceType " + quoted(interfaceType) +
+                    " is not supported; this server loads \"C++Default\" modules only");
 
             String interfaceVersion = f.requiredString("InterfaceVersion");
             bool accepted = false;
             for (const char* v : acceptedInterfaceVersions)
                 accepted = accepted || interfaceVersion == v;
             if (!accepted)
-                f.fail("InterfaceVersion " + quoted(interfaceVersion) +
-                       " is not one of 2.1.0, 2.2.0, 2.3.0, 2.5.0, 2.6.0, 2.9.0");
+                f.fail(
+                    "InterfaceVersion " + quoted(interfaceVersion) +
+                    " is not one of 2.1.0, 2.2.0, 2.3.0, 2.5.0, 2.6.0, 2.9.0");
 
             if (!_modules.emplace(nameKey(name), Module{name, location}).second)
                 f.fail("a provider module of this name is registered twice");
@@ -221,13 +237,15 @@ private:
             String moduleName = f.requiredString("ProviderModuleName");
             String providerName = f.requiredString("ProviderName");
             String capabilityId = f.requiredString("CapabilityID");
-            f.setWhat("PG_ProviderCapabilities " + quoted(capabilityId) + " of provider " +
-                      quoted(moduleName) + ":" + quoted(providerName));
+            f.setWhat(
+                "PG_ProviderCapabilities " + quoted(capabilityId) + " of provider " +
+                quoted(moduleName) + ":" + quoted(providerName));
 
             auto provider = _providerIndex.find(nameKey(moduleName) + "\n" + nameKey(providerName));
             if (provider == _providerIndex.end())
-                f.fail("no PG_Provider " + quoted(providerName) + " is registered in module " +
-                       quoted(moduleName));
+                f.fail(
+                    "no PG_Provider " + quoted(providerName) + " is registered in module " +
+                    quoted(moduleName));
 
             String classText = f.requiredString("ClassName");
             if (!CIMName::legal(classText))
@@ -247,22 +265,30 @@ private:
                 if (!_repository.namespaceExists(ns))
                     f.fail("namespace " + quoted(namespaces[n]) + " does not exist");
                 if (!_repository.classExists(ns, className))
-                    f.fail("class " + quoted(classText) + " does not exist in namespace " +
-                           quoted(namespaces[n]));
+                    f.fail(
+                        "class " + quoted(classText) + " does not exist in namespace " +
+                        quoted(namespaces[n]));
                 for (Uint32 t = 0; t < types.size(); ++t)
-                    _register(f, ns, className, types[t], provider->second, methodsListed, methodNames);
+                    _register(
+                        f, ns, className, types[t], provider->second, methodsListed, methodNames);
             }
         }
     }
 
-    void _register(const InstanceFields& f, const CIMNamespaceName& ns, const CIMName& className,
-                   Uint16 type, const ProviderId* provider, bool methodsListed,
-                   const Array<String>& methodNames)
+    void _register(
+        const InstanceFields& f,
+        const CIMNamespaceName& ns,
+        const CIMName& className,
+        Uint16 type,
+        const ProviderId* provider,
+        bool methodsListed,
+        const Array<String>& methodNames)
     {
         ProviderRegistry::ClassEntry& entry = _registry._classes[classKey(ns, className)];
-        std::string where = "class " + quoted(className.getString()) + " in namespace " +
-                            quoted(ns.getString());
-        auto claim = [&](const ProviderId*& slot, const char* kind) {
+        std::string where =
+            "class " + quoted(className.getString()) + " in namespace " + quoted(ns.getString());
+        auto claim = [&](const ProviderId*& slot, const char* kind)
+        {
             if (slot != nullptr && slot != provider)
                 f.fail(where + " already has the " + kind + " provider " + slot->describe());
             slot = provider;
@@ -274,10 +300,12 @@ private:
                 break;
             case Association:
             {
-                CIMClass cls = _repository.getClass(ns, className, false, true, false, CIMPropertyList());
+                CIMClass cls =
+                    _repository.getClass(ns, className, false, true, false, CIMPropertyList());
                 if (!cls.isAssociation())
-                    f.fail("ProviderType 3 (association) needs an association class, and " + where +
-                           " is not one");
+                    f.fail(
+                        "ProviderType 3 (association) needs an association class, and " + where +
+                        " is not one");
                 claim(entry.association, "association");
                 break;
             }
@@ -288,13 +316,15 @@ private:
                 entry.method.methods.clear();
                 if (methodsListed)
                 {
-                    CIMClass cls = _repository.getClass(ns, className, false, false, false, CIMPropertyList());
+                    CIMClass cls =
+                        _repository.getClass(ns, className, false, false, false, CIMPropertyList());
                     for (Uint32 m = 0; m < methodNames.size(); ++m)
                     {
                         if (!CIMName::legal(methodNames[m]) ||
                             cls.findMethod(CIMName(methodNames[m])) == PEG_NOT_FOUND)
-                            f.fail("SupportedMethods names " + quoted(methodNames[m]) +
-                                   ", which " + where + " does not declare");
+                            f.fail(
+                                "SupportedMethods names " + quoted(methodNames[m]) + ", which " +
+                                where + " does not declare");
                         entry.method.methods.push_back(nameKey(methodNames[m]));
                     }
                 }
@@ -303,8 +333,9 @@ private:
             case Indication:
             case IndicationConsumer:
             case InstanceQuery:
-                f.fail("ProviderType " + std::to_string(type) +
-                       " is not supported by this server (instance 2, association 3 and method 5 are)");
+                f.fail(
+                    "ProviderType " + std::to_string(type) +
+                    " is not supported by this server (instance 2, association 3 and method 5 are)");
             default:
                 f.fail("ProviderType " + std::to_string(type) + " is not a provider type");
         }
@@ -317,13 +348,14 @@ private:
     std::map<std::string, const ProviderId*> _providerIndex;
 };
 
-ProviderRegistry ProviderRegistry::load(const ClassRepository& repository, const CIMNamespaceName& interop)
+ProviderRegistry
+ProviderRegistry::load(const ClassRepository& repository, const CIMNamespaceName& interop)
 {
     return ProviderRegistryLoader(repository, interop).run();
 }
 
-const ProviderRegistry::ClassEntry* ProviderRegistry::_find(
-    const CIMNamespaceName& ns, const CIMName& className) const
+const ProviderRegistry::ClassEntry*
+ProviderRegistry::_find(const CIMNamespaceName& ns, const CIMName& className) const
 {
     if (ns.isNull() || className.isNull())
         return nullptr;
@@ -331,21 +363,24 @@ const ProviderRegistry::ClassEntry* ProviderRegistry::_find(
     return it == _classes.end() ? nullptr : &it->second;
 }
 
-const ProviderId* ProviderRegistry::instanceProvider(const CIMNamespaceName& ns, const CIMName& className) const
+const ProviderId*
+ProviderRegistry::instanceProvider(const CIMNamespaceName& ns, const CIMName& className) const
 {
     const ClassEntry* e = _find(ns, className);
     return e ? e->instance : nullptr;
 }
 
-const ProviderId* ProviderRegistry::associationProvider(
-    const CIMNamespaceName& ns, const CIMName& assocClass) const
+const ProviderId*
+ProviderRegistry::associationProvider(const CIMNamespaceName& ns, const CIMName& assocClass) const
 {
     const ClassEntry* e = _find(ns, assocClass);
     return e ? e->association : nullptr;
 }
 
 const ProviderId* ProviderRegistry::methodProvider(
-    const CIMNamespaceName& ns, const CIMName& className, const CIMName& methodName) const
+    const CIMNamespaceName& ns,
+    const CIMName& className,
+    const CIMName& methodName) const
 {
     const ClassEntry* e = _find(ns, className);
     if (e == nullptr || e->method.provider == nullptr)

@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class ClassRepository;
 
@@ -50,10 +51,13 @@ public:
     // The provider registered for exactly this class (no inheritance:
     // a subclass is served by its own registration), or nullptr.
     const ProviderId* instanceProvider(const CIMNamespaceName& ns, const CIMName& className) const;
-    const ProviderId* associationProvider(const CIMNamespaceName& ns, const CIMName& assocClass) const;
+    const ProviderId*
+    associationProvider(const CIMNamespaceName& ns, const CIMName& assocClass) const;
     // A method provider whose SupportedMethods is null serves every method.
     const ProviderId* methodProvider(
-        const CIMNamespaceName& ns, const CIMName& className, const CIMName& methodName) const;
+        const CIMNamespaceName& ns,
+        const CIMName& className,
+        const CIMName& methodName) const;
 
     const std::vector<std::unique_ptr<ProviderId>>& providers() const { return _providers; }
 

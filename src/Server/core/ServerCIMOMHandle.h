@@ -11,7 +11,8 @@
 
 #include <atomic>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class Dispatcher;
 
@@ -24,72 +25,130 @@ public:
     // rules fails with CIM_ERR_FAILED instead of reaching a dead server.
     void detach() { _dispatcher.store(nullptr); }
 
-    CIMClass getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                      const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-                      Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    CIMClass getClass(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMClass> enumerateClasses(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                     const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-                                     Boolean includeQualifiers, Boolean includeClassOrigin) override;
+    Array<CIMClass> enumerateClasses(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin) override;
 
-    Array<CIMName> enumerateClassNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                       const CIMName& className, Boolean deepInheritance) override;
+    Array<CIMName> enumerateClassNames(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance) override;
 
-    CIMInstance getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                            const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
-                            Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    CIMInstance getInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMInstance> enumerateInstances(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                          const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-                                          Boolean includeQualifiers, Boolean includeClassOrigin,
-                                          const CIMPropertyList& propertyList) override;
+    Array<CIMInstance> enumerateInstances(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& context,
-                                                const CIMNamespaceName& nameSpace,
-                                                const CIMName& className) override;
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className) override;
 
-    CIMObjectPath createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                 const CIMInstance& newInstance) override;
+    CIMObjectPath createInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMInstance& newInstance) override;
 
-    void modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                        const CIMInstance& modifiedInstance, Boolean includeQualifiers,
-                        const CIMPropertyList& propertyList) override;
+    void modifyInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers,
+        const CIMPropertyList& propertyList) override;
 
-    void deleteInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                        const CIMObjectPath& instanceName) override;
+    void deleteInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName) override;
 
-    Array<CIMObject> associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                 const CIMObjectPath& objectName, const CIMName& assocClass,
-                                 const CIMName& resultClass, const String& role, const String& resultRole,
-                                 Boolean includeQualifiers, Boolean includeClassOrigin,
-                                 const CIMPropertyList& propertyList) override;
+    Array<CIMObject> associators(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                         const CIMObjectPath& objectName, const CIMName& assocClass,
-                                         const CIMName& resultClass, const String& role,
-                                         const String& resultRole) override;
+    Array<CIMObjectPath> associatorNames(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole) override;
 
-    Array<CIMObject> references(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                const CIMObjectPath& objectName, const CIMName& resultClass,
-                                const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
-                                const CIMPropertyList& propertyList) override;
+    Array<CIMObject> references(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
-    Array<CIMObjectPath> referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                                        const CIMObjectPath& objectName, const CIMName& resultClass,
-                                        const String& role) override;
+    Array<CIMObjectPath> referenceNames(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role) override;
 
     // As the dispatcher's getProperty and setProperty.
-    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                         const CIMObjectPath& instanceName, const CIMName& propertyName) override;
+    CIMValue getProperty(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& propertyName) override;
 
-    void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                     const CIMObjectPath& instanceName, const CIMName& propertyName,
-                     const CIMValue& newValue) override;
+    void setProperty(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& propertyName,
+        const CIMValue& newValue) override;
 
-    CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
-                          const CIMObjectPath& instanceName, const CIMName& methodName,
-                          const Array<CIMParamValue>& inParameters,
-                          Array<CIMParamValue>& outParameters) override;
+    CIMValue invokeMethod(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters) override;
 
 private:
     Dispatcher& _server() const;

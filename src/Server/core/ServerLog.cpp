@@ -4,9 +4,11 @@
 #include <cstdio>
 #include <mutex>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 std::mutex& sinkMutex()
 {
@@ -50,10 +52,14 @@ const char* ServerLog::levelName(LogLevel level)
 {
     switch (level)
     {
-        case LogLevel::Error: return "error";
-        case LogLevel::Warning: return "warning";
-        case LogLevel::Info: return "info";
-        case LogLevel::Trace: return "trace";
+        case LogLevel::Error:
+            return "error";
+        case LogLevel::Warning:
+            return "warning";
+        case LogLevel::Info:
+            return "info";
+        case LogLevel::Trace:
+            return "trace";
     }
     return "?";
 }

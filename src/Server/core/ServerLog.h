@@ -7,9 +7,16 @@
 #include <functional>
 #include <string>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-enum class LogLevel { Error = 1, Warning = 2, Info = 3, Trace = 4 };
+enum class LogLevel
+{
+    Error = 1,
+    Warning = 2,
+    Info = 3,
+    Trace = 4
+};
 
 class ServerLog
 {

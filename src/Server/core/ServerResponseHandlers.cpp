@@ -2,9 +2,11 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-namespace {
+namespace
+{
 
 const char* const tooMany = "Too many objects delivered.";
 const char* const tooFew = "Too few objects delivered.";

@@ -22,7 +22,8 @@
 
 #include <memory>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 // Objects kept back before they leave in one batch.
 const Uint32 defaultResponseObjectThreshold = 100;
@@ -110,7 +111,9 @@ class InstanceListResponseHandler : public InstanceResponseHandler
 {
 public:
     explicit InstanceListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold) {}
+        : _batch(threshold)
+    {
+    }
 
     void processing() override { _protocol.processing(); }
     void complete() override;
@@ -130,7 +133,9 @@ class ObjectPathListResponseHandler : public ObjectPathResponseHandler
 {
 public:
     explicit ObjectPathListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold) {}
+        : _batch(threshold)
+    {
+    }
 
     void processing() override { _protocol.processing(); }
     void complete() override;
@@ -168,7 +173,9 @@ class ObjectListResponseHandler : public ObjectResponseHandler
 {
 public:
     explicit ObjectListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold) {}
+        : _batch(threshold)
+    {
+    }
 
     void processing() override { _protocol.processing(); }
     void complete() override;

@@ -7,10 +7,10 @@
 #include <exception>
 #include <stdexcept>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
-ThreadPool::ThreadPool(std::size_t threads, std::size_t maxQueued)
-    : _maxQueued(maxQueued)
+ThreadPool::ThreadPool(std::size_t threads, std::size_t maxQueued) : _maxQueued(maxQueued)
 {
     if (threads == 0)
         throw std::invalid_argument("ThreadPool: at least one worker thread is needed");
@@ -75,8 +75,9 @@ void ThreadPool::_run()
         }
         catch (const Exception& e)
         {
-            ServerLog::error(std::string("request job ended with an exception: ") +
-                             (const char*)e.getMessage().getCString());
+            ServerLog::error(
+                std::string("request job ended with an exception: ") +
+                (const char*)e.getMessage().getCString());
         }
         catch (const std::exception& e)
         {

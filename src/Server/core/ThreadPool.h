@@ -12,7 +12,8 @@
 #include <thread>
 #include <vector>
 
-namespace Pegasus {
+namespace Pegasus
+{
 
 class ThreadPool
 {

@@ -15,185 +15,249 @@
 
 using namespace Pegasus;
 
-namespace qel {
-namespace http {
-namespace {
+namespace qel
+{
+namespace http
+{
+namespace
+{
 
 const char* kCimMapping = "http://www.dmtf.org/cim/mapping/http/v1.0";
 
-std::string trimmed(const std::string& s) {
-  const size_t b = s.find_first_not_of(" \t");
-  if (b == std::string::npos) return std::string();
-  return s.substr(b, s.find_last_not_of(" \t") - b + 1);
+std::string trimmed(const std::string& s)
+{
+    const size_t b = s.find_first_not_of(" \t");
+    if (b == std::string::npos)
+        return std::string();
+    return s.substr(b, s.find_last_not_of(" \t") - b + 1);
 }
 
-bool equalNoCase(const std::string& a, const char* b) { return strcasecmp(a.c_str(), b) == 0; }
+bool equalNoCase(const std::string& a, const char* b)
+{
+    return strcasecmp(a.c_str(), b) == 0;
+}
 
 // The "NN-" prefix of the CIM headers of an M-POST, from its Man header; false when the
 // Man header does not name the CIM mapping.
-bool mpostPrefix(const HttpRequest& request, std::string& prefix) {
-  const std::string man = request.header("Man");
-  const size_t semi = man.find(';');
-  if (semi == std::string::npos || !equalNoCase(trimmed(man.substr(0, semi)), kCimMapping)) return false;
-  const std::string rest = trimmed(man.substr(semi + 1));
-  if (rest.size() < 4 || strncasecmp(rest.c_str(), "ns=", 3) != 0) return false;
-  const std::string ns = trimmed(rest.substr(3));
-  if (ns.empty()) return false;
-  for (char c : ns)
-    if (!std::isdigit(static_cast<unsigned char>(c))) return false;
-  prefix = ns + "-";
-  return true;
+bool mpostPrefix(const HttpRequest& request, std::string& prefix)
+{
+    const std::string man = request.header("Man");
+    const size_t semi = man.find(';');
+    if (semi == std::string::npos || !equalNoCase(trimmed(man.substr(0, semi)), kCimMapping))
+        return false;
+    const std::string rest = trimmed(man.substr(semi + 1));
+    if (rest.size() < 4 || strncasecmp(rest.c_str(), "ns=", 3) != 0)
+        return false;
+    const std::string ns = trimmed(rest.substr(3));
+    if (ns.empty())
+        return false;
+    for (char c : ns)
+        if (!std::isdigit(static_cast<unsigned char>(c)))
+            return false;
+    prefix = ns + "-";
+    return true;
 }
 
-HttpResponse cimError(int status, const std::string& cimError, const std::string& detail) {
-  HttpResponse r = HttpResponse::text(status, detail);
-  r.headers.emplace_back("CIMError", cimError);
-  return r;
+HttpResponse cimError(int status, const std::string& cimError, const std::string& detail)
+{
+    HttpResponse r = HttpResponse::text(status, detail);
+    r.headers.emplace_back("CIMError", cimError);
+    return r;
 }
 
-std::string localHostName() {
-  char buf[256] = {0};
-  if (::gethostname(buf, sizeof buf - 1) != 0 || buf[0] == '\0') return "localhost";
-  return buf;
+std::string localHostName()
+{
+    char buf[256] = {0};
+    if (::gethostname(buf, sizeof buf - 1) != 0 || buf[0] == '\0')
+        return "localhost";
+    return buf;
 }
 
 }  // namespace
 
-CimHttpService::CimHttpService(CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
-                               OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers)
+CimHttpService::CimHttpService(
+    CimHttpServiceOptions options,
+    auth::BasicAuthenticator& authenticator,
+    OperationExecutor& executor,
+    Submit tcpWorkers,
+    Submit localWorkers)
     : options_(std::move(options)),
       authenticator_(authenticator),
       executor_(executor),
       tcpWorkers_(std::move(tcpWorkers)),
-      localWorkers_(std::move(localWorkers)) {
-  if (options_.hostName.empty()) options_.hostName = localHostName();
+      localWorkers_(std::move(localWorkers))
+{
+    if (options_.hostName.empty())
+        options_.hostName = localHostName();
 }
 
-void CimHttpService::handle(HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
-                            std::function<void(HttpResponse)> done) {
-  // Password hashing and the operation itself are slow: both run on a worker.
-  auto job = [this, request = std::move(request), connection, done]() {
+void CimHttpService::handle(
+    HttpRequest request,
+    std::shared_ptr<ConnectionInfo> connection,
+    std::function<void(HttpResponse)> done)
+{
+    // Password hashing and the operation itself are slow: both run on a worker.
+    auto job = [this, request = std::move(request), connection, done]()
+    {
+        cimxml::CimResponse result;
+        HttpResponse response;
+        try
+        {
+            response = process(request, *connection, result);
+        }
+        catch (const std::exception& e)
+        {
+            ServerLog::error(std::string("request failed unexpectedly: ") + e.what());
+            response = HttpResponse::text(500, "internal server error");
+        }
+        done(std::move(response));
+    };
+    Submit& workers = connection->transport == Transport::Local ? localWorkers_ : tcpWorkers_;
+    if (!workers(job))
+    {
+        HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
+        busy.close = true;
+        done(std::move(busy));
+    }
+}
+
+bool CimHttpService::authenticate(
+    const HttpRequest& request,
+    ConnectionInfo& connection,
+    ClientIdentity& who,
+    HttpResponse& refusal)
+{
+    who.clientAddress = connection.clientAddress;
+    const std::string authorization = request.header("Authorization");
+    if (connection.transport == Transport::Local && !connection.peerUser.empty() &&
+        authorization.empty())
+    {
+        who.user = connection.peerUser;
+        return true;
+    }
+    if (!authorization.empty())
+    {
+        // A keep-alive client repeats the same credentials: verified once per connection for
+        // as long as the password file stays as it was.
+        const uint64_t generation = authenticator_.generation();
+        if (authorization == connection.verifiedAuthorization &&
+            generation == connection.verifiedGeneration)
+        {
+            who.user = connection.verifiedUser;
+            return true;
+        }
+        const auth::AuthResult result = authenticator_.authenticate(authorization);
+        if (result.ok)
+        {
+            connection.verifiedAuthorization = authorization;
+            connection.verifiedUser = result.user;
+            connection.verifiedGeneration = generation;
+            who.user = result.user;
+            return true;
+        }
+        ServerLog::warning(
+            "authentication failed for client " + connection.clientAddress + ": " + result.reason);
+    }
+    else if (connection.transport == Transport::Local)
+    {
+        ServerLog::warning("local client not identified: " + connection.peerError);
+    }
+    refusal = HttpResponse::text(401, "authentication required");
+    refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + options_.realm + "\"");
+    return false;
+}
+
+HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection)
+{
     cimxml::CimResponse result;
-    HttpResponse response;
-    try {
-      response = process(request, *connection, result);
-    } catch (const std::exception& e) {
-      ServerLog::error(std::string("request failed unexpectedly: ") + e.what());
-      response = HttpResponse::text(500, "internal server error");
-    }
-    done(std::move(response));
-  };
-  Submit& workers = connection->transport == Transport::Local ? localWorkers_ : tcpWorkers_;
-  if (!workers(job)) {
-    HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
-    busy.close = true;
-    done(std::move(busy));
-  }
+    return process(request, connection, result);
 }
 
-bool CimHttpService::authenticate(const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
-                                  HttpResponse& refusal) {
-  who.clientAddress = connection.clientAddress;
-  const std::string authorization = request.header("Authorization");
-  if (connection.transport == Transport::Local && !connection.peerUser.empty() && authorization.empty()) {
-    who.user = connection.peerUser;
-    return true;
-  }
-  if (!authorization.empty()) {
-    // A keep-alive client repeats the same credentials: verified once per connection for
-    // as long as the password file stays as it was.
-    const uint64_t generation = authenticator_.generation();
-    if (authorization == connection.verifiedAuthorization && generation == connection.verifiedGeneration) {
-      who.user = connection.verifiedUser;
-      return true;
+HttpResponse CimHttpService::process(
+    const HttpRequest& request,
+    ConnectionInfo& connection,
+    cimxml::CimResponse& response)
+{
+    const bool mpost = request.method == "M-POST";
+    if (request.method != "POST" && !mpost)
+    {
+        HttpResponse r = HttpResponse::text(405, "only POST and M-POST are accepted");
+        r.headers.emplace_back("Allow", "POST, M-POST");
+        return r;
     }
-    const auth::AuthResult result = authenticator_.authenticate(authorization);
-    if (result.ok) {
-      connection.verifiedAuthorization = authorization;
-      connection.verifiedUser = result.user;
-      connection.verifiedGeneration = generation;
-      who.user = result.user;
-      return true;
+    const std::string path = request.target.substr(0, request.target.find('?'));
+    if (path != "/cimom")
+        return HttpResponse::text(404, "no CIM service at " + path + " (use /cimom)");
+
+    ClientIdentity who;
+    HttpResponse refusal;
+    if (!authenticate(request, connection, who, refusal))
+        return refusal;
+
+    std::string prefix;
+    if (mpost && !mpostPrefix(request, prefix))
+        return HttpResponse::text(
+            400, std::string("M-POST needs a Man header naming ") + kCimMapping + "; ns=NN");
+    auto cimHeader = [&](const char* name) { return request.header(prefix + name); };
+    auto hasCimHeader = [&](const char* name) { return request.hasHeader(prefix + name); };
+
+    if (!equalNoCase(trimmed(cimHeader("CIMOperation")), "MethodCall"))
+        return cimError(400, "unsupported-operation", "CIMOperation header must be MethodCall");
+    if (hasCimHeader("CIMProtocolVersion"))
+    {
+        const std::string v = trimmed(cimHeader("CIMProtocolVersion"));
+        if (v.empty() || v[0] != '1' || (v.size() > 1 && v[1] != '.'))
+            return cimError(
+                501, "unsupported-protocol-version",
+                "CIMProtocolVersion " + v + " is not supported");
     }
-    ServerLog::warning("authentication failed for client " + connection.clientAddress + ": " + result.reason);
-  } else if (connection.transport == Transport::Local) {
-    ServerLog::warning("local client not identified: " + connection.peerError);
-  }
-  refusal = HttpResponse::text(401, "authentication required");
-  refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + options_.realm + "\"");
-  return false;
-}
+    const std::string contentType = request.header("Content-Type");
+    if (!contentType.empty() && strncasecmp(contentType.c_str(), "application/xml", 15) != 0 &&
+        strncasecmp(contentType.c_str(), "text/xml", 8) != 0)
+        return HttpResponse::text(415, "Content-Type must be application/xml or text/xml");
+    if (!hasCimHeader("CIMMethod"))
+        return cimError(400, "header-mismatch", "CIMMethod header missing");
+    if (!hasCimHeader("CIMObject"))
+        return cimError(400, "header-mismatch", "CIMObject header missing");
 
-HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection) {
-  cimxml::CimResponse result;
-  return process(request, connection, result);
-}
+    cimxml::DecodedRequest decoded;
+    try
+    {
+        decoded = cimxml::decodeRequest(request.body.data(), request.body.size());
+    }
+    catch (const cimxml::ProtocolError& e)
+    {
+        return cimError(e.httpStatus(), e.cimError(), e.what());
+    }
+    const cimxml::CimRequest& cim = decoded.request;
+    if (!cimxml::cimMethodMatches(cimHeader("CIMMethod"), cim))
+        return cimError(
+            400, "header-mismatch", "CIMMethod header does not match the method in the body");
+    if (!decoded.failed && !cimxml::cimObjectMatches(cimHeader("CIMObject"), cim))
+        return cimError(
+            400, "header-mismatch", "CIMObject header does not match the object in the body");
 
-HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection,
-                                     cimxml::CimResponse& response) {
-  const bool mpost = request.method == "M-POST";
-  if (request.method != "POST" && !mpost) {
-    HttpResponse r = HttpResponse::text(405, "only POST and M-POST are accepted");
-    r.headers.emplace_back("Allow", "POST, M-POST");
-    return r;
-  }
-  const std::string path = request.target.substr(0, request.target.find('?'));
-  if (path != "/cimom") return HttpResponse::text(404, "no CIM service at " + path + " (use /cimom)");
+    response.messageId = cim.messageId;
+    response.operation = cim.operation;
+    response.methodName = cim.methodName;
+    if (decoded.failed)
+        response.setError(decoded.error);
+    else
+        executor_.execute(cim, who, response);
+    if (response.failed && response.error.getCode() != CIM_ERR_NOT_FOUND)
+        ServerLog::info(
+            who.user + "@" + who.clientAddress + " " + cimxml::toUtf8(cim.methodName) + ": " +
+            cimStatusCodeToString(response.error.getCode()) + " " +
+            cimxml::toUtf8(response.error.getMessage()));
 
-  ClientIdentity who;
-  HttpResponse refusal;
-  if (!authenticate(request, connection, who, refusal)) return refusal;
-
-  std::string prefix;
-  if (mpost && !mpostPrefix(request, prefix))
-    return HttpResponse::text(400, std::string("M-POST needs a Man header naming ") + kCimMapping + "; ns=NN");
-  auto cimHeader = [&](const char* name) { return request.header(prefix + name); };
-  auto hasCimHeader = [&](const char* name) { return request.hasHeader(prefix + name); };
-
-  if (!equalNoCase(trimmed(cimHeader("CIMOperation")), "MethodCall"))
-    return cimError(400, "unsupported-operation", "CIMOperation header must be MethodCall");
-  if (hasCimHeader("CIMProtocolVersion")) {
-    const std::string v = trimmed(cimHeader("CIMProtocolVersion"));
-    if (v.empty() || v[0] != '1' || (v.size() > 1 && v[1] != '.'))
-      return cimError(501, "unsupported-protocol-version", "CIMProtocolVersion " + v + " is not supported");
-  }
-  const std::string contentType = request.header("Content-Type");
-  if (!contentType.empty() && strncasecmp(contentType.c_str(), "application/xml", 15) != 0 &&
-      strncasecmp(contentType.c_str(), "text/xml", 8) != 0)
-    return HttpResponse::text(415, "Content-Type must be application/xml or text/xml");
-  if (!hasCimHeader("CIMMethod")) return cimError(400, "header-mismatch", "CIMMethod header missing");
-  if (!hasCimHeader("CIMObject")) return cimError(400, "header-mismatch", "CIMObject header missing");
-
-  cimxml::DecodedRequest decoded;
-  try {
-    decoded = cimxml::decodeRequest(request.body.data(), request.body.size());
-  } catch (const cimxml::ProtocolError& e) {
-    return cimError(e.httpStatus(), e.cimError(), e.what());
-  }
-  const cimxml::CimRequest& cim = decoded.request;
-  if (!cimxml::cimMethodMatches(cimHeader("CIMMethod"), cim))
-    return cimError(400, "header-mismatch", "CIMMethod header does not match the method in the body");
-  if (!decoded.failed && !cimxml::cimObjectMatches(cimHeader("CIMObject"), cim))
-    return cimError(400, "header-mismatch", "CIMObject header does not match the object in the body");
-
-  response.messageId = cim.messageId;
-  response.operation = cim.operation;
-  response.methodName = cim.methodName;
-  if (decoded.failed)
-    response.setError(decoded.error);
-  else
-    executor_.execute(cim, who, response);
-  if (response.failed && response.error.getCode() != CIM_ERR_NOT_FOUND)
-    ServerLog::info(who.user + "@" + who.clientAddress + " " + cimxml::toUtf8(cim.methodName) + ": " +
-                    cimStatusCodeToString(response.error.getCode()) + " " + cimxml::toUtf8(response.error.getMessage()));
-
-  HttpResponse out;
-  out.status = 200;
-  out.body = cimxml::encodeResponse(response, String(options_.hostName.c_str()), cim.nameSpace);
-  out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
-  if (mpost) out.headers.emplace_back("Ext", "");
-  out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
-  return out;
+    HttpResponse out;
+    out.status = 200;
+    out.body = cimxml::encodeResponse(response, String(options_.hostName.c_str()), cim.nameSpace);
+    out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
+    if (mpost)
+        out.headers.emplace_back("Ext", "");
+    out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+    return out;
 }
 
 }  // namespace http

@@ -14,42 +14,56 @@
 #include <functional>
 #include <string>
 
-namespace qel {
-namespace http {
+namespace qel
+{
+namespace http
+{
 
-struct CimHttpServiceOptions {
-  std::string realm = "qel-cimserver";
-  // Completes the host of association results; empty: this machine's name.
-  std::string hostName;
+struct CimHttpServiceOptions
+{
+    std::string realm = "qel-cimserver";
+    // Completes the host of association results; empty: this machine's name.
+    std::string hostName;
 };
 
-class CimHttpService : public RequestHandler {
- public:
-  // Queues a job; false when the queue refuses it (full or stopping).
-  using Submit = std::function<bool(std::function<void()>)>;
+class CimHttpService : public RequestHandler
+{
+public:
+    // Queues a job; false when the queue refuses it (full or stopping).
+    using Submit = std::function<bool(std::function<void()>)>;
 
-  CimHttpService(CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
-                 OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers);
+    CimHttpService(
+        CimHttpServiceOptions options,
+        auth::BasicAuthenticator& authenticator,
+        OperationExecutor& executor,
+        Submit tcpWorkers,
+        Submit localWorkers);
 
-  void handle(HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
-              std::function<void(HttpResponse)> done) override;
+    void handle(
+        HttpRequest request,
+        std::shared_ptr<ConnectionInfo> connection,
+        std::function<void(HttpResponse)> done) override;
 
-  // The whole exchange on the calling thread (what a worker runs); public for tests.
-  HttpResponse process(const HttpRequest& request, ConnectionInfo& connection);
+    // The whole exchange on the calling thread (what a worker runs); public for tests.
+    HttpResponse process(const HttpRequest& request, ConnectionInfo& connection);
 
- private:
-  // As above, leaving the operation's result in `result`: a worker lets go of it only
-  // once the encoded answer is on its way, so that freeing a large result (thousands of
-  // instances) overlaps the sending instead of delaying it.
-  HttpResponse process(const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result);
-  bool authenticate(const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
-                    HttpResponse& refusal);
+private:
+    // As above, leaving the operation's result in `result`: a worker lets go of it only
+    // once the encoded answer is on its way, so that freeing a large result (thousands of
+    // instances) overlaps the sending instead of delaying it.
+    HttpResponse
+    process(const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result);
+    bool authenticate(
+        const HttpRequest& request,
+        ConnectionInfo& connection,
+        ClientIdentity& who,
+        HttpResponse& refusal);
 
-  CimHttpServiceOptions options_;
-  auth::BasicAuthenticator& authenticator_;
-  OperationExecutor& executor_;
-  Submit tcpWorkers_;
-  Submit localWorkers_;
+    CimHttpServiceOptions options_;
+    auth::BasicAuthenticator& authenticator_;
+    OperationExecutor& executor_;
+    Submit tcpWorkers_;
+    Submit localWorkers_;
 };
 
 }  // namespace http

@@ -8,46 +8,55 @@
 #include <utility>
 #include <vector>
 
-namespace qel {
-namespace http {
+namespace qel
+{
+namespace http
+{
 
-enum class Transport { Tcp, Local };
+enum class Transport
+{
+    Tcp,
+    Local
+};
 
 // One client connection. Requests on a connection are handled one after the other, so a
 // handler may keep per-connection notes here without locking.
-struct ConnectionInfo {
-  Transport transport = Transport::Tcp;
-  std::string clientAddress;  // the peer's IP address ("127.0.0.1" on the local socket)
-  std::string peerUser;       // local socket: the peer's login name, "" when unknown
-  std::string peerError;      // local socket: why peerUser is unknown
-  // Credentials already verified on this connection (see CimHttpService).
-  std::string verifiedAuthorization;
-  std::string verifiedUser;
-  uint64_t verifiedGeneration = 0;
+struct ConnectionInfo
+{
+    Transport transport = Transport::Tcp;
+    std::string clientAddress;  // the peer's IP address ("127.0.0.1" on the local socket)
+    std::string peerUser;       // local socket: the peer's login name, "" when unknown
+    std::string peerError;      // local socket: why peerUser is unknown
+    // Credentials already verified on this connection (see CimHttpService).
+    std::string verifiedAuthorization;
+    std::string verifiedUser;
+    uint64_t verifiedGeneration = 0;
 };
 
 using HeaderList = std::vector<std::pair<std::string, std::string>>;
 
-struct HttpRequest {
-  std::string method;  // "POST", "M-POST", ...
-  std::string target;
-  unsigned version = 11;  // 10 or 11
-  HeaderList headers;
-  std::string body;
+struct HttpRequest
+{
+    std::string method;  // "POST", "M-POST", ...
+    std::string target;
+    unsigned version = 11;  // 10 or 11
+    HeaderList headers;
+    std::string body;
 
-  // Value of the first header with this name (case-insensitive); "" when absent.
-  std::string header(const std::string& name) const;
-  bool hasHeader(const std::string& name) const;
+    // Value of the first header with this name (case-insensitive); "" when absent.
+    std::string header(const std::string& name) const;
+    bool hasHeader(const std::string& name) const;
 };
 
-struct HttpResponse {
-  int status = 200;
-  HeaderList headers;
-  std::string body;
-  bool close = false;  // close the connection after this response
+struct HttpResponse
+{
+    int status = 200;
+    HeaderList headers;
+    std::string body;
+    bool close = false;  // close the connection after this response
 
-  // A response with a plain-text body.
-  static HttpResponse text(int status, const std::string& body);
+    // A response with a plain-text body.
+    static HttpResponse text(int status, const std::string& body);
 };
 
 }  // namespace http

@@ -22,305 +22,418 @@ namespace net = boost::asio;
 namespace beast = boost::beast;
 namespace bhttp = boost::beast::http;
 
-namespace qel {
-namespace http {
-namespace {
+namespace qel
+{
+namespace http
+{
+namespace
+{
 
-class SessionBase {
- public:
-  virtual ~SessionBase() = default;
-  virtual void close() = 0;
+class SessionBase
+{
+public:
+    virtual ~SessionBase() = default;
+    virtual void close() = 0;
 };
 
 // True when something is accepting connections on the socket file.
-bool socketInUse(const std::string& path) {
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) return false;
-  sockaddr_un addr{};
-  addr.sun_family = AF_UNIX;
-  std::snprintf(addr.sun_path, sizeof addr.sun_path, "%s", path.c_str());
-  const bool used = ::connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
-  ::close(fd);
-  return used;
+bool socketInUse(const std::string& path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return false;
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    std::snprintf(addr.sun_path, sizeof addr.sun_path, "%s", path.c_str());
+    const bool used = ::connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
+    ::close(fd);
+    return used;
 }
 
 }  // namespace
 
-struct HttpServer::Impl : std::enable_shared_from_this<HttpServer::Impl> {
-  Impl(HttpServerOptions o, RequestHandler& h) : options(std::move(o)), handler(h) {}
+struct HttpServer::Impl : std::enable_shared_from_this<HttpServer::Impl>
+{
+    Impl(HttpServerOptions o, RequestHandler& h) : options(std::move(o)), handler(h) {}
 
-  HttpServerOptions options;
-  RequestHandler& handler;
-  net::io_context ioc;
-  // Accept completions and acceptor closes run here, one at a time, whatever thread runs them.
-  net::strand<net::io_context::executor_type> acceptStrand{net::make_strand(ioc)};
-  std::optional<net::executor_work_guard<net::io_context::executor_type>> work;
-  std::optional<net::ip::tcp::acceptor> tcpAcceptor;
-  std::optional<net::local::stream_protocol::acceptor> localAcceptor;
-  std::vector<std::thread> threads;
-  std::atomic<size_t> connections{0};
-  unsigned short port = 0;
-  std::mutex sessionsMutex;
-  std::list<std::weak_ptr<SessionBase>> sessions;
-  bool started = false;
+    HttpServerOptions options;
+    RequestHandler& handler;
+    net::io_context ioc;
+    // Accept completions and acceptor closes run here, one at a time, whatever thread runs them.
+    net::strand<net::io_context::executor_type> acceptStrand{net::make_strand(ioc)};
+    std::optional<net::executor_work_guard<net::io_context::executor_type>> work;
+    std::optional<net::ip::tcp::acceptor> tcpAcceptor;
+    std::optional<net::local::stream_protocol::acceptor> localAcceptor;
+    std::vector<std::thread> threads;
+    std::atomic<size_t> connections{0};
+    unsigned short port = 0;
+    std::mutex sessionsMutex;
+    std::list<std::weak_ptr<SessionBase>> sessions;
+    bool started = false;
 
-  void acceptTcp();
-  void acceptLocal();
-  template <class Protocol>
-  void startSession(typename Protocol::socket socket, std::shared_ptr<ConnectionInfo> info);
+    void acceptTcp();
+    void acceptLocal();
+    template <class Protocol>
+    void startSession(typename Protocol::socket socket, std::shared_ptr<ConnectionInfo> info);
 };
 
-namespace {
+namespace
+{
 
 template <class Protocol>
-class Session : public SessionBase, public std::enable_shared_from_this<Session<Protocol>> {
- public:
-  Session(std::shared_ptr<HttpServer::Impl> server, typename Protocol::socket socket,
-          std::shared_ptr<ConnectionInfo> info)
-      : server_(std::move(server)), stream_(std::move(socket)), info_(std::move(info)) {}
-
-  ~Session() override { --server_->connections; }
-
-  void run() {
-    net::dispatch(stream_.get_executor(), [self = this->shared_from_this()] { self->readHeader(); });
-  }
-
-  void close() override {
-    net::post(stream_.get_executor(), [self = this->shared_from_this()] { self->shutdown(); });
-  }
-
- private:
-  const HttpServerOptions& options() const { return server_->options; }
-
-  void readHeader() {
-    parser_.emplace();
-    parser_->body_limit(options().maxBodyBytes);
-    parser_->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
-    stream_.expires_after(options().readTimeout);
-    bhttp::async_read_header(stream_, buffer_, *parser_,
-                             [self = this->shared_from_this()](beast::error_code ec, size_t) { self->onHeader(ec); });
-  }
-
-  void onHeader(beast::error_code ec) {
-    if (ec) return fail(ec);
-    auto& req = parser_->get();
-    auto expect = req.find(bhttp::field::expect);
-    if (expect != req.end() && strcasecmp(std::string(expect->value()).c_str(), "100-continue") == 0 &&
-        req.version() >= 11) {
-      // The client waits for this before it sends the body.
-      auto cont = std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
-      bhttp::async_write(stream_, *cont, [self = this->shared_from_this(), cont](beast::error_code wec, size_t) {
-        if (wec) return self->shutdown();
-        self->readBody();
-      });
-      return;
+class Session : public SessionBase, public std::enable_shared_from_this<Session<Protocol>>
+{
+public:
+    Session(
+        std::shared_ptr<HttpServer::Impl> server,
+        typename Protocol::socket socket,
+        std::shared_ptr<ConnectionInfo> info)
+        : server_(std::move(server)), stream_(std::move(socket)), info_(std::move(info))
+    {
     }
-    readBody();
-  }
 
-  void readBody() {
-    stream_.expires_after(options().readTimeout);
-    bhttp::async_read(stream_, buffer_, *parser_,
-                      [self = this->shared_from_this()](beast::error_code ec, size_t) { self->onRead(ec); });
-  }
+    ~Session() override { --server_->connections; }
 
-  void onRead(beast::error_code ec) {
-    if (ec) return fail(ec);
-    stream_.expires_never();
-    bhttp::request<bhttp::string_body> msg = parser_->release();
-    parser_.reset();
-    keepAlive_ = msg.keep_alive();
-    version_ = msg.version();
-    HttpRequest request;
-    request.method = std::string(msg.method_string());
-    request.target = std::string(msg.target());
-    request.version = msg.version();
-    for (const auto& field : msg) request.headers.emplace_back(std::string(field.name_string()), std::string(field.value()));
-    request.body = std::move(msg.body());
-    auto self = this->shared_from_this();
-    server_->handler.handle(std::move(request), info_, [self](HttpResponse response) {
-      net::post(self->stream_.get_executor(),
-                [self, r = std::move(response)]() mutable { self->write(std::move(r)); });
-    });
-  }
+    void run()
+    {
+        net::dispatch(
+            stream_.get_executor(), [self = this->shared_from_this()] { self->readHeader(); });
+    }
 
-  void fail(beast::error_code ec) {
-    if (ec == bhttp::error::body_limit) return write(HttpResponse::text(413, "request body too large"), true);
-    if (ec == bhttp::error::header_limit) return write(HttpResponse::text(431, "request header too large"), true);
-    if (ec.category() == bhttp::make_error_code(bhttp::error::bad_method).category() &&
-        ec != bhttp::error::end_of_stream && ec != bhttp::error::partial_message)
-      return write(HttpResponse::text(400, "malformed HTTP request: " + ec.message()), true);
-    shutdown();  // end of stream, time-out, reset: nothing to answer
-  }
+    void close() override
+    {
+        net::post(stream_.get_executor(), [self = this->shared_from_this()] { self->shutdown(); });
+    }
 
-  void write(HttpResponse response, bool forceClose = false) {
-    auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
-    res->version(version_);
-    res->result(static_cast<unsigned>(response.status));
-    for (const auto& h : response.headers) res->insert(h.first, h.second);
-    res->body() = std::move(response.body);
-    const bool close = forceClose || response.close || !keepAlive_;
-    res->keep_alive(!close);
-    res->prepare_payload();
-    stream_.expires_after(options().readTimeout);
-    bhttp::async_write(stream_, *res, [self = this->shared_from_this(), res, close](beast::error_code ec, size_t) {
-      if (ec || close) return self->shutdown();
-      self->readHeader();
-    });
-  }
+private:
+    const HttpServerOptions& options() const { return server_->options; }
 
-  void shutdown() {
-    beast::error_code ec;
-    stream_.socket().shutdown(Protocol::socket::shutdown_both, ec);
-    stream_.close();
-  }
+    void readHeader()
+    {
+        parser_.emplace();
+        parser_->body_limit(options().maxBodyBytes);
+        parser_->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
+        stream_.expires_after(options().readTimeout);
+        bhttp::async_read_header(
+            stream_, buffer_, *parser_,
+            [self = this->shared_from_this()](beast::error_code ec, size_t)
+            { self->onHeader(ec); });
+    }
 
-  std::shared_ptr<HttpServer::Impl> server_;
-  beast::basic_stream<Protocol> stream_;
-  std::shared_ptr<ConnectionInfo> info_;
-  beast::flat_buffer buffer_;
-  std::optional<bhttp::request_parser<bhttp::string_body>> parser_;
-  bool keepAlive_ = true;
-  unsigned version_ = 11;
+    void onHeader(beast::error_code ec)
+    {
+        if (ec)
+            return fail(ec);
+        auto& req = parser_->get();
+        auto expect = req.find(bhttp::field::expect);
+        if (expect != req.end() &&
+            strcasecmp(std::string(expect->value()).c_str(), "100-continue") == 0 &&
+            req.version() >= 11)
+        {
+            // The client waits for this before it sends the body.
+            auto cont =
+                std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
+            bhttp::async_write(
+                stream_, *cont,
+                [self = this->shared_from_this(), cont](beast::error_code wec, size_t)
+                {
+                    if (wec)
+                        return self->shutdown();
+                    self->readBody();
+                });
+            return;
+        }
+        readBody();
+    }
+
+    void readBody()
+    {
+        stream_.expires_after(options().readTimeout);
+        bhttp::async_read(
+            stream_, buffer_, *parser_,
+            [self = this->shared_from_this()](beast::error_code ec, size_t) { self->onRead(ec); });
+    }
+
+    void onRead(beast::error_code ec)
+    {
+        if (ec)
+            return fail(ec);
+        stream_.expires_never();
+        bhttp::request<bhttp::string_body> msg = parser_->release();
+        parser_.reset();
+        keepAlive_ = msg.keep_alive();
+        version_ = msg.version();
+        HttpRequest request;
+        request.method = std::string(msg.method_string());
+        request.target = std::string(msg.target());
+        request.version = msg.version();
+        for (const auto& field : msg)
+            request.headers.emplace_back(
+                std::string(field.name_string()), std::string(field.value()));
+        request.body = std::move(msg.body());
+        auto self = this->shared_from_this();
+        server_->handler.handle(
+            std::move(request), info_,
+            [self](HttpResponse response)
+            {
+                net::post(
+                    self->stream_.get_executor(),
+                    [self, r = std::move(response)]() mutable { self->write(std::move(r)); });
+            });
+    }
+
+    void fail(beast::error_code ec)
+    {
+        if (ec == bhttp::error::body_limit)
+            return write(HttpResponse::text(413, "request body too large"), true);
+        if (ec == bhttp::error::header_limit)
+            return write(HttpResponse::text(431, "request header too large"), true);
+        if (ec.category() == bhttp::make_error_code(bhttp::error::bad_method).category() &&
+            ec != bhttp::error::end_of_stream && ec != bhttp::error::partial_message)
+            return write(HttpResponse::text(400, "malformed HTTP request: " + ec.message()), true);
+        shutdown();  // end of stream, time-out, reset: nothing to answer
+    }
+
+    void write(HttpResponse response, bool forceClose = false)
+    {
+        auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
+        res->version(version_);
+        res->result(static_cast<unsigned>(response.status));
+        for (const auto& h : response.headers)
+            res->insert(h.first, h.second);
+        res->body() = std::move(response.body);
+        const bool close = forceClose || response.close || !keepAlive_;
+        res->keep_alive(!close);
+        res->prepare_payload();
+        stream_.expires_after(options().readTimeout);
+        bhttp::async_write(
+            stream_, *res,
+            [self = this->shared_from_this(), res, close](beast::error_code ec, size_t)
+            {
+                if (ec || close)
+                    return self->shutdown();
+                self->readHeader();
+            });
+    }
+
+    void shutdown()
+    {
+        beast::error_code ec;
+        stream_.socket().shutdown(Protocol::socket::shutdown_both, ec);
+        stream_.close();
+    }
+
+    std::shared_ptr<HttpServer::Impl> server_;
+    beast::basic_stream<Protocol> stream_;
+    std::shared_ptr<ConnectionInfo> info_;
+    beast::flat_buffer buffer_;
+    std::optional<bhttp::request_parser<bhttp::string_body>> parser_;
+    bool keepAlive_ = true;
+    unsigned version_ = 11;
 };
 
 }  // namespace
 
 template <class Protocol>
-void HttpServer::Impl::startSession(typename Protocol::socket socket, std::shared_ptr<ConnectionInfo> info) {
-  if (++connections > options.maxConnections) {
-    --connections;
-    beast::error_code ec;
-    socket.close(ec);  // over the limit: refuse rather than queue without bound
-    return;
-  }
-  auto session = std::make_shared<Session<Protocol>>(shared_from_this(), std::move(socket), std::move(info));
-  {
-    std::lock_guard<std::mutex> lock(sessionsMutex);
-    for (auto it = sessions.begin(); it != sessions.end();) it = it->expired() ? sessions.erase(it) : std::next(it);
-    sessions.push_back(session);
-  }
-  session->run();
+void HttpServer::Impl::startSession(
+    typename Protocol::socket socket,
+    std::shared_ptr<ConnectionInfo> info)
+{
+    if (++connections > options.maxConnections)
+    {
+        --connections;
+        beast::error_code ec;
+        socket.close(ec);  // over the limit: refuse rather than queue without bound
+        return;
+    }
+    auto session =
+        std::make_shared<Session<Protocol>>(shared_from_this(), std::move(socket), std::move(info));
+    {
+        std::lock_guard<std::mutex> lock(sessionsMutex);
+        for (auto it = sessions.begin(); it != sessions.end();)
+            it = it->expired() ? sessions.erase(it) : std::next(it);
+        sessions.push_back(session);
+    }
+    session->run();
 }
 
-void HttpServer::Impl::acceptTcp() {
-  tcpAcceptor->async_accept(net::make_strand(ioc), net::bind_executor(acceptStrand, [self = shared_from_this()](
-                                                                   beast::error_code ec, net::ip::tcp::socket socket) {
-    if (ec == net::error::operation_aborted || !self->tcpAcceptor->is_open()) return;
-    if (!ec) {
-      auto info = std::make_shared<ConnectionInfo>();
-      info->transport = Transport::Tcp;
-      beast::error_code addrEc;
-      const auto peer = socket.remote_endpoint(addrEc);
-      if (!addrEc) info->clientAddress = peer.address().to_string();
-      socket.set_option(net::ip::tcp::no_delay(true), addrEc);
-      self->startSession<net::ip::tcp>(std::move(socket), std::move(info));
-    }
-    self->acceptTcp();
-  }));
+void HttpServer::Impl::acceptTcp()
+{
+    tcpAcceptor->async_accept(
+        net::make_strand(ioc),
+        net::bind_executor(
+            acceptStrand,
+            [self = shared_from_this()](beast::error_code ec, net::ip::tcp::socket socket)
+            {
+                if (ec == net::error::operation_aborted || !self->tcpAcceptor->is_open())
+                    return;
+                if (!ec)
+                {
+                    auto info = std::make_shared<ConnectionInfo>();
+                    info->transport = Transport::Tcp;
+                    beast::error_code addrEc;
+                    const auto peer = socket.remote_endpoint(addrEc);
+                    if (!addrEc)
+                        info->clientAddress = peer.address().to_string();
+                    socket.set_option(net::ip::tcp::no_delay(true), addrEc);
+                    self->startSession<net::ip::tcp>(std::move(socket), std::move(info));
+                }
+                self->acceptTcp();
+            }));
 }
 
-void HttpServer::Impl::acceptLocal() {
-  localAcceptor->async_accept(net::make_strand(ioc), net::bind_executor(acceptStrand, [self = shared_from_this()](
-                                                         beast::error_code ec, net::local::stream_protocol::socket socket) {
-    if (ec == net::error::operation_aborted || !self->localAcceptor->is_open()) return;
-    if (!ec) {
-      auto info = std::make_shared<ConnectionInfo>();
-      info->transport = Transport::Local;
-      info->clientAddress = "127.0.0.1";
-      qel::auth::peerUserName(socket.native_handle(), info->peerUser, info->peerError);
-      self->startSession<net::local::stream_protocol>(std::move(socket), std::move(info));
-    }
-    self->acceptLocal();
-  }));
+void HttpServer::Impl::acceptLocal()
+{
+    localAcceptor->async_accept(
+        net::make_strand(ioc),
+        net::bind_executor(
+            acceptStrand,
+            [self = shared_from_this()](
+                beast::error_code ec, net::local::stream_protocol::socket socket)
+            {
+                if (ec == net::error::operation_aborted || !self->localAcceptor->is_open())
+                    return;
+                if (!ec)
+                {
+                    auto info = std::make_shared<ConnectionInfo>();
+                    info->transport = Transport::Local;
+                    info->clientAddress = "127.0.0.1";
+                    qel::auth::peerUserName(
+                        socket.native_handle(), info->peerUser, info->peerError);
+                    self->startSession<net::local::stream_protocol>(
+                        std::move(socket), std::move(info));
+                }
+                self->acceptLocal();
+            }));
 }
 
 HttpServer::HttpServer(HttpServerOptions options, RequestHandler& handler)
-    : impl_(std::make_shared<Impl>(std::move(options), handler)) {}
-
-HttpServer::~HttpServer() { stop(); }
-
-void HttpServer::start() {
-  Impl& s = *impl_;
-  if (s.started) throw std::runtime_error("HTTP server already started");
-  if (s.options.port >= 0) {
-    beast::error_code ec;
-    const auto address = net::ip::make_address(s.options.bindAddress, ec);
-    if (ec) throw std::runtime_error("invalid bind address \"" + s.options.bindAddress + "\"");
-    const net::ip::tcp::endpoint endpoint(address, static_cast<unsigned short>(s.options.port));
-    s.tcpAcceptor.emplace(s.ioc);
-    s.tcpAcceptor->open(endpoint.protocol(), ec);
-    if (!ec) s.tcpAcceptor->set_option(net::socket_base::reuse_address(true), ec);
-    if (!ec) s.tcpAcceptor->bind(endpoint, ec);
-    if (!ec) s.tcpAcceptor->listen(net::socket_base::max_listen_connections, ec);
-    if (ec)
-      throw std::runtime_error("cannot listen on " + s.options.bindAddress + ":" + std::to_string(s.options.port) +
-                               ": " + ec.message());
-    s.port = s.tcpAcceptor->local_endpoint().port();
-  }
-  if (!s.options.socketPath.empty()) {
-    const std::string& path = s.options.socketPath;
-    if (path.size() >= sizeof(sockaddr_un{}.sun_path))
-      throw std::runtime_error("local socket path too long: " + path);
-    if (socketInUse(path)) throw std::runtime_error("another server is listening on the local socket " + path);
-    ::unlink(path.c_str());  // a stale file left by a server that died
-    beast::error_code ec;
-    s.localAcceptor.emplace(s.ioc);
-    const net::local::stream_protocol::endpoint endpoint(path);
-    s.localAcceptor->open(endpoint.protocol(), ec);
-    if (!ec) s.localAcceptor->bind(endpoint, ec);
-    if (!ec) s.localAcceptor->listen(net::socket_base::max_listen_connections, ec);
-    if (ec) throw std::runtime_error("cannot listen on local socket " + path + ": " + ec.message());
-    // Anyone on this machine may connect; the peer's user name is what identifies them.
-    ::chmod(path.c_str(), 0666);
-  }
-  s.work.emplace(s.ioc.get_executor());
-  s.started = true;
-  if (s.tcpAcceptor) s.acceptTcp();
-  if (s.localAcceptor) s.acceptLocal();
-  const unsigned n = s.options.ioThreads ? s.options.ioThreads : 1;
-  for (unsigned i = 0; i < n; ++i) s.threads.emplace_back([&ioc = s.ioc] { ioc.run(); });
+    : impl_(std::make_shared<Impl>(std::move(options), handler))
+{
 }
 
-void HttpServer::stopAccepting() {
-  std::shared_ptr<Impl> s = impl_;
-  if (!s->started) return;
-  net::post(s->acceptStrand, [s] {
-    beast::error_code ec;
-    if (s->tcpAcceptor) s->tcpAcceptor->close(ec);
-    if (s->localAcceptor) {
-      s->localAcceptor->close(ec);
-      ::unlink(s->options.socketPath.c_str());
+HttpServer::~HttpServer()
+{
+    stop();
+}
+
+void HttpServer::start()
+{
+    Impl& s = *impl_;
+    if (s.started)
+        throw std::runtime_error("HTTP server already started");
+    if (s.options.port >= 0)
+    {
+        beast::error_code ec;
+        const auto address = net::ip::make_address(s.options.bindAddress, ec);
+        if (ec)
+            throw std::runtime_error("invalid bind address \"" + s.options.bindAddress + "\"");
+        const net::ip::tcp::endpoint endpoint(address, static_cast<unsigned short>(s.options.port));
+        s.tcpAcceptor.emplace(s.ioc);
+        s.tcpAcceptor->open(endpoint.protocol(), ec);
+        if (!ec)
+            s.tcpAcceptor->set_option(net::socket_base::reuse_address(true), ec);
+        if (!ec)
+            s.tcpAcceptor->bind(endpoint, ec);
+        if (!ec)
+            s.tcpAcceptor->listen(net::socket_base::max_listen_connections, ec);
+        if (ec)
+            throw std::runtime_error(
+                "cannot listen on " + s.options.bindAddress + ":" + std::to_string(s.options.port) +
+                ": " + ec.message());
+        s.port = s.tcpAcceptor->local_endpoint().port();
     }
-  });
+    if (!s.options.socketPath.empty())
+    {
+        const std::string& path = s.options.socketPath;
+        if (path.size() >= sizeof(sockaddr_un{}.sun_path))
+            throw std::runtime_error("local socket path too long: " + path);
+        if (socketInUse(path))
+            throw std::runtime_error("another server is listening on the local socket " + path);
+        ::unlink(path.c_str());  // a stale file left by a server that died
+        beast::error_code ec;
+        s.localAcceptor.emplace(s.ioc);
+        const net::local::stream_protocol::endpoint endpoint(path);
+        s.localAcceptor->open(endpoint.protocol(), ec);
+        if (!ec)
+            s.localAcceptor->bind(endpoint, ec);
+        if (!ec)
+            s.localAcceptor->listen(net::socket_base::max_listen_connections, ec);
+        if (ec)
+            throw std::runtime_error("cannot listen on local socket " + path + ": " + ec.message());
+        // Anyone on this machine may connect; the peer's user name is what identifies them.
+        ::chmod(path.c_str(), 0666);
+    }
+    s.work.emplace(s.ioc.get_executor());
+    s.started = true;
+    if (s.tcpAcceptor)
+        s.acceptTcp();
+    if (s.localAcceptor)
+        s.acceptLocal();
+    const unsigned n = s.options.ioThreads ? s.options.ioThreads : 1;
+    for (unsigned i = 0; i < n; ++i)
+        s.threads.emplace_back([&ioc = s.ioc] { ioc.run(); });
 }
 
-void HttpServer::stop() {
-  std::shared_ptr<Impl> s = impl_;
-  if (!s->started) return;
-  stopAccepting();
-  {
-    std::lock_guard<std::mutex> lock(s->sessionsMutex);
-    for (auto& weak : s->sessions)
-      if (auto session = weak.lock()) session->close();
-    s->sessions.clear();
-  }
-  s->work.reset();
-  s->ioc.stop();
-  for (std::thread& t : s->threads)
-    if (t.joinable()) t.join();
-  s->threads.clear();
-  s->started = false;
-  // Handlers still queued hold sessions that refer back to the server; drop them now.
-  s->ioc.restart();
-  s->ioc.poll();
-  s->tcpAcceptor.reset();
-  s->localAcceptor.reset();
+void HttpServer::stopAccepting()
+{
+    std::shared_ptr<Impl> s = impl_;
+    if (!s->started)
+        return;
+    net::post(
+        s->acceptStrand,
+        [s]
+        {
+            beast::error_code ec;
+            if (s->tcpAcceptor)
+                s->tcpAcceptor->close(ec);
+            if (s->localAcceptor)
+            {
+                s->localAcceptor->close(ec);
+                ::unlink(s->options.socketPath.c_str());
+            }
+        });
 }
 
-unsigned short HttpServer::tcpPort() const { return impl_->port; }
-const HttpServerOptions& HttpServer::options() const { return impl_->options; }
-size_t HttpServer::openConnections() const { return impl_->connections.load(); }
+void HttpServer::stop()
+{
+    std::shared_ptr<Impl> s = impl_;
+    if (!s->started)
+        return;
+    stopAccepting();
+    {
+        std::lock_guard<std::mutex> lock(s->sessionsMutex);
+        for (auto& weak : s->sessions)
+            if (auto session = weak.lock())
+                session->close();
+        s->sessions.clear();
+    }
+    s->work.reset();
+    s->ioc.stop();
+    for (std::thread& t : s->threads)
+        if (t.joinable())
+            t.join();
+    s->threads.clear();
+    s->started = false;
+    // Handlers still queued hold sessions that refer back to the server; drop them now.
+    s->ioc.restart();
+    s->ioc.poll();
+    s->tcpAcceptor.reset();
+    s->localAcceptor.reset();
+}
+
+unsigned short HttpServer::tcpPort() const
+{
+    return impl_->port;
+}
+const HttpServerOptions& HttpServer::options() const
+{
+    return impl_->options;
+}
+size_t HttpServer::openConnections() const
+{
+    return impl_->connections.load();
+}
 
 }  // namespace http
 }  // namespace qel

@@ -7,21 +7,27 @@
 
 #include <string>
 
-namespace qel {
-namespace http {
+namespace qel
+{
+namespace http
+{
 
-struct ClientIdentity {
-  std::string user;
-  std::string clientAddress;
+struct ClientIdentity
+{
+    std::string user;
+    std::string clientAddress;
 };
 
-class OperationExecutor {
- public:
-  virtual ~OperationExecutor() = default;
-  // Fills `response` with the results, or with the CIM error the operation ended in.
-  // Must not throw.
-  virtual void execute(const cimxml::CimRequest& request, const ClientIdentity& client,
-                       cimxml::CimResponse& response) = 0;
+class OperationExecutor
+{
+public:
+    virtual ~OperationExecutor() = default;
+    // Fills `response` with the results, or with the CIM error the operation ended in.
+    // Must not throw.
+    virtual void execute(
+        const cimxml::CimRequest& request,
+        const ClientIdentity& client,
+        cimxml::CimResponse& response) = 0;
 };
 
 }  // namespace http

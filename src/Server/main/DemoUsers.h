@@ -6,19 +6,23 @@
 #include <string>
 #include <vector>
 
-namespace qel {
-namespace server {
+namespace qel
+{
+namespace server
+{
 
-struct DemoUser {
-  std::string name;
-  std::string role;
-  std::string password;
+struct DemoUser
+{
+    std::string name;
+    std::string role;
+    std::string password;
 };
 
 // Reads the "users" of the array description (name, role, enabled), generates a password
 // for each enabled one and writes them to `passwordFile` (replaced). Throws
 // std::runtime_error saying what was wrong with the description or the file.
-std::vector<DemoUser> createDemoUsers(const std::string& arrayFile, const std::string& passwordFile);
+std::vector<DemoUser>
+createDemoUsers(const std::string& arrayFile, const std::string& passwordFile);
 
 // Ready-to-paste wbemcli commands for these users against the server at host:port.
 std::string wbemcliTour(const std::vector<DemoUser>& users, const std::string& host, unsigned port);

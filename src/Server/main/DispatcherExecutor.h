@@ -5,23 +5,30 @@
 #include <Server/core/Dispatcher.h>
 #include <Server/http/OperationExecutor.h>
 
-namespace qel {
-namespace server {
+namespace qel
+{
+namespace server
+{
 
-class DispatcherExecutor : public http::OperationExecutor {
- public:
-  explicit DispatcherExecutor(Pegasus::Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
+class DispatcherExecutor : public http::OperationExecutor
+{
+public:
+    explicit DispatcherExecutor(Pegasus::Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
 
-  // Operations the dispatcher does not offer (class changes, queries) end in
-  // CIM_ERR_NOT_SUPPORTED; exceptions become CIM errors as a CIMOM reports them.
-  void execute(const cimxml::CimRequest& request, const http::ClientIdentity& client,
-               cimxml::CimResponse& response) override;
+    // Operations the dispatcher does not offer (class changes, queries) end in
+    // CIM_ERR_NOT_SUPPORTED; exceptions become CIM errors as a CIMOM reports them.
+    void execute(
+        const cimxml::CimRequest& request,
+        const http::ClientIdentity& client,
+        cimxml::CimResponse& response) override;
 
- private:
-  void run(const cimxml::CimRequest& request, const Pegasus::OperationContext& context,
-           cimxml::CimResponse& response);
+private:
+    void
+    run(const cimxml::CimRequest& request,
+        const Pegasus::OperationContext& context,
+        cimxml::CimResponse& response);
 
-  Pegasus::Dispatcher& dispatcher_;
+    Pegasus::Dispatcher& dispatcher_;
 };
 
 }  // namespace server

@@ -10,25 +10,30 @@
 #include <string>
 #include <vector>
 
-namespace qel {
-namespace server {
+namespace qel
+{
+namespace server
+{
 
-struct ServerCommandLine {
-  WireServerOptions server;
-  Pegasus::LogLevel logLevel = Pegasus::LogLevel::Info;
-  bool demo = false;        // generate users and passwords for the simulated array's users
-  std::string arrayFile;    // --array: the simulated array description (sets QELSIM_ARRAY)
-  bool help = false;
+struct ServerCommandLine
+{
+    WireServerOptions server;
+    Pegasus::LogLevel logLevel = Pegasus::LogLevel::Info;
+    bool demo = false;      // generate users and passwords for the simulated array's users
+    std::string arrayFile;  // --array: the simulated array description (sets QELSIM_ARRAY)
+    bool help = false;
 };
 
-class CommandLineError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+class CommandLineError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
 };
 
 // Defaults (schema, provider directories) come from the build; throws CommandLineError
 // naming the offending option.
-ServerCommandLine parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults);
+ServerCommandLine
+parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults);
 
 std::string usageText();
 

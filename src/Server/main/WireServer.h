@@ -10,43 +10,47 @@
 #include <memory>
 #include <string>
 
-namespace qel {
-namespace server {
+namespace qel
+{
+namespace server
+{
 
-struct WireServerOptions {
-  Pegasus::CIMServerOptions core;
-  http::HttpServerOptions http;
-  std::string passwordFile;
-  // Threads for requests on the local socket, kept apart from the core's pool so that a
-  // request holding every core thread can still be answered when it calls back locally.
-  unsigned localWorkers = 8;
-  // Route this process's own CIMClient::connectLocal() calls through the Unix socket
-  // (as an out-of-process client would) instead of the core's in-process transport.
-  bool localCallsOverSocket = false;
+struct WireServerOptions
+{
+    Pegasus::CIMServerOptions core;
+    http::HttpServerOptions http;
+    std::string passwordFile;
+    // Threads for requests on the local socket, kept apart from the core's pool so that a
+    // request holding every core thread can still be answered when it calls back locally.
+    unsigned localWorkers = 8;
+    // Route this process's own CIMClient::connectLocal() calls through the Unix socket
+    // (as an out-of-process client would) instead of the core's in-process transport.
+    bool localCallsOverSocket = false;
 };
 
-class WireServer {
- public:
-  explicit WireServer(WireServerOptions options);
-  ~WireServer();
-  WireServer(const WireServer&) = delete;
-  WireServer& operator=(const WireServer&) = delete;
+class WireServer
+{
+public:
+    explicit WireServer(WireServerOptions options);
+    ~WireServer();
+    WireServer(const WireServer&) = delete;
+    WireServer& operator=(const WireServer&) = delete;
 
-  // Starts the core, then the listeners. Throws (Pegasus::Exception or std::exception with
-  // a message saying what failed) and leaves everything stopped on failure.
-  void start();
-  // Stops accepting, drains requests, terminates the providers, closes connections.
-  void stop();
+    // Starts the core, then the listeners. Throws (Pegasus::Exception or std::exception with
+    // a message saying what failed) and leaves everything stopped on failure.
+    void start();
+    // Stops accepting, drains requests, terminates the providers, closes connections.
+    void stop();
 
-  unsigned short tcpPort() const;
-  const WireServerOptions& options() const { return options_; }
-  Pegasus::CIMServer& core() { return *core_; }
+    unsigned short tcpPort() const;
+    const WireServerOptions& options() const { return options_; }
+    Pegasus::CIMServer& core() { return *core_; }
 
- private:
-  struct Parts;
-  WireServerOptions options_;
-  std::unique_ptr<Pegasus::CIMServer> core_;
-  std::unique_ptr<Parts> parts_;
+private:
+    struct Parts;
+    WireServerOptions options_;
+    std::unique_ptr<Pegasus::CIMServer> core_;
+    std::unique_ptr<Parts> parts_;
 };
 
 }  // namespace server

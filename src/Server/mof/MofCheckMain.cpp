@@ -42,7 +42,7 @@ void list(const ClassRepository& repo)
     }
 }
 
-}
+}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -82,8 +82,8 @@ int main(int argc, char** argv)
             compiler.compileFile(file);
         const MofCompiler::Counts& c = compiler.counts();
         std::cout << "ok: " << c.files << " files, " << c.qualifierDecls
-                  << " qualifier declarations, " << c.classes << " classes, "
-                  << c.instances << " instances\n";
+                  << " qualifier declarations, " << c.classes << " classes, " << c.instances
+                  << " instances\n";
         if (doList)
             list(repo);
         return 0;

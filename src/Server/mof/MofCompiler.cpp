@@ -101,7 +101,10 @@ CIMName legalName(const Source& src, const MofNamePos& n, const char* what)
     return CIMName(s);
 }
 
-std::string q(const CIMName& name) { return quoted(stdString(name.getString())); }
+std::string q(const CIMName& name)
+{
+    return quoted(stdString(name.getString()));
+}
 
 struct FlavorWord
 {
@@ -154,8 +157,10 @@ void applyQualifiers(
         CIMQualifierDecl decl;
         if (!repo.findQualifier(ns, name, decl))
         {
-            src.fail(qs.name.pos, "qualifier " + quoted(qs.name.name) +
-                " is not declared in namespace " + quoted(stdString(ns.getString())));
+            src.fail(
+                qs.name.pos, "qualifier " + quoted(qs.name.name) +
+                                 " is not declared in namespace " +
+                                 quoted(stdString(ns.getString())));
         }
         CIMValue value;
         if (!qs.hasValue)
@@ -203,13 +208,13 @@ void applyQualifiers(
         }
         catch (const AlreadyExistsException&)
         {
-            src.fail(qs.name.pos, "qualifier " + quoted(qs.name.name) +
-                " is given twice on " + where);
+            src.fail(
+                qs.name.pos, "qualifier " + quoted(qs.name.name) + " is given twice on " + where);
         }
     }
 }
 
-}
+}  // namespace
 
 struct MofCompiler::File
 {
@@ -218,8 +223,10 @@ struct MofCompiler::File
     CIMNamespaceName ns;
     MofValueBuilder values;
 
-    File(const std::string& name, const CIMNamespaceName& startNs,
-         const MofValueBuilder::AliasLookup& aliases)
+    File(
+        const std::string& name,
+        const CIMNamespaceName& startNs,
+        const MofValueBuilder::AliasLookup& aliases)
         : directory(directoryOf(name)), ns(startNs), values(name, aliases)
     {
         src.name = name;
@@ -231,7 +238,9 @@ MofCompiler::MofCompiler(ClassRepository& repo, const CIMNamespaceName& defaultN
 {
 }
 
-MofCompiler::~MofCompiler() {}
+MofCompiler::~MofCompiler()
+{
+}
 
 void MofCompiler::compileFile(const std::string& path)
 {
@@ -254,13 +263,14 @@ void MofCompiler::_compile(
     const CIMNamespaceName& ns)
 {
     const MofValueBuilder::AliasLookup aliases =
-        [this](const std::string& alias, CIMObjectPath& path) {
-            auto it = _aliases.find(lowerAscii(alias));
-            if (it == _aliases.end())
-                return false;
-            path = it->second;
-            return true;
-        };
+        [this](const std::string& alias, CIMObjectPath& path)
+    {
+        auto it = _aliases.find(lowerAscii(alias));
+        if (it == _aliases.end())
+            return false;
+        path = it->second;
+        return true;
+    };
     File f(sourceName, ns, aliases);
     _includeStack.push_back(identity);
     _counts.files++;
@@ -288,11 +298,20 @@ void MofCompiler::_production(File& f, const MofProduction& p)
     MofPos at;
     switch (p.kind)
     {
-        case MofProduction::Pragma: at = p.pragma.pos; break;
-        case MofProduction::QualifierDecl: at = p.qualifierDecl.pos; break;
-        case MofProduction::Class: at = p.cls.pos; break;
-        case MofProduction::Instance: at = p.instance.pos; break;
-        case MofProduction::End: return;
+        case MofProduction::Pragma:
+            at = p.pragma.pos;
+            break;
+        case MofProduction::QualifierDecl:
+            at = p.qualifierDecl.pos;
+            break;
+        case MofProduction::Class:
+            at = p.cls.pos;
+            break;
+        case MofProduction::Instance:
+            at = p.instance.pos;
+            break;
+        case MofProduction::End:
+            return;
     }
     // Whatever the object model refuses that the checks here did not
     // foresee still becomes an error at the production, never a crash.
@@ -300,11 +319,20 @@ void MofCompiler::_production(File& f, const MofProduction& p)
     {
         switch (p.kind)
         {
-            case MofProduction::Pragma: _pragma(f, p.pragma); break;
-            case MofProduction::QualifierDecl: _qualifierDecl(f, p.qualifierDecl); break;
-            case MofProduction::Class: _class(f, p.cls); break;
-            case MofProduction::Instance: _instance(f, p.instance); break;
-            case MofProduction::End: break;
+            case MofProduction::Pragma:
+                _pragma(f, p.pragma);
+                break;
+            case MofProduction::QualifierDecl:
+                _qualifierDecl(f, p.qualifierDecl);
+                break;
+            case MofProduction::Class:
+                _class(f, p.cls);
+                break;
+            case MofProduction::Instance:
+                _instance(f, p.instance);
+                break;
+            case MofProduction::End:
+                break;
         }
     }
     catch (const MofError&)
@@ -337,8 +365,9 @@ void MofCompiler::_pragma(File& f, const MofPragmaSyntax& p)
     }
     else if (!equalNoCaseAscii(name, "locale") && !equalNoCaseAscii(name, "instancelocale"))
     {
-        f.src.fail(p.name.pos, "unknown pragma " + quoted(name) +
-            "; known are include, namespace, locale and instancelocale");
+        f.src.fail(
+            p.name.pos, "unknown pragma " + quoted(name) +
+                            "; known are include, namespace, locale and instancelocale");
     }
 }
 
@@ -358,8 +387,9 @@ void MofCompiler::_include(File& f, const MofPragmaSyntax& p)
     std::string reason;
     if (!readFile(path, text, reason))
     {
-        f.src.fail(p.valuePos, "cannot open included file " + quoted(name) +
-            " (" + quoted(path) + "): " + reason);
+        f.src.fail(
+            p.valuePos,
+            "cannot open included file " + quoted(name) + " (" + quoted(path) + "): " + reason);
     }
     const std::string identity = identityOf(path);
     for (const std::string& open : _includeStack)
@@ -369,8 +399,9 @@ void MofCompiler::_include(File& f, const MofPragmaSyntax& p)
     }
     if (_includeStack.size() >= maxIncludeDepth)
     {
-        f.src.fail(p.valuePos, "includes nested deeper than " +
-            std::to_string(maxIncludeDepth) + " files");
+        f.src.fail(
+            p.valuePos,
+            "includes nested deeper than " + std::to_string(maxIncludeDepth) + " files");
     }
     _compile(text, path, identity, f.ns);
 }
@@ -393,10 +424,10 @@ void MofCompiler::_qualifierDecl(File& f, const MofQualifierDeclSyntax& d)
         const char* name;
         const CIMScope* scope;
     } scopes[] = {
-        {"class", &CIMScope::CLASS}, {"association", &CIMScope::ASSOCIATION},
+        {"class", &CIMScope::CLASS},           {"association", &CIMScope::ASSOCIATION},
         {"indication", &CIMScope::INDICATION}, {"property", &CIMScope::PROPERTY},
-        {"reference", &CIMScope::REFERENCE}, {"method", &CIMScope::METHOD},
-        {"parameter", &CIMScope::PARAMETER}, {"any", &CIMScope::ANY},
+        {"reference", &CIMScope::REFERENCE},   {"method", &CIMScope::METHOD},
+        {"parameter", &CIMScope::PARAMETER},   {"any", &CIMScope::ANY},
     };
     for (const MofNamePos& s : d.scopes)
     {
@@ -413,24 +444,26 @@ void MofCompiler::_qualifierDecl(File& f, const MofQualifierDeclSyntax& d)
 
     const CIMFlavor flavor = flavorsOf(f.src, d.flavors);
     if (flavor.hasFlavor(CIMFlavor::TOSUBCLASS) && flavor.hasFlavor(CIMFlavor::RESTRICTED))
-        f.src.fail(d.name.pos, "qualifier " + q(name) + " is declared both ToSubclass and Restricted");
+        f.src.fail(
+            d.name.pos, "qualifier " + q(name) + " is declared both ToSubclass and Restricted");
     if (flavor.hasFlavor(CIMFlavor::ENABLEOVERRIDE) && flavor.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
     {
-        f.src.fail(d.name.pos, "qualifier " + q(name) +
-            " is declared both EnableOverride and DisableOverride");
+        f.src.fail(
+            d.name.pos,
+            "qualifier " + q(name) + " is declared both EnableOverride and DisableOverride");
     }
 
     try
     {
-        _repo.addQualifierDecl(f.ns,
-            CIMQualifierDecl(name, value, scope, flavor, d.array.size));
+        _repo.addQualifierDecl(f.ns, CIMQualifierDecl(name, value, scope, flavor, d.array.size));
     }
     catch (const CIMException& e)
     {
         if (e.getCode() == CIM_ERR_ALREADY_EXISTS)
         {
-            f.src.fail(d.name.pos, "qualifier " + q(name) + " is already declared in namespace " +
-                quoted(stdString(f.ns.getString())));
+            f.src.fail(
+                d.name.pos, "qualifier " + q(name) + " is already declared in namespace " +
+                                quoted(stdString(f.ns.getString())));
         }
         throw;
     }
@@ -443,8 +476,9 @@ void MofCompiler::_class(File& f, const MofClassSyntax& c)
     const std::string where = "class " + q(className);
     if (_repo.namespaceExists(f.ns) && _repo.classExists(f.ns, className))
     {
-        f.src.fail(c.name.pos, where + " is already defined in namespace " +
-            quoted(stdString(f.ns.getString())));
+        f.src.fail(
+            c.name.pos,
+            where + " is already defined in namespace " + quoted(stdString(f.ns.getString())));
     }
     CIMName superName;
     bool association = false;
@@ -455,8 +489,8 @@ void MofCompiler::_class(File& f, const MofClassSyntax& c)
         {
             f.src.fail(c.superClass.pos, "unknown superclass " + q(superName) + " of " + where);
         }
-        association = _repo.getClass(f.ns, superName, false, true, false,
-            CIMPropertyList()).isAssociation();
+        association =
+            _repo.getClass(f.ns, superName, false, true, false, CIMPropertyList()).isAssociation();
     }
 
     // The scope of the class qualifiers depends on whether it is an
@@ -466,14 +500,15 @@ void MofCompiler::_class(File& f, const MofClassSyntax& c)
         if (equalNoCaseAscii(qs.name.name, "Association"))
         {
             association = association || !qs.hasValue ||
-                (qs.value.kind == MofLiteral::Boolean && qs.value.boolValue);
+                          (qs.value.kind == MofLiteral::Boolean && qs.value.boolValue);
         }
     }
     const CIMScope classScope = association ? CIMScope::ASSOCIATION : CIMScope::CLASS;
     CIMClass cls(className, superName);
     applyQualifiers(f.src, _repo, f.ns, f.values, c.qualifiers, &classScope, where, cls);
 
-    auto referenceClass = [&](const MofTypeSyntax& t, const std::string& what) {
+    auto referenceClass = [&](const MofTypeSyntax& t, const std::string& what)
+    {
         const CIMName ref = legalName(f.src, t.referenceClass, "class");
         if (!ref.equal(className) &&
             (!_repo.namespaceExists(f.ns) || !_repo.classExists(f.ns, ref)))
@@ -493,8 +528,11 @@ void MofCompiler::_class(File& f, const MofClassSyntax& c)
                 f.src.fail(p.array.pos, "reference " + q(name) + " cannot be an array");
             if (!association)
             {
-                f.src.fail(p.type.pos, "reference " + q(name) + " is only allowed in an "
-                    "association, and " + where + " is not one");
+                f.src.fail(
+                    p.type.pos, "reference " + q(name) +
+                                    " is only allowed in an "
+                                    "association, and " +
+                                    where + " is not one");
             }
             ref = referenceClass(p.type, "reference " + q(name));
         }
@@ -534,7 +572,8 @@ void MofCompiler::_class(File& f, const MofClassSyntax& c)
                 ref = referenceClass(a.type, "parameter " + q(pname) + " of " + mwhere);
             CIMParameter param(pname, a.type.type, a.array.isArray, a.array.size, ref);
             const CIMScope paramScope = CIMScope::PARAMETER;
-            applyQualifiers(f.src, _repo, f.ns, f.values, a.qualifiers, &paramScope,
+            applyQualifiers(
+                f.src, _repo, f.ns, f.values, a.qualifiers, &paramScope,
                 "parameter " + q(pname) + " of " + mwhere, param);
             try
             {
@@ -571,8 +610,9 @@ void MofCompiler::_instance(File& f, const MofInstanceSyntax& s)
     const CIMName className = legalName(f.src, s.className, "class");
     if (!_repo.namespaceExists(f.ns) || !_repo.classExists(f.ns, className))
     {
-        f.src.fail(s.className.pos, "unknown class " + q(className) + " in namespace " +
-            quoted(stdString(f.ns.getString())));
+        f.src.fail(
+            s.className.pos, "unknown class " + q(className) + " in namespace " +
+                                 quoted(stdString(f.ns.getString())));
     }
     const CIMClass cls = _repo.getClass(f.ns, className, false, true, true, CIMPropertyList());
     const std::string where = "the instance of " + q(cls.getClassName());
@@ -586,7 +626,8 @@ void MofCompiler::_instance(File& f, const MofInstanceSyntax& s)
         const CIMName name = legalName(f.src, v.name, "property");
         const Uint32 index = cls.findProperty(name);
         if (index == PEG_NOT_FOUND)
-            f.src.fail(v.name.pos, "class " + q(cls.getClassName()) + " has no property " + q(name));
+            f.src.fail(
+                v.name.pos, "class " + q(cls.getClassName()) + " has no property " + q(name));
         if (inst.findProperty(name) != PEG_NOT_FOUND)
             f.src.fail(v.name.pos, "property " + q(name) + " is given twice in " + where);
         const CIMConstProperty cp = cls.getProperty(index);
@@ -597,7 +638,8 @@ void MofCompiler::_instance(File& f, const MofInstanceSyntax& s)
         target.what = "property " + q(cp.getName());
         const CIMValue value = f.values.build(v.value, target);
         CIMProperty prop(cp.getName(), value, 0, cp.getReferenceClassName());
-        applyQualifiers(f.src, _repo, f.ns, f.values, v.qualifiers, 0,
+        applyQualifiers(
+            f.src, _repo, f.ns, f.values, v.qualifiers, 0,
             "property " + q(cp.getName()) + " of " + where, prop);
         inst.addProperty(prop);
     }

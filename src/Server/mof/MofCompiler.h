@@ -50,8 +50,11 @@ public:
 private:
     struct File;
 
-    void _compile(const std::string& text, const std::string& sourceName,
-        const std::string& identity, const CIMNamespaceName& ns);
+    void _compile(
+        const std::string& text,
+        const std::string& sourceName,
+        const std::string& identity,
+        const CIMNamespaceName& ns);
     void _production(File& f, const MofProduction& p);
     void _pragma(File& f, const MofPragmaSyntax& p);
     void _include(File& f, const MofPragmaSyntax& p);

@@ -4,14 +4,9 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-MofError::MofError(
-    const std::string& file,
-    Uint32 line,
-    Uint32 column,
-    const std::string& problem)
+MofError::MofError(const std::string& file, Uint32 line, Uint32 column, const std::string& problem)
     : Exception(mofString(
-          file + ":" + std::to_string(line) + ":" + std::to_string(column) +
-          ": " + problem)),
+          file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + problem)),
       _file(file),
       _line(line),
       _column(column),

@@ -12,11 +12,7 @@ PEGASUS_NAMESPACE_BEGIN
 class MofError : public Exception
 {
 public:
-    MofError(
-        const std::string& file,
-        Uint32 line,
-        Uint32 column,
-        const std::string& problem);
+    MofError(const std::string& file, Uint32 line, Uint32 column, const std::string& problem);
 
     const std::string& file() const { return _file; }
     Uint32 line() const { return _line; }

@@ -8,7 +8,10 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 bool isHexDigit(char c)
 {
@@ -34,33 +37,55 @@ bool isNameStart(char c)
     return isAsciiLetter(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-bool isNamePart(char c) { return isNameStart(c) || isDigit(c); }
-
+bool isNamePart(char c)
+{
+    return isNameStart(c) || isDigit(c);
 }
+
+}  // namespace
 
 const char* mofTokenKindName(MofTokenKind kind)
 {
     switch (kind)
     {
-        case MofTokenKind::End: return "end of file";
-        case MofTokenKind::Identifier: return "a name";
-        case MofTokenKind::Alias: return "an alias";
-        case MofTokenKind::Integer: return "an integer";
-        case MofTokenKind::Real: return "a real number";
-        case MofTokenKind::String: return "a string";
-        case MofTokenKind::Char: return "a character";
-        case MofTokenKind::Pragma: return "'#pragma'";
-        case MofTokenKind::LeftBrace: return "'{'";
-        case MofTokenKind::RightBrace: return "'}'";
-        case MofTokenKind::LeftBracket: return "'['";
-        case MofTokenKind::RightBracket: return "']'";
-        case MofTokenKind::LeftParen: return "'('";
-        case MofTokenKind::RightParen: return "')'";
-        case MofTokenKind::Colon: return "':'";
-        case MofTokenKind::Semicolon: return "';'";
-        case MofTokenKind::Comma: return "','";
-        case MofTokenKind::Equals: return "'='";
-        case MofTokenKind::Period: return "'.'";
+        case MofTokenKind::End:
+            return "end of file";
+        case MofTokenKind::Identifier:
+            return "a name";
+        case MofTokenKind::Alias:
+            return "an alias";
+        case MofTokenKind::Integer:
+            return "an integer";
+        case MofTokenKind::Real:
+            return "a real number";
+        case MofTokenKind::String:
+            return "a string";
+        case MofTokenKind::Char:
+            return "a character";
+        case MofTokenKind::Pragma:
+            return "'#pragma'";
+        case MofTokenKind::LeftBrace:
+            return "'{'";
+        case MofTokenKind::RightBrace:
+            return "'}'";
+        case MofTokenKind::LeftBracket:
+            return "'['";
+        case MofTokenKind::RightBracket:
+            return "']'";
+        case MofTokenKind::LeftParen:
+            return "'('";
+        case MofTokenKind::RightParen:
+            return "')'";
+        case MofTokenKind::Colon:
+            return "':'";
+        case MofTokenKind::Semicolon:
+            return "';'";
+        case MofTokenKind::Comma:
+            return "','";
+        case MofTokenKind::Equals:
+            return "'='";
+        case MofTokenKind::Period:
+            return "'.'";
     }
     return "a token";
 }
@@ -121,8 +146,7 @@ void MofLexer::_skipSpaceAndComments()
             {
                 if (_pos >= _text.size())
                     _fail(line, column, "comment not closed with '*/'");
-                if (_text[_pos] == '*' && _pos + 1 < _text.size() &&
-                    _text[_pos + 1] == '/')
+                if (_text[_pos] == '*' && _pos + 1 < _text.size() && _text[_pos + 1] == '/')
                 {
                     _advance(2);
                     break;
@@ -158,17 +182,38 @@ MofToken MofLexer::next()
     MofTokenKind single = MofTokenKind::End;
     switch (c)
     {
-        case '{': single = MofTokenKind::LeftBrace; break;
-        case '}': single = MofTokenKind::RightBrace; break;
-        case '[': single = MofTokenKind::LeftBracket; break;
-        case ']': single = MofTokenKind::RightBracket; break;
-        case '(': single = MofTokenKind::LeftParen; break;
-        case ')': single = MofTokenKind::RightParen; break;
-        case ':': single = MofTokenKind::Colon; break;
-        case ';': single = MofTokenKind::Semicolon; break;
-        case ',': single = MofTokenKind::Comma; break;
-        case '=': single = MofTokenKind::Equals; break;
-        default: break;
+        case '{':
+            single = MofTokenKind::LeftBrace;
+            break;
+        case '}':
+            single = MofTokenKind::RightBrace;
+            break;
+        case '[':
+            single = MofTokenKind::LeftBracket;
+            break;
+        case ']':
+            single = MofTokenKind::RightBracket;
+            break;
+        case '(':
+            single = MofTokenKind::LeftParen;
+            break;
+        case ')':
+            single = MofTokenKind::RightParen;
+            break;
+        case ':':
+            single = MofTokenKind::Colon;
+            break;
+        case ';':
+            single = MofTokenKind::Semicolon;
+            break;
+        case ',':
+            single = MofTokenKind::Comma;
+            break;
+        case '=':
+            single = MofTokenKind::Equals;
+            break;
+        default:
+            break;
     }
     if (single != MofTokenKind::End)
     {
@@ -179,9 +224,11 @@ MofToken MofLexer::next()
     }
 
     const bool nextIsDigit = _pos + 1 < _text.size() && isDigit(_text[_pos + 1]);
-    if (isDigit(c) || ((c == '+' || c == '-') && (nextIsDigit ||
-        (_pos + 2 < _text.size() && _text[_pos + 1] == '.' &&
-         isDigit(_text[_pos + 2])))) || (c == '.' && nextIsDigit))
+    if (isDigit(c) ||
+        ((c == '+' || c == '-') &&
+         (nextIsDigit ||
+          (_pos + 2 < _text.size() && _text[_pos + 1] == '.' && isDigit(_text[_pos + 2])))) ||
+        (c == '.' && nextIsDigit))
     {
         return _number(tok);
     }
@@ -199,9 +246,8 @@ MofToken MofLexer::next()
     if (c == '$')
     {
         size_t end = _pos + 1;
-        while (end < _text.size() &&
-               (isAsciiLetter(_text[end]) || isDigit(_text[end]) ||
-                _text[end] == '_' || _text[end] == '$'))
+        while (end < _text.size() && (isAsciiLetter(_text[end]) || isDigit(_text[end]) ||
+                                      _text[end] == '_' || _text[end] == '$'))
             end++;
         if (end == _pos + 1)
             _fail(tok.line, tok.column, "'$' must be followed by an alias name");
@@ -219,9 +265,9 @@ MofToken MofLexer::next()
         const std::string word = _text.substr(_pos + 1, end - _pos - 1);
         if (!equalNoCaseAscii(word, "pragma"))
         {
-            _fail(tok.line, tok.column,
-                "unknown directive " + quoted("#" + word) +
-                "; only #pragma is known");
+            _fail(
+                tok.line, tok.column,
+                "unknown directive " + quoted("#" + word) + "; only #pragma is known");
         }
         tok.kind = MofTokenKind::Pragma;
         tok.text = "#" + word;
@@ -240,8 +286,8 @@ MofToken MofLexer::next()
                 {
                     _advance(end - _pos);
                     char buf[48];
-                    std::snprintf(buf, sizeof(buf),
-                        "byte 0x%02X is not valid UTF-8",
+                    std::snprintf(
+                        buf, sizeof(buf), "byte 0x%02X is not valid UTF-8",
                         static_cast<unsigned char>(_text[end]));
                     _fail(_line, _column, buf);
                 }
@@ -280,8 +326,7 @@ MofToken MofLexer::_number(MofToken tok)
     int radix = 10;
     std::string digits;
 
-    if (_text[p] == '0' && p + 1 < _text.size() &&
-        (_text[p + 1] == 'x' || _text[p + 1] == 'X'))
+    if (_text[p] == '0' && p + 1 < _text.size() && (_text[p + 1] == 'x' || _text[p + 1] == 'X'))
     {
         radix = 16;
         p += 2;
@@ -292,8 +337,7 @@ MofToken MofLexer::_number(MofToken tok)
     {
         while (p < _text.size() && isDigit(_text[p]))
             p++;
-        if (p < _text.size() && _text[p] == '.' && p + 1 < _text.size() &&
-            isDigit(_text[p + 1]))
+        if (p < _text.size() && _text[p] == '.' && p + 1 < _text.size() && isDigit(_text[p + 1]))
         {
             isReal = true;
             p++;
@@ -330,8 +374,7 @@ MofToken MofLexer::_number(MofToken tok)
 
     // The number must end where a name could not go on.
     size_t end = p;
-    while (end < _text.size() &&
-           (isNamePart(_text[end]) || _text[end] == '.') &&
+    while (end < _text.size() && (isNamePart(_text[end]) || _text[end] == '.') &&
            static_cast<unsigned char>(_text[end]) < 0x80)
         end++;
     tok.text = _text.substr(start, end - start);
@@ -351,9 +394,10 @@ MofToken MofLexer::_number(MofToken tok)
         const Uint32 v = hexValue(d);
         if (static_cast<int>(v) >= radix)
         {
-            _fail(tok.line, tok.column,
-                std::string(radix == 2 ? "binary" : "octal") + " number " +
-                quoted(tok.text) + " holds the digit " + std::string(1, d));
+            _fail(
+                tok.line, tok.column,
+                std::string(radix == 2 ? "binary" : "octal") + " number " + quoted(tok.text) +
+                    " holds the digit " + std::string(1, d));
         }
         const Uint64 limit = ~Uint64(0);
         if (tok.magnitude > (limit - v) / Uint64(radix))
@@ -375,14 +419,30 @@ Uint32 MofLexer::_escape()
     const char e = _text[_pos];
     switch (e)
     {
-        case 'b': _advance(1); return '\b';
-        case 't': _advance(1); return '\t';
-        case 'n': _advance(1); return '\n';
-        case 'f': _advance(1); return '\f';
-        case 'r': _advance(1); return '\r';
-        case '"': _advance(1); return '"';
-        case '\'': _advance(1); return '\'';
-        case '\\': _advance(1); return '\\';
+        case 'b':
+            _advance(1);
+            return '\b';
+        case 't':
+            _advance(1);
+            return '\t';
+        case 'n':
+            _advance(1);
+            return '\n';
+        case 'f':
+            _advance(1);
+            return '\f';
+        case 'r':
+            _advance(1);
+            return '\r';
+        case '"':
+            _advance(1);
+            return '"';
+        case '\'':
+            _advance(1);
+            return '\'';
+        case '\\':
+            _advance(1);
+            return '\\';
         case 'x':
         case 'X':
         {
@@ -407,8 +467,9 @@ Uint32 MofLexer::_escape()
             break;
     }
     const size_t len = utf8SequenceLength(_text, _pos);
-    _fail(line, column, "unknown escape sequence " +
-        quoted("\\" + _text.substr(_pos, len ? len : 1)));
+    _fail(
+        line, column,
+        "unknown escape sequence " + quoted("\\" + _text.substr(_pos, len ? len : 1)));
 }
 
 MofToken MofLexer::_string(MofToken tok)
@@ -437,8 +498,8 @@ MofToken MofLexer::_string(MofToken tok)
         if (len == 0)
         {
             char buf[48];
-            std::snprintf(buf, sizeof(buf), "byte 0x%02X is not valid UTF-8",
-                static_cast<unsigned char>(c));
+            std::snprintf(
+                buf, sizeof(buf), "byte 0x%02X is not valid UTF-8", static_cast<unsigned char>(c));
             _fail(_line, _column, buf);
         }
         tok.text.append(_text, _pos, len);
@@ -450,8 +511,7 @@ MofToken MofLexer::_char(MofToken tok)
 {
     tok.kind = MofTokenKind::Char;
     _advance(1);
-    if (_pos >= _text.size() || _text[_pos] == '\n' || _text[_pos] == '\r' ||
-        _text[_pos] == '\'')
+    if (_pos >= _text.size() || _text[_pos] == '\n' || _text[_pos] == '\r' || _text[_pos] == '\'')
         _fail(tok.line, tok.column, "a character literal holds exactly one character");
     Uint32 cp;
     if (_text[_pos] == '\\')
@@ -468,8 +528,7 @@ MofToken MofLexer::_char(MofToken tok)
         if (len == 2)
             cp = ((cp & 0x1F) << 6) | (static_cast<unsigned char>(_text[_pos + 1]) & 0x3F);
         else if (len == 3)
-            cp = ((cp & 0x0F) << 12) |
-                 ((static_cast<unsigned char>(_text[_pos + 1]) & 0x3F) << 6) |
+            cp = ((cp & 0x0F) << 12) | ((static_cast<unsigned char>(_text[_pos + 1]) & 0x3F) << 6) |
                  (static_cast<unsigned char>(_text[_pos + 2]) & 0x3F);
         _advance(len);
     }

@@ -13,12 +13,12 @@ enum class MofTokenKind
 {
     End,
     Identifier,
-    Alias,      // $name; text holds the name with its '$'
+    Alias,  // $name; text holds the name with its '$'
     Integer,
     Real,
-    String,     // text holds the decoded UTF-8 value
-    Char,       // charValue holds the UTF-16 unit
-    Pragma,     // #pragma
+    String,  // text holds the decoded UTF-8 value
+    Char,    // charValue holds the UTF-16 unit
+    Pragma,  // #pragma
     LeftBrace,
     RightBrace,
     LeftBracket,

@@ -38,16 +38,14 @@ struct TypeKeyword
 };
 
 const TypeKeyword typeKeywords[] = {
-    {"boolean", CIMTYPE_BOOLEAN}, {"uint8", CIMTYPE_UINT8},
-    {"sint8", CIMTYPE_SINT8}, {"uint16", CIMTYPE_UINT16},
-    {"sint16", CIMTYPE_SINT16}, {"uint32", CIMTYPE_UINT32},
-    {"sint32", CIMTYPE_SINT32}, {"uint64", CIMTYPE_UINT64},
-    {"sint64", CIMTYPE_SINT64}, {"real32", CIMTYPE_REAL32},
-    {"real64", CIMTYPE_REAL64}, {"char16", CIMTYPE_CHAR16},
-    {"string", CIMTYPE_STRING}, {"datetime", CIMTYPE_DATETIME},
+    {"boolean", CIMTYPE_BOOLEAN}, {"uint8", CIMTYPE_UINT8},       {"sint8", CIMTYPE_SINT8},
+    {"uint16", CIMTYPE_UINT16},   {"sint16", CIMTYPE_SINT16},     {"uint32", CIMTYPE_UINT32},
+    {"sint32", CIMTYPE_SINT32},   {"uint64", CIMTYPE_UINT64},     {"sint64", CIMTYPE_SINT64},
+    {"real32", CIMTYPE_REAL32},   {"real64", CIMTYPE_REAL64},     {"char16", CIMTYPE_CHAR16},
+    {"string", CIMTYPE_STRING},   {"datetime", CIMTYPE_DATETIME},
 };
 
-}
+}  // namespace
 
 MofParser::MofParser(const std::string& text, const std::string& sourceName)
     : _lexer(text, sourceName)
@@ -159,9 +157,9 @@ MofProduction MofParser::next()
         _instance(prod.instance);
         return prod;
     }
-    _unexpected(head, qualifiers.empty()
-        ? "a class, an instance, a qualifier declaration or #pragma"
-        : "'class' or 'instance' after the qualifier list");
+    _unexpected(
+        head, qualifiers.empty() ? "a class, an instance, a qualifier declaration or #pragma"
+                                 : "'class' or 'instance' after the qualifier list");
 }
 
 void MofParser::_pragma(MofPragmaSyntax& out)
@@ -208,7 +206,7 @@ void MofParser::_qualifierDecl(MofQualifierDeclSyntax& out)
     for (;;)
     {
         out.scopes.push_back(_expectName("a scope (class, association, indication, "
-            "property, reference, method, parameter or any)"));
+                                         "property, reference, method, parameter or any)"));
         if (_peek().kind != MofTokenKind::Comma)
             break;
         _take();
@@ -221,8 +219,9 @@ void MofParser::_qualifierDecl(MofQualifierDeclSyntax& out)
         _expect(MofTokenKind::LeftParen, "after 'flavor'");
         for (;;)
         {
-            out.flavors.push_back(_expectName("a flavor (EnableOverride, "
-                "DisableOverride, ToSubclass, Restricted or Translatable)"));
+            out.flavors.push_back(
+                _expectName("a flavor (EnableOverride, "
+                            "DisableOverride, ToSubclass, Restricted or Translatable)"));
             if (_peek().kind != MofTokenKind::Comma)
                 break;
             _take();
@@ -305,7 +304,8 @@ void MofParser::_feature(MofClassSyntax& cls)
     {
         if (type.type == CIMTYPE_REFERENCE)
         {
-            throw MofError(_lexer.sourceName(), type.pos.line, type.pos.column,
+            throw MofError(
+                _lexer.sourceName(), type.pos.line, type.pos.column,
                 "method " + quoted(name.name) + " cannot return a reference");
         }
         MofMethodSyntax m;
@@ -364,8 +364,7 @@ void MofParser::_array(MofArraySyntax& out)
     const MofToken& tok = _peek();
     if (tok.kind == MofTokenKind::Integer)
     {
-        if (tok.negative || tok.overflow || tok.magnitude == 0 ||
-            tok.magnitude > 0xFFFFFFFFull)
+        if (tok.negative || tok.overflow || tok.magnitude == 0 || tok.magnitude > 0xFFFFFFFFull)
             _fail(tok, "array size must be a positive 32-bit number, not " + tok.text);
         out.size = static_cast<Uint32>(tok.magnitude);
         _take();
@@ -391,8 +390,7 @@ void MofParser::_instance(MofInstanceSyntax& out)
     while (_peek().kind != MofTokenKind::RightBrace)
     {
         if (_peek().kind == MofTokenKind::End)
-            _unexpected(_peek(), "'}' to close the instance of " +
-                quoted(out.className.name));
+            _unexpected(_peek(), "'}' to close the instance of " + quoted(out.className.name));
         MofValueSyntax v;
         if (_peek().kind == MofTokenKind::LeftBracket)
             _qualifierList(v.qualifiers);
@@ -443,8 +441,8 @@ void MofParser::_qualifier(MofQualifierSyntax& out)
         _take();
         colon = true;
     }
-    static const char* const flavorWords[] = {"enableoverride",
-        "disableoverride", "tosubclass", "restricted", "translatable"};
+    static const char* const flavorWords[] = {
+        "enableoverride", "disableoverride", "tosubclass", "restricted", "translatable"};
     for (;;)
     {
         const MofToken& tok = _peek();

@@ -19,7 +19,17 @@ struct MofPos
 
 struct MofLiteral
 {
-    enum Kind { Null, Integer, Real, String, Char, Boolean, Alias, Array };
+    enum Kind
+    {
+        Null,
+        Integer,
+        Real,
+        String,
+        Char,
+        Boolean,
+        Alias,
+        Array
+    };
 
     Kind kind = Null;
     MofPos pos;
@@ -32,7 +42,7 @@ struct MofLiteral
     std::string text;
     Uint16 charValue = 0;
     bool boolValue = false;
-    std::vector<MofLiteral> elements;   // Array
+    std::vector<MofLiteral> elements;  // Array
 };
 
 struct MofNamePos
@@ -55,14 +65,14 @@ typedef std::vector<MofQualifierSyntax> MofQualifierList;
 struct MofTypeSyntax
 {
     CIMType type = CIMTYPE_BOOLEAN;
-    MofNamePos referenceClass;   // set for CIMTYPE_REFERENCE
+    MofNamePos referenceClass;  // set for CIMTYPE_REFERENCE
     MofPos pos;
 };
 
 struct MofArraySyntax
 {
     bool isArray = false;
-    Uint32 size = 0;             // 0: variable length
+    Uint32 size = 0;  // 0: variable length
     MofPos pos;
 };
 
@@ -94,10 +104,10 @@ struct MofMethodSyntax
 
 struct MofClassSyntax
 {
-    MofPos pos;                  // of the keyword "class"
+    MofPos pos;  // of the keyword "class"
     MofQualifierList qualifiers;
     MofNamePos name;
-    MofNamePos superClass;       // empty name: none
+    MofNamePos superClass;  // empty name: none
     std::vector<MofPropertySyntax> properties;
     std::vector<MofMethodSyntax> methods;
 };
@@ -111,16 +121,16 @@ struct MofValueSyntax
 
 struct MofInstanceSyntax
 {
-    MofPos pos;                  // of the keyword "instance"
+    MofPos pos;  // of the keyword "instance"
     MofQualifierList qualifiers;
     MofNamePos className;
-    MofNamePos alias;            // empty name: none
+    MofNamePos alias;  // empty name: none
     std::vector<MofValueSyntax> values;
 };
 
 struct MofQualifierDeclSyntax
 {
-    MofPos pos;                  // of the keyword "qualifier"
+    MofPos pos;  // of the keyword "qualifier"
     MofNamePos name;
     MofTypeSyntax type;
     MofArraySyntax array;
@@ -140,7 +150,14 @@ struct MofPragmaSyntax
 
 struct MofProduction
 {
-    enum Kind { End, Pragma, QualifierDecl, Class, Instance };
+    enum Kind
+    {
+        End,
+        Pragma,
+        QualifierDecl,
+        Class,
+        Instance
+    };
 
     Kind kind = End;
     MofPragmaSyntax pragma;

@@ -22,14 +22,22 @@ const char* literalKindName(const MofLiteral& l)
 {
     switch (l.kind)
     {
-        case MofLiteral::Null: return "null";
-        case MofLiteral::Integer: return "an integer";
-        case MofLiteral::Real: return "a real number";
-        case MofLiteral::String: return "a string";
-        case MofLiteral::Char: return "a character";
-        case MofLiteral::Boolean: return "a boolean";
-        case MofLiteral::Alias: return "an alias";
-        case MofLiteral::Array: return "an array";
+        case MofLiteral::Null:
+            return "null";
+        case MofLiteral::Integer:
+            return "an integer";
+        case MofLiteral::Real:
+            return "a real number";
+        case MofLiteral::String:
+            return "a string";
+        case MofLiteral::Char:
+            return "a character";
+        case MofLiteral::Boolean:
+            return "a boolean";
+        case MofLiteral::Alias:
+            return "an alias";
+        case MofLiteral::Array:
+            return "an array";
     }
     return "a value";
 }
@@ -38,7 +46,7 @@ struct IntRange
 {
     CIMType type;
     bool isSigned;
-    Uint64 max;          // largest positive value
+    Uint64 max;  // largest positive value
 };
 
 const IntRange intRanges[] = {
@@ -70,27 +78,43 @@ CIMValue collectArray(CIMType type, const std::vector<CIMValue>& scalars)
 {
     switch (type)
     {
-        case CIMTYPE_BOOLEAN: return collect<Boolean>(scalars);
-        case CIMTYPE_UINT8: return collect<Uint8>(scalars);
-        case CIMTYPE_SINT8: return collect<Sint8>(scalars);
-        case CIMTYPE_UINT16: return collect<Uint16>(scalars);
-        case CIMTYPE_SINT16: return collect<Sint16>(scalars);
-        case CIMTYPE_UINT32: return collect<Uint32>(scalars);
-        case CIMTYPE_SINT32: return collect<Sint32>(scalars);
-        case CIMTYPE_UINT64: return collect<Uint64>(scalars);
-        case CIMTYPE_SINT64: return collect<Sint64>(scalars);
-        case CIMTYPE_REAL32: return collect<Real32>(scalars);
-        case CIMTYPE_REAL64: return collect<Real64>(scalars);
-        case CIMTYPE_CHAR16: return collect<Char16>(scalars);
-        case CIMTYPE_STRING: return collect<String>(scalars);
-        case CIMTYPE_DATETIME: return collect<CIMDateTime>(scalars);
-        case CIMTYPE_REFERENCE: return collect<CIMObjectPath>(scalars);
-        default: break;
+        case CIMTYPE_BOOLEAN:
+            return collect<Boolean>(scalars);
+        case CIMTYPE_UINT8:
+            return collect<Uint8>(scalars);
+        case CIMTYPE_SINT8:
+            return collect<Sint8>(scalars);
+        case CIMTYPE_UINT16:
+            return collect<Uint16>(scalars);
+        case CIMTYPE_SINT16:
+            return collect<Sint16>(scalars);
+        case CIMTYPE_UINT32:
+            return collect<Uint32>(scalars);
+        case CIMTYPE_SINT32:
+            return collect<Sint32>(scalars);
+        case CIMTYPE_UINT64:
+            return collect<Uint64>(scalars);
+        case CIMTYPE_SINT64:
+            return collect<Sint64>(scalars);
+        case CIMTYPE_REAL32:
+            return collect<Real32>(scalars);
+        case CIMTYPE_REAL64:
+            return collect<Real64>(scalars);
+        case CIMTYPE_CHAR16:
+            return collect<Char16>(scalars);
+        case CIMTYPE_STRING:
+            return collect<String>(scalars);
+        case CIMTYPE_DATETIME:
+            return collect<CIMDateTime>(scalars);
+        case CIMTYPE_REFERENCE:
+            return collect<CIMObjectPath>(scalars);
+        default:
+            break;
     }
     throw TypeMismatchException();
 }
 
-}
+}  // namespace
 
 MofValueBuilder::MofValueBuilder(const std::string& sourceName, const AliasLookup& aliases)
     : _source(sourceName), _aliases(aliases)
@@ -104,9 +128,9 @@ void MofValueBuilder::_fail(const MofLiteral& at, const std::string& what) const
 
 void MofValueBuilder::_mismatch(const MofLiteral& at, const MofValueTarget& target) const
 {
-    _fail(at, "type mismatch: " + target.what + " is " +
-        cimTypeToString(target.type) + (target.isArray ? "[]" : "") +
-        " but the value is " + literalKindName(at));
+    _fail(
+        at, "type mismatch: " + target.what + " is " + cimTypeToString(target.type) +
+                (target.isArray ? "[]" : "") + " but the value is " + literalKindName(at));
 }
 
 CIMValue MofValueBuilder::build(const MofLiteral& literal, const MofValueTarget& target) const
@@ -119,21 +143,25 @@ CIMValue MofValueBuilder::build(const MofLiteral& literal, const MofValueTarget&
     if (!target.isArray)
     {
         if (literal.kind == MofLiteral::Array)
-            _fail(literal, "type mismatch: " + target.what + " is not an array "
-                "but the value is an array");
+            _fail(
+                literal, "type mismatch: " + target.what +
+                             " is not an array "
+                             "but the value is an array");
         return _scalar(literal, target);
     }
 
     if (literal.kind != MofLiteral::Array)
     {
-        _fail(literal, "type mismatch: " + target.what + " is an array; "
-            "give its value in braces, {...}");
+        _fail(
+            literal, "type mismatch: " + target.what +
+                         " is an array; "
+                         "give its value in braces, {...}");
     }
     if (target.arraySize != 0 && literal.elements.size() != target.arraySize)
     {
-        _fail(literal, target.what + " is an array of " +
-            std::to_string(target.arraySize) + " elements but the value has " +
-            std::to_string(literal.elements.size()));
+        _fail(
+            literal, target.what + " is an array of " + std::to_string(target.arraySize) +
+                         " elements but the value has " + std::to_string(literal.elements.size()));
     }
     std::vector<CIMValue> scalars;
     scalars.reserve(literal.elements.size());
@@ -205,27 +233,37 @@ CIMValue MofValueBuilder::_integer(const MofLiteral& literal, const MofValueTarg
     const Uint64 limit = negative ? range->max + 1 : range->max;
     if (negative && !range->isSigned)
     {
-        _fail(literal, "value " + literal.text + " of " + target.what +
-            " is negative but " + cimTypeToString(target.type) + " is unsigned");
+        _fail(
+            literal, "value " + literal.text + " of " + target.what + " is negative but " +
+                         cimTypeToString(target.type) + " is unsigned");
     }
     if (literal.overflow || literal.magnitude > limit)
     {
-        _fail(literal, "value " + literal.text + " does not fit " +
-            cimTypeToString(target.type) + " (" + target.what + ")");
+        _fail(
+            literal, "value " + literal.text + " does not fit " + cimTypeToString(target.type) +
+                         " (" + target.what + ")");
     }
     const Uint64 m = literal.magnitude;
     // Two's complement of the magnitude; in range by the check above.
     const Sint64 s = negative ? static_cast<Sint64>(~m + 1) : static_cast<Sint64>(m);
     switch (target.type)
     {
-        case CIMTYPE_UINT8: return CIMValue(Uint8(m));
-        case CIMTYPE_SINT8: return CIMValue(Sint8(s));
-        case CIMTYPE_UINT16: return CIMValue(Uint16(m));
-        case CIMTYPE_SINT16: return CIMValue(Sint16(s));
-        case CIMTYPE_UINT32: return CIMValue(Uint32(m));
-        case CIMTYPE_SINT32: return CIMValue(Sint32(s));
-        case CIMTYPE_UINT64: return CIMValue(Uint64(m));
-        default: return CIMValue(Sint64(s));
+        case CIMTYPE_UINT8:
+            return CIMValue(Uint8(m));
+        case CIMTYPE_SINT8:
+            return CIMValue(Sint8(s));
+        case CIMTYPE_UINT16:
+            return CIMValue(Uint16(m));
+        case CIMTYPE_SINT16:
+            return CIMValue(Sint16(s));
+        case CIMTYPE_UINT32:
+            return CIMValue(Uint32(m));
+        case CIMTYPE_SINT32:
+            return CIMValue(Sint32(s));
+        case CIMTYPE_UINT64:
+            return CIMValue(Uint64(m));
+        default:
+            return CIMValue(Sint64(s));
     }
 }
 
@@ -243,8 +281,9 @@ CIMValue MofValueBuilder::_real(const MofLiteral& literal, const MofValueTarget&
     if (in.fail() || !consumed || !std::isfinite(v) ||
         (target.type == CIMTYPE_REAL32 && std::fabs(v) > FLT_MAX))
     {
-        _fail(literal, "value " + literal.text + " does not fit " +
-            cimTypeToString(target.type) + " (" + target.what + ")");
+        _fail(
+            literal, "value " + literal.text + " does not fit " + cimTypeToString(target.type) +
+                         " (" + target.what + ")");
     }
     if (target.type == CIMTYPE_REAL32)
         return CIMValue(Real32(v));
@@ -265,8 +304,9 @@ CIMValue MofValueBuilder::_string(const MofLiteral& literal, const MofValueTarge
             }
             catch (const Exception& e)
             {
-                _fail(literal, quoted(literal.text) + " is not a valid datetime for " +
-                    target.what + ": " + stdString(e.getMessage()));
+                _fail(
+                    literal, quoted(literal.text) + " is not a valid datetime for " + target.what +
+                                 ": " + stdString(e.getMessage()));
             }
         case CIMTYPE_REFERENCE:
             try
@@ -275,8 +315,9 @@ CIMValue MofValueBuilder::_string(const MofLiteral& literal, const MofValueTarge
             }
             catch (const Exception& e)
             {
-                _fail(literal, quoted(literal.text) + " is not a valid object path for " +
-                    target.what + ": " + stdString(e.getMessage()));
+                _fail(
+                    literal, quoted(literal.text) + " is not a valid object path for " +
+                                 target.what + ": " + stdString(e.getMessage()));
             }
         default:
             break;

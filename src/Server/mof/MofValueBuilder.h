@@ -19,16 +19,15 @@ struct MofValueTarget
 {
     CIMType type = CIMTYPE_BOOLEAN;
     bool isArray = false;
-    Uint32 arraySize = 0;        // fixed-size arrays: the required length
-    std::string what;            // for messages, e.g. "property 'Speed'"
+    Uint32 arraySize = 0;  // fixed-size arrays: the required length
+    std::string what;      // for messages, e.g. "property 'Speed'"
 };
 
 class MofValueBuilder
 {
 public:
     // Finds the object path an instance alias ($name) stands for.
-    typedef std::function<bool(const std::string& alias, CIMObjectPath& path)>
-        AliasLookup;
+    typedef std::function<bool(const std::string& alias, CIMObjectPath& path)> AliasLookup;
 
     MofValueBuilder(const std::string& sourceName, const AliasLookup& aliases);
 

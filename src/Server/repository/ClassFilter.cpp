@@ -28,7 +28,7 @@ void stripMethodQualifiers(CIMMethod m, bool propagatedOnly)
         stripQualifiers(m.getParameter(j), propagatedOnly);
 }
 
-}
+}  // namespace
 
 CIMClass filterClass(
     const CIMConstClass& resolved,

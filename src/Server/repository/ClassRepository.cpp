@@ -27,9 +27,12 @@ std::string keyOf(const String& name)
     return k;
 }
 
-std::string keyOf(const CIMName& name) { return keyOf(name.getString()); }
-
+std::string keyOf(const CIMName& name)
+{
+    return keyOf(name.getString());
 }
+
+}  // namespace
 
 struct ClassRepository::Namespace : public ResolverContext
 {
@@ -37,7 +40,7 @@ struct ClassRepository::Namespace : public ResolverContext
     {
         CIMClass cls;
         std::string key;
-        std::string superKey;    // empty: no superclass
+        std::string superKey;  // empty: no superclass
     };
 
     CIMNamespaceName name;
@@ -97,9 +100,13 @@ struct ClassRepository::Namespace : public ResolverContext
     }
 };
 
-ClassRepository::ClassRepository() {}
+ClassRepository::ClassRepository()
+{
+}
 
-ClassRepository::~ClassRepository() {}
+ClassRepository::~ClassRepository()
+{
+}
 
 ClassRepository::Namespace* ClassRepository::_find(const CIMNamespaceName& ns) const
 {
@@ -183,25 +190,28 @@ CIMObjectPath ClassRepository::addInstance(const CIMNamespaceName& ns, const CIM
         const Uint32 ci = cls.findProperty(p.getName());
         if (ci == PEG_NOT_FOUND)
         {
-            throw CIMException(CIM_ERR_NO_SUCH_PROPERTY,
+            throw CIMException(
+                CIM_ERR_NO_SUCH_PROPERTY,
                 "class " + className + " has no property " + p.getName().getString());
         }
         const CIMConstProperty cp = cls.getProperty(ci);
         if (cp.getType() != p.getType() || cp.isArray() != p.isArray())
         {
-            throw CIMException(CIM_ERR_TYPE_MISMATCH, "property " +
-                cp.getName().getString() + " of class " + className + " is " +
-                cimTypeToString(cp.getType()) + (cp.isArray() ? "[]" : "") +
-                " but the value is " + cimTypeToString(p.getType()) +
-                (p.isArray() ? "[]" : ""));
+            throw CIMException(
+                CIM_ERR_TYPE_MISMATCH, "property " + cp.getName().getString() + " of class " +
+                                           className + " is " + cimTypeToString(cp.getType()) +
+                                           (cp.isArray() ? "[]" : "") + " but the value is " +
+                                           cimTypeToString(p.getType()) +
+                                           (p.isArray() ? "[]" : ""));
         }
         if (out.findProperty(p.getName()) != PEG_NOT_FOUND)
         {
-            throw CIMException(CIM_ERR_INVALID_PARAMETER,
+            throw CIMException(
+                CIM_ERR_INVALID_PARAMETER,
                 "property " + cp.getName().getString() + " is given twice");
         }
-        CIMProperty np(cp.getName(), p.getValue(), 0, cp.getReferenceClassName(),
-            cp.getClassOrigin(), false);
+        CIMProperty np(
+            cp.getName(), p.getValue(), 0, cp.getReferenceClassName(), cp.getClassOrigin(), false);
         for (Uint32 q = 0, qn = p.getQualifierCount(); q < qn; q++)
             np.addQualifier(p.getQualifier(q).clone());
         out.addProperty(np);
@@ -214,8 +224,9 @@ CIMObjectPath ClassRepository::addInstance(const CIMNamespaceName& ns, const CIM
         const Uint32 pi = out.findProperty(keys[i]);
         if (pi == PEG_NOT_FOUND || out.getProperty(pi).getValue().isNull())
         {
-            throw CIMException(CIM_ERR_INVALID_PARAMETER, "key property " +
-                keys[i].getString() + " of class " + className + " has no value");
+            throw CIMException(
+                CIM_ERR_INVALID_PARAMETER,
+                "key property " + keys[i].getString() + " of class " + className + " has no value");
         }
     }
     CIMObjectPath path = out.buildPath(cls);
@@ -255,8 +266,9 @@ CIMClass ClassRepository::getClass(
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);
-    return filterClass(n.existing(className, CIM_ERR_NOT_FOUND).cls,
-        localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    return filterClass(
+        n.existing(className, CIM_ERR_NOT_FOUND).cls, localOnly, includeQualifiers,
+        includeClassOrigin, propertyList);
 }
 
 Boolean ClassRepository::classExists(const CIMNamespaceName& ns, const CIMName& className) const
@@ -307,8 +319,9 @@ Array<CIMClass> ClassRepository::enumerateClasses(
     Array<CIMClass> out;
     for (Uint32 i = 0; i < names.size(); i++)
     {
-        out.append(filterClass(n.existing(names[i], CIM_ERR_NOT_FOUND).cls,
-            localOnly, includeQualifiers, includeClassOrigin, CIMPropertyList()));
+        out.append(filterClass(
+            n.existing(names[i], CIM_ERR_NOT_FOUND).cls, localOnly, includeQualifiers,
+            includeClassOrigin, CIMPropertyList()));
     }
     return out;
 }
@@ -336,9 +349,8 @@ Boolean ClassRepository::isSubclassOf(
     return n.descends(e->key, keyOf(ancestor));
 }
 
-Array<CIMInstance> ClassRepository::enumerateInstances(
-    const CIMNamespaceName& ns,
-    const CIMName& className) const
+Array<CIMInstance>
+ClassRepository::enumerateInstances(const CIMNamespaceName& ns, const CIMName& className) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);
@@ -352,9 +364,8 @@ Array<CIMInstance> ClassRepository::enumerateInstances(
     return out;
 }
 
-CIMInstance ClassRepository::getInstance(
-    const CIMNamespaceName& ns,
-    const CIMObjectPath& path) const
+CIMInstance
+ClassRepository::getInstance(const CIMNamespaceName& ns, const CIMObjectPath& path) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);
@@ -368,9 +379,8 @@ CIMInstance ClassRepository::getInstance(
     throw CIMException(CIM_ERR_NOT_FOUND, path.toString());
 }
 
-CIMQualifierDecl ClassRepository::getQualifier(
-    const CIMNamespaceName& ns,
-    const CIMName& name) const
+CIMQualifierDecl
+ClassRepository::getQualifier(const CIMNamespaceName& ns, const CIMName& name) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);

@@ -92,10 +92,8 @@ public:
 
     // Direct subclasses (deep false) or all descendants, without the class
     // itself, in definition order. Unknown class: CIM_ERR_INVALID_CLASS.
-    Array<CIMName> subclassNames(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        Boolean deep) const;
+    Array<CIMName>
+    subclassNames(const CIMNamespaceName& ns, const CIMName& className, Boolean deep) const;
 
     // True when className is ancestor or descends from it; false when
     // className is not a class of the namespace.
@@ -106,9 +104,8 @@ public:
 
     // Static instances of the class and of its subclasses, copies, in the
     // order they were added. Unknown class: CIM_ERR_INVALID_CLASS.
-    Array<CIMInstance> enumerateInstances(
-        const CIMNamespaceName& ns,
-        const CIMName& className) const;
+    Array<CIMInstance>
+    enumerateInstances(const CIMNamespaceName& ns, const CIMName& className) const;
 
     // The static instance with this path (host and namespace of `path`
     // are not compared). CIM_ERR_INVALID_CLASS, CIM_ERR_NOT_FOUND.
@@ -117,10 +114,8 @@ public:
     // Unknown qualifier: CIM_ERR_NOT_FOUND.
     CIMQualifierDecl getQualifier(const CIMNamespaceName& ns, const CIMName& name) const;
     // Non-throwing lookup for the compiler; false also for an unknown namespace.
-    Boolean findQualifier(
-        const CIMNamespaceName& ns,
-        const CIMName& name,
-        CIMQualifierDecl& decl) const;
+    Boolean
+    findQualifier(const CIMNamespaceName& ns, const CIMName& name, CIMQualifierDecl& decl) const;
     Array<CIMQualifierDecl> enumerateQualifiers(const CIMNamespaceName& ns) const;
 
 private:
@@ -131,7 +126,7 @@ private:
     Namespace& _getOrCreate(const CIMNamespaceName& ns);
 
     mutable std::shared_mutex _lock;
-    std::map<std::string, std::unique_ptr<Namespace> > _namespaces;
+    std::map<std::string, std::unique_ptr<Namespace>> _namespaces;
     std::vector<CIMNamespaceName> _namespaceOrder;
 };
 

@@ -58,8 +58,7 @@ std::vector<CIMQualifier> resolveQualifiers(
     for (const CIMConstQualifier& iq : inherited)
     {
         CIMConstQualifier mine;
-        if (iq.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS) &&
-            !findIn(own, iq.getName(), mine))
+        if (iq.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS) && !findIn(own, iq.getName(), mine))
         {
             out.push_back(CIMQualifier(iq.getName(), iq.getValue(), iq.getFlavor(), true));
         }
@@ -69,21 +68,22 @@ std::vector<CIMQualifier> resolveQualifiers(
         CIMConstQualifierDecl decl;
         if (!context.findQualifierDecl(q.getName(), decl))
         {
-            invalid("qualifier " + q.getName().getString() + " of " + where +
+            invalid(
+                "qualifier " + q.getName().getString() + " of " + where +
                 " is not declared in the namespace");
         }
         checkQualifierUse(decl, q, scope, where);
 
         CIMFlavor base = decl.getFlavor();
         CIMConstQualifier iq;
-        if (findIn(inherited, q.getName(), iq) &&
-            iq.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS))
+        if (findIn(inherited, q.getName(), iq) && iq.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS))
         {
             base = iq.getFlavor();
             if (iq.getFlavor().hasFlavor(CIMFlavor::DISABLEOVERRIDE) &&
                 !q.getValue().equal(iq.getValue()))
             {
-                invalid("qualifier " + q.getName().getString() + " of " + where +
+                invalid(
+                    "qualifier " + q.getName().getString() + " of " + where +
                     " cannot take another value: the inherited one is DisableOverride");
             }
         }
@@ -152,7 +152,7 @@ bool ownBooleanQualifier(const CIMConstClass& c, const char* name)
     return b;
 }
 
-}
+}  // namespace
 
 CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context)
 {
@@ -166,13 +166,14 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
     if (hasSuper && !context.findClass(superName, super))
         throw CIMException(CIM_ERR_INVALID_SUPERCLASS, superName.getString());
 
-    const bool association = ownBooleanQualifier(input, "Association") ||
-        (hasSuper && super.isAssociation());
+    const bool association =
+        ownBooleanQualifier(input, "Association") || (hasSuper && super.isAssociation());
 
     CIMClass out(className, superName);
-    addAll(out, resolveQualifiers(qualifiersOf(input),
-        hasSuper ? qualifiersOf(super) : QualifierVec(),
-        association ? CIMScope::ASSOCIATION : CIMScope::CLASS, where, context));
+    addAll(
+        out, resolveQualifiers(
+                 qualifiersOf(input), hasSuper ? qualifiersOf(super) : QualifierVec(),
+                 association ? CIMScope::ASSOCIATION : CIMScope::CLASS, where, context));
 
     // Properties: the inherited ones that are not redefined, then our own.
     if (hasSuper)
@@ -182,8 +183,9 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
             const CIMConstProperty sp = super.getProperty(i);
             if (input.findProperty(sp.getName()) != PEG_NOT_FOUND)
                 continue;
-            CIMProperty p(sp.getName(), sp.getValue(), sp.getArraySize(),
-                sp.getReferenceClassName(), sp.getClassOrigin(), true);
+            CIMProperty p(
+                sp.getName(), sp.getValue(), sp.getArraySize(), sp.getReferenceClassName(),
+                sp.getClassOrigin(), true);
             addAll(p, handedDown(sp));
             out.addProperty(p);
         }
@@ -211,24 +213,29 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
             const CIMConstProperty sp = super.getProperty(si);
             if (sp.getType() != p.getType() || sp.isArray() != p.isArray())
             {
-                invalid(pwhere + " is " + cimTypeToString(p.getType()) +
-                    (p.isArray() ? "[]" : "") + " but the inherited property is " +
-                    cimTypeToString(sp.getType()) + (sp.isArray() ? "[]" : ""));
+                invalid(
+                    pwhere + " is " + cimTypeToString(p.getType()) + (p.isArray() ? "[]" : "") +
+                    " but the inherited property is " + cimTypeToString(sp.getType()) +
+                    (sp.isArray() ? "[]" : ""));
             }
-            if (isRef && !isSameOrSubclass(context, p.getReferenceClassName(),
-                sp.getReferenceClassName(), className, superName))
+            if (isRef && !isSameOrSubclass(
+                             context, p.getReferenceClassName(), sp.getReferenceClassName(),
+                             className, superName))
             {
-                invalid(pwhere + " refers to " + p.getReferenceClassName().getString() +
+                invalid(
+                    pwhere + " refers to " + p.getReferenceClassName().getString() +
                     ", which is not " + sp.getReferenceClassName().getString() +
                     " or one of its subclasses");
             }
             inheritedQualifiers = qualifiersOf(sp);
             origin = sp.getClassOrigin();
         }
-        CIMProperty np(p.getName(), p.getValue(), p.getArraySize(),
-            p.getReferenceClassName(), origin, false);
-        addAll(np, resolveQualifiers(qualifiersOf(p), inheritedQualifiers,
-            isRef ? CIMScope::REFERENCE : CIMScope::PROPERTY, pwhere, context));
+        CIMProperty np(
+            p.getName(), p.getValue(), p.getArraySize(), p.getReferenceClassName(), origin, false);
+        addAll(
+            np, resolveQualifiers(
+                    qualifiersOf(p), inheritedQualifiers,
+                    isRef ? CIMScope::REFERENCE : CIMScope::PROPERTY, pwhere, context));
         out.addProperty(np);
     }
 
@@ -246,8 +253,9 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
             for (Uint32 j = 0, pn = sm.getParameterCount(); j < pn; j++)
             {
                 const CIMConstParameter sp = sm.getParameter(j);
-                CIMParameter p(sp.getName(), sp.getType(), sp.isArray(),
-                    sp.getArraySize(), sp.getReferenceClassName());
+                CIMParameter p(
+                    sp.getName(), sp.getType(), sp.isArray(), sp.getArraySize(),
+                    sp.getReferenceClassName());
                 addAll(p, handedDown(sp));
                 m.addParameter(p);
             }
@@ -267,14 +275,16 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
             overrides = true;
             if (sm.getType() != m.getType())
             {
-                invalid(mwhere + " returns " + cimTypeToString(m.getType()) +
+                invalid(
+                    mwhere + " returns " + cimTypeToString(m.getType()) +
                     " but the inherited method returns " + cimTypeToString(sm.getType()));
             }
         }
-        CIMMethod nm(m.getName(), m.getType(),
-            overrides ? sm.getClassOrigin() : className, false);
-        addAll(nm, resolveQualifiers(qualifiersOf(m),
-            overrides ? qualifiersOf(sm) : QualifierVec(), CIMScope::METHOD, mwhere, context));
+        CIMMethod nm(m.getName(), m.getType(), overrides ? sm.getClassOrigin() : className, false);
+        addAll(
+            nm, resolveQualifiers(
+                    qualifiersOf(m), overrides ? qualifiersOf(sm) : QualifierVec(),
+                    CIMScope::METHOD, mwhere, context));
         for (Uint32 j = 0, pn = m.getParameterCount(); j < pn; j++)
         {
             const CIMConstParameter p = m.getParameter(j);
@@ -290,10 +300,12 @@ CIMClass resolveClass(const CIMConstClass& input, const ResolverContext& context
             const Uint32 pi = overrides ? sm.findParameter(p.getName()) : PEG_NOT_FOUND;
             if (pi != PEG_NOT_FOUND)
                 inheritedQualifiers = qualifiersOf(sm.getParameter(pi));
-            CIMParameter np(p.getName(), p.getType(), p.isArray(), p.getArraySize(),
-                p.getReferenceClassName());
-            addAll(np, resolveQualifiers(qualifiersOf(p), inheritedQualifiers,
-                CIMScope::PARAMETER, awhere, context));
+            CIMParameter np(
+                p.getName(), p.getType(), p.isArray(), p.getArraySize(), p.getReferenceClassName());
+            addAll(
+                np,
+                resolveQualifiers(
+                    qualifiersOf(p), inheritedQualifiers, CIMScope::PARAMETER, awhere, context));
             nm.addParameter(np);
         }
         out.addMethod(nm);

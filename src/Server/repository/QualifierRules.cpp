@@ -7,13 +7,20 @@ PEGASUS_NAMESPACE_BEGIN
 
 String scopeName(const CIMScope& scope)
 {
-    if (scope.equal(CIMScope::CLASS)) return "class";
-    if (scope.equal(CIMScope::ASSOCIATION)) return "association";
-    if (scope.equal(CIMScope::INDICATION)) return "indication";
-    if (scope.equal(CIMScope::PROPERTY)) return "property";
-    if (scope.equal(CIMScope::REFERENCE)) return "reference";
-    if (scope.equal(CIMScope::METHOD)) return "method";
-    if (scope.equal(CIMScope::PARAMETER)) return "parameter";
+    if (scope.equal(CIMScope::CLASS))
+        return "class";
+    if (scope.equal(CIMScope::ASSOCIATION))
+        return "association";
+    if (scope.equal(CIMScope::INDICATION))
+        return "indication";
+    if (scope.equal(CIMScope::PROPERTY))
+        return "property";
+    if (scope.equal(CIMScope::REFERENCE))
+        return "reference";
+    if (scope.equal(CIMScope::METHOD))
+        return "method";
+    if (scope.equal(CIMScope::PARAMETER))
+        return "parameter";
     return scope.toString();
 }
 
@@ -34,16 +41,18 @@ void checkQualifierUse(
     const String name = qualifier.getName().getString();
     if (qualifier.getType() != decl.getType() || qualifier.isArray() != decl.isArray())
     {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER,
-            "qualifier " + name + " of " + where + " is " +
-            typeText(qualifier.getType(), qualifier.isArray()) +
-            " but its declaration says " + typeText(decl.getType(), decl.isArray()));
+        throw CIMException(
+            CIM_ERR_INVALID_PARAMETER, "qualifier " + name + " of " + where + " is " +
+                                           typeText(qualifier.getType(), qualifier.isArray()) +
+                                           " but its declaration says " +
+                                           typeText(decl.getType(), decl.isArray()));
     }
     if (!decl.getScope().hasScope(scope))
     {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER,
-            "qualifier " + name + " may not be used on a " + scopeName(scope) +
-            " (" + where + "); its scope is " + decl.getScope().toString());
+        throw CIMException(
+            CIM_ERR_INVALID_PARAMETER, "qualifier " + name + " may not be used on a " +
+                                           scopeName(scope) + " (" + where + "); its scope is " +
+                                           decl.getScope().toString());
     }
 }
 
@@ -56,20 +65,21 @@ CIMFlavor resolveFlavor(
     const String name = qualifierName.getString();
     if (given.hasFlavor(CIMFlavor::TOSUBCLASS) && given.hasFlavor(CIMFlavor::RESTRICTED))
     {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER, "qualifier " + name +
-            " of " + where + " is given both ToSubclass and Restricted");
+        throw CIMException(
+            CIM_ERR_INVALID_PARAMETER,
+            "qualifier " + name + " of " + where + " is given both ToSubclass and Restricted");
     }
-    if (given.hasFlavor(CIMFlavor::ENABLEOVERRIDE) &&
-        given.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
+    if (given.hasFlavor(CIMFlavor::ENABLEOVERRIDE) && given.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
     {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER, "qualifier " + name +
-            " of " + where + " is given both EnableOverride and DisableOverride");
+        throw CIMException(
+            CIM_ERR_INVALID_PARAMETER, "qualifier " + name + " of " + where +
+                                           " is given both EnableOverride and DisableOverride");
     }
-    if (given.hasFlavor(CIMFlavor::ENABLEOVERRIDE) &&
-        base.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
+    if (given.hasFlavor(CIMFlavor::ENABLEOVERRIDE) && base.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
     {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER, "qualifier " + name +
-            " of " + where + " cannot be made EnableOverride: it is DisableOverride");
+        throw CIMException(
+            CIM_ERR_INVALID_PARAMETER, "qualifier " + name + " of " + where +
+                                           " cannot be made EnableOverride: it is DisableOverride");
     }
 
     CIMFlavor f = base;

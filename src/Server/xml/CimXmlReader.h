@@ -22,8 +22,10 @@
 #include <unordered_map>
 #include <vector>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 // Parses a whole document. DOCTYPE declarations are refused (no entity can be declared,
 // so none is expanded); malformed XML throws ProtocolError(400, "request-not-well-formed").
@@ -38,64 +40,69 @@ std::string elementText(pugi::xml_node node);
 
 [[noreturn]] void invalidElement(pugi::xml_node node, const std::string& what);
 
-class CimXmlReader {
- public:
-  // maxDepth bounds nested references and embedded objects.
-  explicit CimXmlReader(unsigned maxDepth = 16) : maxDepth_(maxDepth) {}
+class CimXmlReader
+{
+public:
+    // maxDepth bounds nested references and embedded objects.
+    explicit CimXmlReader(unsigned maxDepth = 16) : maxDepth_(maxDepth) {}
 
-  Pegasus::CIMName name(pugi::xml_node node, const char* attribute);
-  Pegasus::CIMNamespaceName localNamespacePath(pugi::xml_node node);
-  // NAMESPACEPATH: host and namespace.
-  void namespacePath(pugi::xml_node node, Pegasus::String& host, Pegasus::CIMNamespaceName& ns);
-  Pegasus::CIMName className(pugi::xml_node node);           // CLASSNAME
-  Pegasus::CIMObjectPath instanceName(pugi::xml_node node);  // INSTANCENAME
-  // Any of CLASSPATH, LOCALCLASSPATH, CLASSNAME, INSTANCEPATH, LOCALINSTANCEPATH, INSTANCENAME.
-  Pegasus::CIMObjectPath anyPath(pugi::xml_node node);
-  Pegasus::CIMObjectPath valueReference(pugi::xml_node node);  // VALUE.REFERENCE
-  Pegasus::CIMObjectPath objectPath(pugi::xml_node node);      // OBJECTPATH
+    Pegasus::CIMName name(pugi::xml_node node, const char* attribute);
+    Pegasus::CIMNamespaceName localNamespacePath(pugi::xml_node node);
+    // NAMESPACEPATH: host and namespace.
+    void namespacePath(pugi::xml_node node, Pegasus::String& host, Pegasus::CIMNamespaceName& ns);
+    Pegasus::CIMName className(pugi::xml_node node);           // CLASSNAME
+    Pegasus::CIMObjectPath instanceName(pugi::xml_node node);  // INSTANCENAME
+    // Any of CLASSPATH, LOCALCLASSPATH, CLASSNAME, INSTANCEPATH, LOCALINSTANCEPATH, INSTANCENAME.
+    Pegasus::CIMObjectPath anyPath(pugi::xml_node node);
+    Pegasus::CIMObjectPath valueReference(pugi::xml_node node);  // VALUE.REFERENCE
+    Pegasus::CIMObjectPath objectPath(pugi::xml_node node);      // OBJECTPATH
 
-  // VALUE / VALUE.ARRAY / VALUE.REFERENCE / VALUE.REFARRAY of a declared type. An
-  // `embedded` of "object"/"instance" reads the VALUE text as an embedded CIM-XML object.
-  Pegasus::CIMValue typedValue(pugi::xml_node node, Pegasus::CIMType type, const std::string& embedded);
-  // A value without a declared type: strings (or references) as given.
-  Pegasus::CIMValue untypedValue(pugi::xml_node node);
-  // VALUE.ARRAY of property names (PropertyList).
-  Pegasus::CIMPropertyList propertyList(pugi::xml_node node);
+    // VALUE / VALUE.ARRAY / VALUE.REFERENCE / VALUE.REFARRAY of a declared type. An
+    // `embedded` of "object"/"instance" reads the VALUE text as an embedded CIM-XML object.
+    Pegasus::CIMValue
+    typedValue(pugi::xml_node node, Pegasus::CIMType type, const std::string& embedded);
+    // A value without a declared type: strings (or references) as given.
+    Pegasus::CIMValue untypedValue(pugi::xml_node node);
+    // VALUE.ARRAY of property names (PropertyList).
+    Pegasus::CIMPropertyList propertyList(pugi::xml_node node);
 
-  Pegasus::CIMQualifier qualifier(pugi::xml_node node);
-  Pegasus::CIMProperty property(pugi::xml_node node);
-  Pegasus::CIMInstance instance(pugi::xml_node node);
-  Pegasus::CIMClass cimClass(pugi::xml_node node);
-  Pegasus::CIMInstance namedInstance(pugi::xml_node node);  // VALUE.NAMEDINSTANCE, path set
-  Pegasus::CIMObject objectWithPath(pugi::xml_node node);   // VALUE.OBJECTWITHPATH, path set
-  Pegasus::CIMParamValue paramValue(pugi::xml_node node);   // PARAMVALUE
-  // RETURNVALUE of an extrinsic method.
-  Pegasus::CIMValue returnValue(pugi::xml_node node);
-  Pegasus::CIMException error(pugi::xml_node node);  // ERROR
+    Pegasus::CIMQualifier qualifier(pugi::xml_node node);
+    Pegasus::CIMProperty property(pugi::xml_node node);
+    Pegasus::CIMInstance instance(pugi::xml_node node);
+    Pegasus::CIMClass cimClass(pugi::xml_node node);
+    Pegasus::CIMInstance namedInstance(pugi::xml_node node);  // VALUE.NAMEDINSTANCE, path set
+    Pegasus::CIMObject objectWithPath(pugi::xml_node node);   // VALUE.OBJECTWITHPATH, path set
+    Pegasus::CIMParamValue paramValue(pugi::xml_node node);   // PARAMVALUE
+    // RETURNVALUE of an extrinsic method.
+    Pegasus::CIMValue returnValue(pugi::xml_node node);
+    Pegasus::CIMException error(pugi::xml_node node);  // ERROR
 
- private:
-  struct Depth {
-    explicit Depth(CimXmlReader& r, pugi::xml_node node);
-    ~Depth() { --reader.depth_; }
-    CimXmlReader& reader;
-  };
-  Pegasus::CIMObject embeddedObject(pugi::xml_node valueNode, const std::string& kind);
-  Pegasus::CIMValue valueOfParam(pugi::xml_node owner, const std::vector<pugi::xml_node>& children,
-                                 const char* typeAttribute);
-  Pegasus::CIMMethod method(pugi::xml_node node);
-  Pegasus::CIMParameter parameter(pugi::xml_node node);
-  Pegasus::CIMKeyBinding keyBinding(pugi::xml_node node);
+private:
+    struct Depth
+    {
+        explicit Depth(CimXmlReader& r, pugi::xml_node node);
+        ~Depth() { --reader.depth_; }
+        CimXmlReader& reader;
+    };
+    Pegasus::CIMObject embeddedObject(pugi::xml_node valueNode, const std::string& kind);
+    Pegasus::CIMValue valueOfParam(
+        pugi::xml_node owner,
+        const std::vector<pugi::xml_node>& children,
+        const char* typeAttribute);
+    Pegasus::CIMMethod method(pugi::xml_node node);
+    Pegasus::CIMParameter parameter(pugi::xml_node node);
+    Pegasus::CIMKeyBinding keyBinding(pugi::xml_node node);
 
-  unsigned depth_ = 0;
-  unsigned maxDepth_;
-  // As name(node, attribute), given the attribute when the caller has found it already.
-  Pegasus::CIMName name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found);
+    unsigned depth_ = 0;
+    unsigned maxDepth_;
+    // As name(node, attribute), given the attribute when the caller has found it already.
+    Pegasus::CIMName name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found);
 
-  // Names read so far, by their text: a response repeats the same property names for
-  // every instance, and each is decoded and checked once. Bounded, since the text is
-  // the peer's. nameTexts_ owns the texts the keys view.
-  std::deque<std::string> nameTexts_;
-  std::unordered_map<std::string_view, Pegasus::CIMName> names_;
+    // Names read so far, by their text: a response repeats the same property names for
+    // every instance, and each is decoded and checked once. Bounded, since the text is
+    // the peer's. nameTexts_ owns the texts the keys view.
+    std::deque<std::string> nameTexts_;
+    std::unordered_map<std::string_view, Pegasus::CIMName> names_;
 };
 
 }  // namespace cimxml

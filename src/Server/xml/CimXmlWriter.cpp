@@ -16,413 +16,517 @@
 
 using namespace Pegasus;
 
-namespace qel {
-namespace cimxml {
-namespace {
+namespace qel
+{
+namespace cimxml
+{
+namespace
+{
 
 // Attribute and element names are literals: as string_views their lengths are known when
 // compiled, not counted for every property written.
 //
 // ' NAME="' in one append (appends are what writing costs most, a few per property).
-void attrStart(std::string& out, std::string_view name) {
-  char head[32];
-  if (name.size() + 3 > sizeof head) {
-    out += ' ';
-    out += name;
-    out += "=\"";
-    return;
-  }
-  head[0] = ' ';
-  std::memcpy(head + 1, name.data(), name.size());
-  head[name.size() + 1] = '=';
-  head[name.size() + 2] = '"';
-  out.append(head, name.size() + 3);
+void attrStart(std::string& out, std::string_view name)
+{
+    char head[32];
+    if (name.size() + 3 > sizeof head)
+    {
+        out += ' ';
+        out += name;
+        out += "=\"";
+        return;
+    }
+    head[0] = ' ';
+    std::memcpy(head + 1, name.data(), name.size());
+    head[name.size() + 1] = '=';
+    head[name.size() + 2] = '"';
+    out.append(head, name.size() + 3);
 }
 
-void attr(std::string& out, std::string_view name, const String& value) {
-  attrStart(out, name);
-  appendEscaped(out, value);
-  out += '"';
+void attr(std::string& out, std::string_view name, const String& value)
+{
+    attrStart(out, name);
+    appendEscaped(out, value);
+    out += '"';
 }
 
-void attr(std::string& out, std::string_view name, const char* value) {
-  attrStart(out, name);
-  appendEscaped(out, value, std::char_traits<char>::length(value));
-  out += '"';
+void attr(std::string& out, std::string_view name, const char* value)
+{
+    attrStart(out, name);
+    appendEscaped(out, value, std::char_traits<char>::length(value));
+    out += '"';
 }
 
-bool isEmbedded(CIMType t) { return t == CIMTYPE_OBJECT || t == CIMTYPE_INSTANCE; }
+bool isEmbedded(CIMType t)
+{
+    return t == CIMTYPE_OBJECT || t == CIMTYPE_INSTANCE;
+}
 
 // TYPE and, for embedded objects, the EmbeddedObject marker (they travel as strings).
-void typeAttrs(std::string& out, CIMType t, std::string_view typeAttr = "TYPE") {
-  if (isEmbedded(t)) {
-    attr(out, typeAttr, "string");
-    attr(out, "EmbeddedObject", t == CIMTYPE_OBJECT ? "object" : "instance");
-  } else {
-    attr(out, typeAttr, typeAttribute(t));
-  }
+void typeAttrs(std::string& out, CIMType t, std::string_view typeAttr = "TYPE")
+{
+    if (isEmbedded(t))
+    {
+        attr(out, typeAttr, "string");
+        attr(out, "EmbeddedObject", t == CIMTYPE_OBJECT ? "object" : "instance");
+    }
+    else
+    {
+        attr(out, typeAttr, typeAttribute(t));
+    }
 }
 
-std::string embeddedText(const CIMObject& object) {
-  std::string xml;
-  if (object.isInstance())
-    writeInstance(xml, CIMInstance(object));
-  else
-    writeClass(xml, CIMClass(object));
-  return xml;
+std::string embeddedText(const CIMObject& object)
+{
+    std::string xml;
+    if (object.isInstance())
+        writeInstance(xml, CIMInstance(object));
+    else
+        writeClass(xml, CIMClass(object));
+    return xml;
 }
 
-void writeTextValue(std::string& out, const std::string& text) {
-  out += "<VALUE>";
-  appendEscaped(out, text);
-  out += "</VALUE>";
+void writeTextValue(std::string& out, const std::string& text)
+{
+    out += "<VALUE>";
+    appendEscaped(out, text);
+    out += "</VALUE>";
 }
 
-std::vector<std::string> embeddedTexts(const CIMValue& value) {
-  std::vector<std::string> texts;
-  if (value.getType() == CIMTYPE_OBJECT) {
-    Array<CIMObject> a;
-    value.get(a);
-    for (Uint32 i = 0; i < a.size(); ++i) texts.push_back(embeddedText(a[i]));
-  } else {
-    Array<CIMInstance> a;
-    value.get(a);
-    for (Uint32 i = 0; i < a.size(); ++i) texts.push_back(embeddedText(CIMObject(a[i])));
-  }
-  return texts;
+std::vector<std::string> embeddedTexts(const CIMValue& value)
+{
+    std::vector<std::string> texts;
+    if (value.getType() == CIMTYPE_OBJECT)
+    {
+        Array<CIMObject> a;
+        value.get(a);
+        for (Uint32 i = 0; i < a.size(); ++i)
+            texts.push_back(embeddedText(a[i]));
+    }
+    else
+    {
+        Array<CIMInstance> a;
+        value.get(a);
+        for (Uint32 i = 0; i < a.size(); ++i)
+            texts.push_back(embeddedText(CIMObject(a[i])));
+    }
+    return texts;
 }
 
-std::string scalarEmbeddedText(const CIMValue& value) {
-  if (value.getType() == CIMTYPE_OBJECT) {
-    CIMObject o;
-    value.get(o);
-    return embeddedText(o);
-  }
-  CIMInstance i;
-  value.get(i);
-  return embeddedText(CIMObject(i));
+std::string scalarEmbeddedText(const CIMValue& value)
+{
+    if (value.getType() == CIMTYPE_OBJECT)
+    {
+        CIMObject o;
+        value.get(o);
+        return embeddedText(o);
+    }
+    CIMInstance i;
+    value.get(i);
+    return embeddedText(CIMObject(i));
 }
 
-void writeFlavor(std::string& out, const CIMFlavor& f) {
-  // Defaults are OVERRIDABLE and TOSUBCLASS true, TOINSTANCE and TRANSLATABLE false.
-  if (!f.hasFlavor(CIMFlavor::OVERRIDABLE)) attr(out, "OVERRIDABLE", "false");
-  if (!f.hasFlavor(CIMFlavor::TOSUBCLASS)) attr(out, "TOSUBCLASS", "false");
-  if (f.hasFlavor(CIMFlavor::TOINSTANCE)) attr(out, "TOINSTANCE", "true");
-  if (f.hasFlavor(CIMFlavor::TRANSLATABLE)) attr(out, "TRANSLATABLE", "true");
+void writeFlavor(std::string& out, const CIMFlavor& f)
+{
+    // Defaults are OVERRIDABLE and TOSUBCLASS true, TOINSTANCE and TRANSLATABLE false.
+    if (!f.hasFlavor(CIMFlavor::OVERRIDABLE))
+        attr(out, "OVERRIDABLE", "false");
+    if (!f.hasFlavor(CIMFlavor::TOSUBCLASS))
+        attr(out, "TOSUBCLASS", "false");
+    if (f.hasFlavor(CIMFlavor::TOINSTANCE))
+        attr(out, "TOINSTANCE", "true");
+    if (f.hasFlavor(CIMFlavor::TRANSLATABLE))
+        attr(out, "TRANSLATABLE", "true");
 }
 
 template <class Q>
-void writeQualifier(std::string& out, const Q& q) {
-  const CIMValue& v = q.getValue();
-  out += "<QUALIFIER";
-  attr(out, "NAME", q.getName().getString());
-  typeAttrs(out, v.getType());
-  if (q.getPropagated()) attr(out, "PROPAGATED", "true");
-  writeFlavor(out, q.getFlavor());
-  out += '>';
-  writeValue(out, v);
-  out += "</QUALIFIER>";
+void writeQualifier(std::string& out, const Q& q)
+{
+    const CIMValue& v = q.getValue();
+    out += "<QUALIFIER";
+    attr(out, "NAME", q.getName().getString());
+    typeAttrs(out, v.getType());
+    if (q.getPropagated())
+        attr(out, "PROPAGATED", "true");
+    writeFlavor(out, q.getFlavor());
+    out += '>';
+    writeValue(out, v);
+    out += "</QUALIFIER>";
 }
 
 template <class T>
-void writeQualifiers(std::string& out, const T& owner) {
-  for (Uint32 i = 0, n = owner.getQualifierCount(); i < n; ++i) writeQualifier(out, owner.getQualifier(i));
+void writeQualifiers(std::string& out, const T& owner)
+{
+    for (Uint32 i = 0, n = owner.getQualifierCount(); i < n; ++i)
+        writeQualifier(out, owner.getQualifier(i));
 }
 
 template <class P>
-void writeProperty(std::string& out, const P& p) {
-  const CIMValue& v = p.getValue();
-  const CIMType t = p.getType();
-  // Start and end tags, each written in one piece.
-  std::string_view start = "<PROPERTY", end = "</PROPERTY>";
-  if (t == CIMTYPE_REFERENCE) {
-    start = "<PROPERTY.REFERENCE";
-    end = "</PROPERTY.REFERENCE>";
-  } else if (p.isArray()) {
-    start = "<PROPERTY.ARRAY";
-    end = "</PROPERTY.ARRAY>";
-  }
-  out += start;
-  attr(out, "NAME", p.getName().getString());
-  if (t == CIMTYPE_REFERENCE) {
-    if (!p.getReferenceClassName().isNull()) attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
-  } else {
-    typeAttrs(out, t);
-    if (p.isArray() && p.getArraySize() != 0) attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
-  }
-  if (!p.getClassOrigin().isNull()) attr(out, "CLASSORIGIN", p.getClassOrigin().getString());
-  if (p.getPropagated()) attr(out, "PROPAGATED", "true");
-  out += '>';
-  writeQualifiers(out, p);
-  writeValue(out, v);
-  out += end;
+void writeProperty(std::string& out, const P& p)
+{
+    const CIMValue& v = p.getValue();
+    const CIMType t = p.getType();
+    // Start and end tags, each written in one piece.
+    std::string_view start = "<PROPERTY", end = "</PROPERTY>";
+    if (t == CIMTYPE_REFERENCE)
+    {
+        start = "<PROPERTY.REFERENCE";
+        end = "</PROPERTY.REFERENCE>";
+    }
+    else if (p.isArray())
+    {
+        start = "<PROPERTY.ARRAY";
+        end = "</PROPERTY.ARRAY>";
+    }
+    out += start;
+    attr(out, "NAME", p.getName().getString());
+    if (t == CIMTYPE_REFERENCE)
+    {
+        if (!p.getReferenceClassName().isNull())
+            attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
+    }
+    else
+    {
+        typeAttrs(out, t);
+        if (p.isArray() && p.getArraySize() != 0)
+            attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
+    }
+    if (!p.getClassOrigin().isNull())
+        attr(out, "CLASSORIGIN", p.getClassOrigin().getString());
+    if (p.getPropagated())
+        attr(out, "PROPAGATED", "true");
+    out += '>';
+    writeQualifiers(out, p);
+    writeValue(out, v);
+    out += end;
 }
 
 template <class P>
-void writeParameter(std::string& out, const P& p) {
-  const CIMType t = p.getType();
-  std::string_view element;
-  if (t == CIMTYPE_REFERENCE)
-    element = p.isArray() ? "PARAMETER.REFARRAY" : "PARAMETER.REFERENCE";
-  else
-    element = p.isArray() ? "PARAMETER.ARRAY" : "PARAMETER";
-  out += '<';
-  out += element;
-  attr(out, "NAME", p.getName().getString());
-  if (t == CIMTYPE_REFERENCE) {
-    if (!p.getReferenceClassName().isNull()) attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
-  } else {
-    typeAttrs(out, t);
-  }
-  if (p.isArray() && p.getArraySize() != 0) attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
-  out += '>';
-  writeQualifiers(out, p);
-  out += "</";
-  out += element;
-  out += '>';
+void writeParameter(std::string& out, const P& p)
+{
+    const CIMType t = p.getType();
+    std::string_view element;
+    if (t == CIMTYPE_REFERENCE)
+        element = p.isArray() ? "PARAMETER.REFARRAY" : "PARAMETER.REFERENCE";
+    else
+        element = p.isArray() ? "PARAMETER.ARRAY" : "PARAMETER";
+    out += '<';
+    out += element;
+    attr(out, "NAME", p.getName().getString());
+    if (t == CIMTYPE_REFERENCE)
+    {
+        if (!p.getReferenceClassName().isNull())
+            attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
+    }
+    else
+    {
+        typeAttrs(out, t);
+    }
+    if (p.isArray() && p.getArraySize() != 0)
+        attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
+    out += '>';
+    writeQualifiers(out, p);
+    out += "</";
+    out += element;
+    out += '>';
 }
 
 template <class M>
-void writeMethod(std::string& out, const M& m) {
-  out += "<METHOD";
-  attr(out, "NAME", m.getName().getString());
-  typeAttrs(out, m.getType());
-  if (!m.getClassOrigin().isNull()) attr(out, "CLASSORIGIN", m.getClassOrigin().getString());
-  if (m.getPropagated()) attr(out, "PROPAGATED", "true");
-  out += '>';
-  writeQualifiers(out, m);
-  for (Uint32 i = 0, n = m.getParameterCount(); i < n; ++i) writeParameter(out, m.getParameter(i));
-  out += "</METHOD>";
+void writeMethod(std::string& out, const M& m)
+{
+    out += "<METHOD";
+    attr(out, "NAME", m.getName().getString());
+    typeAttrs(out, m.getType());
+    if (!m.getClassOrigin().isNull())
+        attr(out, "CLASSORIGIN", m.getClassOrigin().getString());
+    if (m.getPropagated())
+        attr(out, "PROPAGATED", "true");
+    out += '>';
+    writeQualifiers(out, m);
+    for (Uint32 i = 0, n = m.getParameterCount(); i < n; ++i)
+        writeParameter(out, m.getParameter(i));
+    out += "</METHOD>";
 }
 
-void writeKeyValue(std::string& out, const CIMKeyBinding& kb) {
-  if (kb.getType() == CIMKeyBinding::REFERENCE) {
-    writeValueReference(out, CIMObjectPath(kb.getValue()));
-    return;
-  }
-  const char* valueType = kb.getType() == CIMKeyBinding::BOOLEAN ? "boolean"
-                          : kb.getType() == CIMKeyBinding::NUMERIC ? "numeric"
-                                                                   : "string";
-  out += "<KEYVALUE";
-  attr(out, "VALUETYPE", valueType);
-  out += '>';
-  appendEscaped(out, kb.getValue());
-  out += "</KEYVALUE>";
+void writeKeyValue(std::string& out, const CIMKeyBinding& kb)
+{
+    if (kb.getType() == CIMKeyBinding::REFERENCE)
+    {
+        writeValueReference(out, CIMObjectPath(kb.getValue()));
+        return;
+    }
+    const char* valueType = kb.getType() == CIMKeyBinding::BOOLEAN   ? "boolean"
+                            : kb.getType() == CIMKeyBinding::NUMERIC ? "numeric"
+                                                                     : "string";
+    out += "<KEYVALUE";
+    attr(out, "VALUETYPE", valueType);
+    out += '>';
+    appendEscaped(out, kb.getValue());
+    out += "</KEYVALUE>";
 }
 
 }  // namespace
 
-void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns) {
-  out += "<LOCALNAMESPACEPATH>";
-  const std::string text = toUtf8(ns.getString());
-  size_t start = 0;
-  while (start <= text.size()) {
-    size_t slash = text.find('/', start);
-    if (slash == std::string::npos) slash = text.size();
-    out += "<NAMESPACE NAME=\"";
-    appendEscaped(out, text.data() + start, slash - start);
-    out += "\"/>";
-    start = slash + 1;
-  }
-  out += "</LOCALNAMESPACEPATH>";
+void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+{
+    out += "<LOCALNAMESPACEPATH>";
+    const std::string text = toUtf8(ns.getString());
+    size_t start = 0;
+    while (start <= text.size())
+    {
+        size_t slash = text.find('/', start);
+        if (slash == std::string::npos)
+            slash = text.size();
+        out += "<NAMESPACE NAME=\"";
+        appendEscaped(out, text.data() + start, slash - start);
+        out += "\"/>";
+        start = slash + 1;
+    }
+    out += "</LOCALNAMESPACEPATH>";
 }
 
-void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns) {
-  out += "<NAMESPACEPATH><HOST>";
-  appendEscaped(out, host);
-  out += "</HOST>";
-  writeLocalNamespacePath(out, ns);
-  out += "</NAMESPACEPATH>";
+void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns)
+{
+    out += "<NAMESPACEPATH><HOST>";
+    appendEscaped(out, host);
+    out += "</HOST>";
+    writeLocalNamespacePath(out, ns);
+    out += "</NAMESPACEPATH>";
 }
 
-void writeClassName(std::string& out, const CIMName& name) {
-  out += "<CLASSNAME";
-  attr(out, "NAME", name.getString());
-  out += "/>";
+void writeClassName(std::string& out, const CIMName& name)
+{
+    out += "<CLASSNAME";
+    attr(out, "NAME", name.getString());
+    out += "/>";
 }
 
-void writeInstanceName(std::string& out, const CIMObjectPath& path) {
-  out += "<INSTANCENAME";
-  attr(out, "CLASSNAME", path.getClassName().getString());
-  out += '>';
-  const Array<CIMKeyBinding>& keys = path.getKeyBindings();
-  for (Uint32 i = 0; i < keys.size(); ++i) {
-    out += "<KEYBINDING";
-    attr(out, "NAME", keys[i].getName().getString());
+void writeInstanceName(std::string& out, const CIMObjectPath& path)
+{
+    out += "<INSTANCENAME";
+    attr(out, "CLASSNAME", path.getClassName().getString());
     out += '>';
-    writeKeyValue(out, keys[i]);
-    out += "</KEYBINDING>";
-  }
-  out += "</INSTANCENAME>";
+    const Array<CIMKeyBinding>& keys = path.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); ++i)
+    {
+        out += "<KEYBINDING";
+        attr(out, "NAME", keys[i].getName().getString());
+        out += '>';
+        writeKeyValue(out, keys[i]);
+        out += "</KEYBINDING>";
+    }
+    out += "</INSTANCENAME>";
 }
 
-void writeObjectPathBody(std::string& out, const CIMObjectPath& path) {
-  if (path.getKeyBindings().size() == 0) {
-    out += "<CLASSPATH>";
-    writeNamespacePath(out, path.getHost(), path.getNameSpace());
-    writeClassName(out, path.getClassName());
-    out += "</CLASSPATH>";
-  } else {
-    out += "<INSTANCEPATH>";
-    writeNamespacePath(out, path.getHost(), path.getNameSpace());
-    writeInstanceName(out, path);
-    out += "</INSTANCEPATH>";
-  }
+void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
+{
+    if (path.getKeyBindings().size() == 0)
+    {
+        out += "<CLASSPATH>";
+        writeNamespacePath(out, path.getHost(), path.getNameSpace());
+        writeClassName(out, path.getClassName());
+        out += "</CLASSPATH>";
+    }
+    else
+    {
+        out += "<INSTANCEPATH>";
+        writeNamespacePath(out, path.getHost(), path.getNameSpace());
+        writeInstanceName(out, path);
+        out += "</INSTANCEPATH>";
+    }
 }
 
-void writeObjectPath(std::string& out, const CIMObjectPath& path) {
-  out += "<OBJECTPATH>";
-  writeObjectPathBody(out, path);
-  out += "</OBJECTPATH>";
-}
-
-void writeLocalObjectPath(std::string& out, const CIMObjectPath& path) {
-  if (path.getKeyBindings().size() == 0) {
-    out += "<LOCALCLASSPATH>";
-    writeLocalNamespacePath(out, path.getNameSpace());
-    writeClassName(out, path.getClassName());
-    out += "</LOCALCLASSPATH>";
-  } else {
-    out += "<LOCALINSTANCEPATH>";
-    writeLocalNamespacePath(out, path.getNameSpace());
-    writeInstanceName(out, path);
-    out += "</LOCALINSTANCEPATH>";
-  }
-}
-
-void writeValueReference(std::string& out, const CIMObjectPath& path) {
-  out += "<VALUE.REFERENCE>";
-  const bool hasNamespace = !path.getNameSpace().isNull();
-  if (hasNamespace && path.getHost().size() != 0)
+void writeObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    out += "<OBJECTPATH>";
     writeObjectPathBody(out, path);
-  else if (hasNamespace)
-    writeLocalObjectPath(out, path);
-  else if (path.getKeyBindings().size() == 0)
-    writeClassName(out, path.getClassName());
-  else
-    writeInstanceName(out, path);
-  out += "</VALUE.REFERENCE>";
+    out += "</OBJECTPATH>";
 }
 
-void writeValue(std::string& out, const CIMValue& value) {
-  if (value.isNull()) return;
-  const CIMType t = value.getType();
-  if (t == CIMTYPE_REFERENCE) {
-    if (value.isArray()) {
-      Array<CIMObjectPath> a;
-      value.get(a);
-      out += "<VALUE.REFARRAY>";
-      for (Uint32 i = 0; i < a.size(); ++i) writeValueReference(out, a[i]);
-      out += "</VALUE.REFARRAY>";
-    } else {
-      CIMObjectPath p;
-      value.get(p);
-      writeValueReference(out, p);
+void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    if (path.getKeyBindings().size() == 0)
+    {
+        out += "<LOCALCLASSPATH>";
+        writeLocalNamespacePath(out, path.getNameSpace());
+        writeClassName(out, path.getClassName());
+        out += "</LOCALCLASSPATH>";
     }
-    return;
-  }
-  if (!value.isArray()) {
-    if (isEmbedded(t)) {
-      writeTextValue(out, scalarEmbeddedText(value));
-    } else if (t == CIMTYPE_STRING) {
-      // Strings, the commonest values, go straight from their UTF-16 units.
-      String text;
-      value.get(text);
-      out += "<VALUE>";
-      appendEscaped(out, text);
-      out += "</VALUE>";
-    } else {
-      out += "<VALUE>";
-      std::string text;
-      appendScalarText(text, value);
-      appendEscaped(out, text);
-      out += "</VALUE>";
+    else
+    {
+        out += "<LOCALINSTANCEPATH>";
+        writeLocalNamespacePath(out, path.getNameSpace());
+        writeInstanceName(out, path);
+        out += "</LOCALINSTANCEPATH>";
     }
-    return;
-  }
-  std::vector<std::string> texts;
-  if (isEmbedded(t))
-    texts = embeddedTexts(value);
-  else
-    appendArrayTexts(texts, value);
-  out += "<VALUE.ARRAY>";
-  for (const std::string& s : texts) writeTextValue(out, s);
-  out += "</VALUE.ARRAY>";
 }
 
-void writeInstance(std::string& out, const CIMConstInstance& instance) {
-  out += "<INSTANCE";
-  attr(out, "CLASSNAME", instance.getClassName().getString());
-  out += '>';
-  writeQualifiers(out, instance);
-  for (Uint32 i = 0, n = instance.getPropertyCount(); i < n; ++i) writeProperty(out, instance.getProperty(i));
-  out += "</INSTANCE>";
+void writeValueReference(std::string& out, const CIMObjectPath& path)
+{
+    out += "<VALUE.REFERENCE>";
+    const bool hasNamespace = !path.getNameSpace().isNull();
+    if (hasNamespace && path.getHost().size() != 0)
+        writeObjectPathBody(out, path);
+    else if (hasNamespace)
+        writeLocalObjectPath(out, path);
+    else if (path.getKeyBindings().size() == 0)
+        writeClassName(out, path.getClassName());
+    else
+        writeInstanceName(out, path);
+    out += "</VALUE.REFERENCE>";
 }
 
-void writeClass(std::string& out, const CIMConstClass& cimClass) {
-  out += "<CLASS";
-  attr(out, "NAME", cimClass.getClassName().getString());
-  if (!cimClass.getSuperClassName().isNull()) attr(out, "SUPERCLASS", cimClass.getSuperClassName().getString());
-  out += '>';
-  writeQualifiers(out, cimClass);
-  for (Uint32 i = 0, n = cimClass.getPropertyCount(); i < n; ++i) writeProperty(out, cimClass.getProperty(i));
-  for (Uint32 i = 0, n = cimClass.getMethodCount(); i < n; ++i) writeMethod(out, cimClass.getMethod(i));
-  out += "</CLASS>";
+void writeValue(std::string& out, const CIMValue& value)
+{
+    if (value.isNull())
+        return;
+    const CIMType t = value.getType();
+    if (t == CIMTYPE_REFERENCE)
+    {
+        if (value.isArray())
+        {
+            Array<CIMObjectPath> a;
+            value.get(a);
+            out += "<VALUE.REFARRAY>";
+            for (Uint32 i = 0; i < a.size(); ++i)
+                writeValueReference(out, a[i]);
+            out += "</VALUE.REFARRAY>";
+        }
+        else
+        {
+            CIMObjectPath p;
+            value.get(p);
+            writeValueReference(out, p);
+        }
+        return;
+    }
+    if (!value.isArray())
+    {
+        if (isEmbedded(t))
+        {
+            writeTextValue(out, scalarEmbeddedText(value));
+        }
+        else if (t == CIMTYPE_STRING)
+        {
+            // Strings, the commonest values, go straight from their UTF-16 units.
+            String text;
+            value.get(text);
+            out += "<VALUE>";
+            appendEscaped(out, text);
+            out += "</VALUE>";
+        }
+        else
+        {
+            out += "<VALUE>";
+            std::string text;
+            appendScalarText(text, value);
+            appendEscaped(out, text);
+            out += "</VALUE>";
+        }
+        return;
+    }
+    std::vector<std::string> texts;
+    if (isEmbedded(t))
+        texts = embeddedTexts(value);
+    else
+        appendArrayTexts(texts, value);
+    out += "<VALUE.ARRAY>";
+    for (const std::string& s : texts)
+        writeTextValue(out, s);
+    out += "</VALUE.ARRAY>";
 }
 
-void writeNamedInstance(std::string& out, const CIMConstInstance& instance) {
-  out += "<VALUE.NAMEDINSTANCE>";
-  writeInstanceName(out, instance.getPath());
-  writeInstance(out, instance);
-  out += "</VALUE.NAMEDINSTANCE>";
+void writeInstance(std::string& out, const CIMConstInstance& instance)
+{
+    out += "<INSTANCE";
+    attr(out, "CLASSNAME", instance.getClassName().getString());
+    out += '>';
+    writeQualifiers(out, instance);
+    for (Uint32 i = 0, n = instance.getPropertyCount(); i < n; ++i)
+        writeProperty(out, instance.getProperty(i));
+    out += "</INSTANCE>";
 }
 
-void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path) {
-  out += "<VALUE.OBJECTWITHPATH>";
-  if (object.isInstance()) {
-    out += "<INSTANCEPATH>";
-    writeNamespacePath(out, path.getHost(), path.getNameSpace());
-    writeInstanceName(out, path);
-    out += "</INSTANCEPATH>";
-    writeInstance(out, CIMInstance(object));
-  } else {
-    out += "<CLASSPATH>";
-    writeNamespacePath(out, path.getHost(), path.getNameSpace());
-    writeClassName(out, path.getClassName());
-    out += "</CLASSPATH>";
-    writeClass(out, CIMClass(object));
-  }
-  out += "</VALUE.OBJECTWITHPATH>";
+void writeClass(std::string& out, const CIMConstClass& cimClass)
+{
+    out += "<CLASS";
+    attr(out, "NAME", cimClass.getClassName().getString());
+    if (!cimClass.getSuperClassName().isNull())
+        attr(out, "SUPERCLASS", cimClass.getSuperClassName().getString());
+    out += '>';
+    writeQualifiers(out, cimClass);
+    for (Uint32 i = 0, n = cimClass.getPropertyCount(); i < n; ++i)
+        writeProperty(out, cimClass.getProperty(i));
+    for (Uint32 i = 0, n = cimClass.getMethodCount(); i < n; ++i)
+        writeMethod(out, cimClass.getMethod(i));
+    out += "</CLASS>";
 }
 
-void writeParamValue(std::string& out, const CIMParamValue& param) {
-  const CIMValue v = param.getValue();
-  out += "<PARAMVALUE";
-  attr(out, "NAME", param.getParameterName());
-  typeAttrs(out, v.getType(), "PARAMTYPE");
-  out += '>';
-  writeValue(out, v);
-  out += "</PARAMVALUE>";
+void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
+{
+    out += "<VALUE.NAMEDINSTANCE>";
+    writeInstanceName(out, instance.getPath());
+    writeInstance(out, instance);
+    out += "</VALUE.NAMEDINSTANCE>";
 }
 
-void writeReturnValue(std::string& out, const CIMValue& value) {
-  if (value.isNull()) return;
-  out += "<RETURNVALUE";
-  typeAttrs(out, value.getType(), "PARAMTYPE");
-  out += '>';
-  writeValue(out, value);
-  out += "</RETURNVALUE>";
+void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path)
+{
+    out += "<VALUE.OBJECTWITHPATH>";
+    if (object.isInstance())
+    {
+        out += "<INSTANCEPATH>";
+        writeNamespacePath(out, path.getHost(), path.getNameSpace());
+        writeInstanceName(out, path);
+        out += "</INSTANCEPATH>";
+        writeInstance(out, CIMInstance(object));
+    }
+    else
+    {
+        out += "<CLASSPATH>";
+        writeNamespacePath(out, path.getHost(), path.getNameSpace());
+        writeClassName(out, path.getClassName());
+        out += "</CLASSPATH>";
+        writeClass(out, CIMClass(object));
+    }
+    out += "</VALUE.OBJECTWITHPATH>";
 }
 
-void writeError(std::string& out, const CIMException& error) {
-  String description = cimStatusCodeToString(error.getCode());
-  if (error.getMessage().size() != 0) description = description + ": " + error.getMessage();
-  out += "<ERROR";
-  attr(out, "CODE", String(std::to_string(static_cast<int>(error.getCode())).c_str()));
-  attr(out, "DESCRIPTION", description);
-  out += '>';
-  for (Uint32 i = 0, n = error.getErrorCount(); i < n; ++i) writeInstance(out, error.getError(i));
-  out += "</ERROR>";
+void writeParamValue(std::string& out, const CIMParamValue& param)
+{
+    const CIMValue v = param.getValue();
+    out += "<PARAMVALUE";
+    attr(out, "NAME", param.getParameterName());
+    typeAttrs(out, v.getType(), "PARAMTYPE");
+    out += '>';
+    writeValue(out, v);
+    out += "</PARAMVALUE>";
+}
+
+void writeReturnValue(std::string& out, const CIMValue& value)
+{
+    if (value.isNull())
+        return;
+    out += "<RETURNVALUE";
+    typeAttrs(out, value.getType(), "PARAMTYPE");
+    out += '>';
+    writeValue(out, value);
+    out += "</RETURNVALUE>";
+}
+
+void writeError(std::string& out, const CIMException& error)
+{
+    String description = cimStatusCodeToString(error.getCode());
+    if (error.getMessage().size() != 0)
+        description = description + ": " + error.getMessage();
+    out += "<ERROR";
+    attr(out, "CODE", String(std::to_string(static_cast<int>(error.getCode())).c_str()));
+    attr(out, "DESCRIPTION", description);
+    out += '>';
+    for (Uint32 i = 0, n = error.getErrorCount(); i < n; ++i)
+        writeInstance(out, error.getError(i));
+    out += "</ERROR>";
 }
 
 }  // namespace cimxml

@@ -14,11 +14,16 @@
 
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 void writeLocalNamespacePath(std::string& out, const Pegasus::CIMNamespaceName& ns);
-void writeNamespacePath(std::string& out, const Pegasus::String& host, const Pegasus::CIMNamespaceName& ns);
+void writeNamespacePath(
+    std::string& out,
+    const Pegasus::String& host,
+    const Pegasus::CIMNamespaceName& ns);
 void writeClassName(std::string& out, const Pegasus::CIMName& name);
 // KEYBINDINGs of the path (host and namespace are not written).
 void writeInstanceName(std::string& out, const Pegasus::CIMObjectPath& path);
@@ -39,7 +44,10 @@ void writeClass(std::string& out, const Pegasus::CIMConstClass& cimClass);
 // VALUE.NAMEDINSTANCE: the instance's path as INSTANCENAME followed by the INSTANCE.
 void writeNamedInstance(std::string& out, const Pegasus::CIMConstInstance& instance);
 // VALUE.OBJECTWITHPATH of `object` named by `path`, which must carry host and namespace.
-void writeObjectWithPath(std::string& out, const Pegasus::CIMObject& object, const Pegasus::CIMObjectPath& path);
+void writeObjectWithPath(
+    std::string& out,
+    const Pegasus::CIMObject& object,
+    const Pegasus::CIMObjectPath& path);
 
 // PARAMVALUE with PARAMTYPE (and EmbeddedObject for embedded values).
 void writeParamValue(std::string& out, const Pegasus::CIMParamValue& param);

@@ -7,8 +7,10 @@
 
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 // %XX-escapes every byte outside the URI unreserved set (so "/" becomes %2F).
 std::string uriEncode(const std::string& text);

@@ -2,56 +2,81 @@
 
 #include <strings.h>
 
-namespace qel {
-namespace cimxml {
-namespace {
+namespace qel
+{
+namespace cimxml
+{
+namespace
+{
 
 using K = ParamKind;
 using P = Param;
 
 // Defaults follow the operation definitions of the CIM operations over HTTP.
-#define REQ(p, k) {P::p, #p, K::k, true, false}
-#define OPT(p, k) {P::p, #p, K::k, false, false}
-#define FLAG(p, d) {P::p, #p, K::Boolean, false, d}
+#define REQ(p, k)                                                                                  \
+    {                                                                                              \
+        P::p, #p, K::k, true, false                                                                \
+    }
+#define OPT(p, k)                                                                                  \
+    {                                                                                              \
+        P::p, #p, K::k, false, false                                                               \
+    }
+#define FLAG(p, d)                                                                                 \
+    {                                                                                              \
+        P::p, #p, K::Boolean, false, d                                                             \
+    }
 
-const ParamSpec kGetClass[] = {REQ(ClassName, ClassName), FLAG(LocalOnly, true), FLAG(IncludeQualifiers, true),
-                               FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
-const ParamSpec kEnumerateClasses[] = {OPT(ClassName, ClassName), FLAG(DeepInheritance, false), FLAG(LocalOnly, true),
-                                       FLAG(IncludeQualifiers, true), FLAG(IncludeClassOrigin, false)};
+const ParamSpec kGetClass[] = {
+    REQ(ClassName, ClassName), FLAG(LocalOnly, true), FLAG(IncludeQualifiers, true),
+    FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
+const ParamSpec kEnumerateClasses[] = {
+    OPT(ClassName, ClassName), FLAG(DeepInheritance, false), FLAG(LocalOnly, true),
+    FLAG(IncludeQualifiers, true), FLAG(IncludeClassOrigin, false)};
 const ParamSpec kEnumerateClassNames[] = {OPT(ClassName, ClassName), FLAG(DeepInheritance, false)};
 const ParamSpec kCreateClass[] = {REQ(NewClass, Class)};
 const ParamSpec kModifyClass[] = {REQ(ModifiedClass, Class)};
 const ParamSpec kDeleteClass[] = {REQ(ClassName, ClassName)};
-const ParamSpec kGetInstance[] = {REQ(InstanceName, InstanceName), FLAG(LocalOnly, true), FLAG(IncludeQualifiers, false),
-                                  FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
-const ParamSpec kEnumerateInstances[] = {REQ(ClassName, ClassName),     FLAG(LocalOnly, true),
-                                         FLAG(DeepInheritance, true),   FLAG(IncludeQualifiers, false),
-                                         FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
+const ParamSpec kGetInstance[] = {
+    REQ(InstanceName, InstanceName), FLAG(LocalOnly, true), FLAG(IncludeQualifiers, false),
+    FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
+const ParamSpec kEnumerateInstances[] = {
+    REQ(ClassName, ClassName),       FLAG(LocalOnly, true),
+    FLAG(DeepInheritance, true),     FLAG(IncludeQualifiers, false),
+    FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
 const ParamSpec kEnumerateInstanceNames[] = {REQ(ClassName, ClassName)};
 const ParamSpec kCreateInstance[] = {REQ(NewInstance, Instance)};
-const ParamSpec kModifyInstance[] = {REQ(ModifiedInstance, NamedInstance), FLAG(IncludeQualifiers, true),
-                                     OPT(PropertyList, PropertyList)};
+const ParamSpec kModifyInstance[] = {
+    REQ(ModifiedInstance, NamedInstance), FLAG(IncludeQualifiers, true),
+    OPT(PropertyList, PropertyList)};
 const ParamSpec kDeleteInstance[] = {REQ(InstanceName, InstanceName)};
-const ParamSpec kAssociators[] = {REQ(ObjectName, ObjectName),   OPT(AssocClass, ClassName),
-                                  OPT(ResultClass, ClassName),   OPT(Role, String),
-                                  OPT(ResultRole, String),       FLAG(IncludeQualifiers, false),
+const ParamSpec kAssociators[] = {REQ(ObjectName, ObjectName),     OPT(AssocClass, ClassName),
+                                  OPT(ResultClass, ClassName),     OPT(Role, String),
+                                  OPT(ResultRole, String),         FLAG(IncludeQualifiers, false),
                                   FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
-const ParamSpec kAssociatorNames[] = {REQ(ObjectName, ObjectName), OPT(AssocClass, ClassName),
-                                      OPT(ResultClass, ClassName), OPT(Role, String), OPT(ResultRole, String)};
-const ParamSpec kReferences[] = {REQ(ObjectName, ObjectName),     OPT(ResultClass, ClassName),
-                                 OPT(Role, String),               FLAG(IncludeQualifiers, false),
-                                 FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList)};
-const ParamSpec kReferenceNames[] = {REQ(ObjectName, ObjectName), OPT(ResultClass, ClassName), OPT(Role, String)};
+const ParamSpec kAssociatorNames[] = {
+    REQ(ObjectName, ObjectName), OPT(AssocClass, ClassName), OPT(ResultClass, ClassName),
+    OPT(Role, String), OPT(ResultRole, String)};
+const ParamSpec kReferences[] = {REQ(ObjectName, ObjectName),
+                                 OPT(ResultClass, ClassName),
+                                 OPT(Role, String),
+                                 FLAG(IncludeQualifiers, false),
+                                 FLAG(IncludeClassOrigin, false),
+                                 OPT(PropertyList, PropertyList)};
+const ParamSpec kReferenceNames[] = {
+    REQ(ObjectName, ObjectName), OPT(ResultClass, ClassName), OPT(Role, String)};
 const ParamSpec kGetProperty[] = {REQ(InstanceName, InstanceName), REQ(PropertyName, PropertyName)};
-const ParamSpec kSetProperty[] = {REQ(InstanceName, InstanceName), REQ(PropertyName, PropertyName),
-                                  OPT(NewValue, Value)};
+const ParamSpec kSetProperty[] = {
+    REQ(InstanceName, InstanceName), REQ(PropertyName, PropertyName), OPT(NewValue, Value)};
 const ParamSpec kExecQuery[] = {REQ(QueryLanguage, String), REQ(Query, String)};
 
 #undef REQ
 #undef OPT
 #undef FLAG
 
-#define OP(name, result) {Operation::name, #name, k##name, sizeof(k##name) / sizeof(ParamSpec), ResultKind::result}
+#define OP(name, result)                                                                           \
+    {                                                                                              \
+        Operation::name, #name, k##name, sizeof(k##name) / sizeof(ParamSpec), ResultKind::result   \
+    }
 const OperationSpec kOperations[] = {
     OP(GetClass, Class),
     OP(EnumerateClasses, Classes),
@@ -77,40 +102,69 @@ const OperationSpec kOperations[] = {
 #undef OP
 
 const char* const kParamNames[] = {
-    "ClassName",       "InstanceName", "ObjectName",    "LocalOnly",    "DeepInheritance", "IncludeQualifiers",
-    "IncludeClassOrigin", "PropertyList", "AssocClass", "ResultClass",  "Role",            "ResultRole",
-    "NewInstance",     "ModifiedInstance", "NewClass",  "ModifiedClass", "PropertyName",   "NewValue",
-    "QueryLanguage",   "Query",
+    "ClassName",
+    "InstanceName",
+    "ObjectName",
+    "LocalOnly",
+    "DeepInheritance",
+    "IncludeQualifiers",
+    "IncludeClassOrigin",
+    "PropertyList",
+    "AssocClass",
+    "ResultClass",
+    "Role",
+    "ResultRole",
+    "NewInstance",
+    "ModifiedInstance",
+    "NewClass",
+    "ModifiedClass",
+    "PropertyName",
+    "NewValue",
+    "QueryLanguage",
+    "Query",
 };
-static_assert(sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount, "one name per parameter");
+static_assert(
+    sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount,
+    "one name per parameter");
 
 }  // namespace
 
-const OperationSpec* findIntrinsic(const char* name) {
-  for (const OperationSpec& op : kOperations)
-    if (op.operation != Operation::InvokeMethod && strcasecmp(op.name, name) == 0) return &op;
-  return nullptr;
+const OperationSpec* findIntrinsic(const char* name)
+{
+    for (const OperationSpec& op : kOperations)
+        if (op.operation != Operation::InvokeMethod && strcasecmp(op.name, name) == 0)
+            return &op;
+    return nullptr;
 }
 
-const OperationSpec& specOf(Operation op) {
-  for (const OperationSpec& s : kOperations)
-    if (s.operation == op) return s;
-  return kOperations[sizeof(kOperations) / sizeof(kOperations[0]) - 1];
+const OperationSpec& specOf(Operation op)
+{
+    for (const OperationSpec& s : kOperations)
+        if (s.operation == op)
+            return s;
+    return kOperations[sizeof(kOperations) / sizeof(kOperations[0]) - 1];
 }
 
-const ParamSpec* findParam(const OperationSpec& op, const char* name) {
-  for (size_t i = 0; i < op.paramCount; ++i)
-    if (strcasecmp(op.params[i].name, name) == 0) return &op.params[i];
-  return nullptr;
+const ParamSpec* findParam(const OperationSpec& op, const char* name)
+{
+    for (size_t i = 0; i < op.paramCount; ++i)
+        if (strcasecmp(op.params[i].name, name) == 0)
+            return &op.params[i];
+    return nullptr;
 }
 
-const ParamSpec* findParam(const OperationSpec& op, Param param) {
-  for (size_t i = 0; i < op.paramCount; ++i)
-    if (op.params[i].param == param) return &op.params[i];
-  return nullptr;
+const ParamSpec* findParam(const OperationSpec& op, Param param)
+{
+    for (size_t i = 0; i < op.paramCount; ++i)
+        if (op.params[i].param == param)
+            return &op.params[i];
+    return nullptr;
 }
 
-const char* paramName(Param param) { return kParamNames[static_cast<size_t>(param)]; }
+const char* paramName(Param param)
+{
+    return kParamNames[static_cast<size_t>(param)];
+}
 
 }  // namespace cimxml
 }  // namespace qel

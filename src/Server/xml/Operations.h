@@ -6,103 +6,111 @@
 
 #include <cstddef>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
-enum class Operation {
-  GetClass,
-  EnumerateClasses,
-  EnumerateClassNames,
-  CreateClass,
-  ModifyClass,
-  DeleteClass,
-  GetInstance,
-  EnumerateInstances,
-  EnumerateInstanceNames,
-  CreateInstance,
-  ModifyInstance,
-  DeleteInstance,
-  Associators,
-  AssociatorNames,
-  References,
-  ReferenceNames,
-  GetProperty,
-  SetProperty,
-  ExecQuery,
-  InvokeMethod,  // extrinsic: METHODCALL
+enum class Operation
+{
+    GetClass,
+    EnumerateClasses,
+    EnumerateClassNames,
+    CreateClass,
+    ModifyClass,
+    DeleteClass,
+    GetInstance,
+    EnumerateInstances,
+    EnumerateInstanceNames,
+    CreateInstance,
+    ModifyInstance,
+    DeleteInstance,
+    Associators,
+    AssociatorNames,
+    References,
+    ReferenceNames,
+    GetProperty,
+    SetProperty,
+    ExecQuery,
+    InvokeMethod,  // extrinsic: METHODCALL
 };
 
 // Intrinsic parameters (IPARAMVALUE NAME).
-enum class Param {
-  ClassName,
-  InstanceName,
-  ObjectName,
-  LocalOnly,
-  DeepInheritance,
-  IncludeQualifiers,
-  IncludeClassOrigin,
-  PropertyList,
-  AssocClass,
-  ResultClass,
-  Role,
-  ResultRole,
-  NewInstance,
-  ModifiedInstance,
-  NewClass,
-  ModifiedClass,
-  PropertyName,
-  NewValue,
-  QueryLanguage,
-  Query,
-  Count_
+enum class Param
+{
+    ClassName,
+    InstanceName,
+    ObjectName,
+    LocalOnly,
+    DeepInheritance,
+    IncludeQualifiers,
+    IncludeClassOrigin,
+    PropertyList,
+    AssocClass,
+    ResultClass,
+    Role,
+    ResultRole,
+    NewInstance,
+    ModifiedInstance,
+    NewClass,
+    ModifiedClass,
+    PropertyName,
+    NewValue,
+    QueryLanguage,
+    Query,
+    Count_
 };
 constexpr size_t kParamCount = static_cast<size_t>(Param::Count_);
 
 // What an IPARAMVALUE carries.
-enum class ParamKind {
-  Boolean,        // VALUE TRUE/FALSE
-  String,         // VALUE text
-  ClassName,      // CLASSNAME (may be absent = NULL)
-  InstanceName,   // INSTANCENAME
-  ObjectName,     // CLASSNAME or INSTANCENAME
-  Instance,       // INSTANCE
-  NamedInstance,  // VALUE.NAMEDINSTANCE
-  Class,          // CLASS
-  PropertyList,   // VALUE.ARRAY of VALUE, absent = NULL list
-  PropertyName,   // VALUE holding a property name
-  Value,          // VALUE / VALUE.ARRAY / VALUE.REFERENCE, untyped
+enum class ParamKind
+{
+    Boolean,        // VALUE TRUE/FALSE
+    String,         // VALUE text
+    ClassName,      // CLASSNAME (may be absent = NULL)
+    InstanceName,   // INSTANCENAME
+    ObjectName,     // CLASSNAME or INSTANCENAME
+    Instance,       // INSTANCE
+    NamedInstance,  // VALUE.NAMEDINSTANCE
+    Class,          // CLASS
+    PropertyList,   // VALUE.ARRAY of VALUE, absent = NULL list
+    PropertyName,   // VALUE holding a property name
+    Value,          // VALUE / VALUE.ARRAY / VALUE.REFERENCE, untyped
 };
 
 // What IRETURNVALUE holds.
-enum class ResultKind {
-  Nothing,          // no IRETURNVALUE
-  Class,            // CLASS
-  Classes,          // CLASS*
-  ClassNames,       // CLASSNAME*
-  Instance,         // INSTANCE
-  NamedInstances,   // VALUE.NAMEDINSTANCE*
-  InstanceNames,    // INSTANCENAME*
-  CreatedName,      // INSTANCENAME
-  ObjectsWithPath,  // VALUE.OBJECTWITHPATH*
-  ObjectPaths,      // OBJECTPATH*
-  PropertyValue,    // VALUE / VALUE.ARRAY / VALUE.REFERENCE, or nothing for NULL
-  MethodResult,     // extrinsic: RETURNVALUE + PARAMVALUE*
+enum class ResultKind
+{
+    Nothing,          // no IRETURNVALUE
+    Class,            // CLASS
+    Classes,          // CLASS*
+    ClassNames,       // CLASSNAME*
+    Instance,         // INSTANCE
+    NamedInstances,   // VALUE.NAMEDINSTANCE*
+    InstanceNames,    // INSTANCENAME*
+    CreatedName,      // INSTANCENAME
+    ObjectsWithPath,  // VALUE.OBJECTWITHPATH*
+    ObjectPaths,      // OBJECTPATH*
+    PropertyValue,    // VALUE / VALUE.ARRAY / VALUE.REFERENCE, or nothing for NULL
+    MethodResult,     // extrinsic: RETURNVALUE + PARAMVALUE*
 };
 
-struct ParamSpec {
-  Param param;
-  const char* name;
-  ParamKind kind;
-  bool required;
-  bool booleanDefault;  // for Boolean parameters
+struct ParamSpec
+{
+    Param param;
+    const char* name;
+    ParamKind kind;
+    bool required;
+    bool booleanDefault;  // for Boolean parameters
 };
 
-struct OperationSpec {
-  Operation operation;
-  const char* name;
-  const ParamSpec* params;
-  size_t paramCount;
-  ResultKind result;
+struct OperationSpec
+{
+    Operation operation;
+    const char* name;
+    const ParamSpec* params;
+    size_t paramCount;
+    ResultKind result;
 };
 
 // Case-insensitive lookup of an intrinsic method name; nullptr when unknown.

@@ -6,22 +6,27 @@
 #include <stdexcept>
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
-class ProtocolError : public std::runtime_error {
- public:
-  ProtocolError(int httpStatus, std::string cimError, const std::string& message)
-      : std::runtime_error(message), httpStatus_(httpStatus), cimError_(std::move(cimError)) {}
-  int httpStatus() const { return httpStatus_; }
-  // Value of the CIMError header: "request-not-well-formed", "request-not-valid",
-  // "unsupported-operation", "header-mismatch", "unsupported-cim-version",
-  // "unsupported-dtd-version", "unsupported-protocol-version", "multiple-requests-unsupported".
-  const std::string& cimError() const { return cimError_; }
+class ProtocolError : public std::runtime_error
+{
+public:
+    ProtocolError(int httpStatus, std::string cimError, const std::string& message)
+        : std::runtime_error(message), httpStatus_(httpStatus), cimError_(std::move(cimError))
+    {
+    }
+    int httpStatus() const { return httpStatus_; }
+    // Value of the CIMError header: "request-not-well-formed", "request-not-valid",
+    // "unsupported-operation", "header-mismatch", "unsupported-cim-version",
+    // "unsupported-dtd-version", "unsupported-protocol-version", "multiple-requests-unsupported".
+    const std::string& cimError() const { return cimError_; }
 
- private:
-  int httpStatus_;
-  std::string cimError_;
+private:
+    int httpStatus_;
+    std::string cimError_;
 };
 
 }  // namespace cimxml

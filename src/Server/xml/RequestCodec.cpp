@@ -13,334 +13,452 @@
 
 using namespace Pegasus;
 
-namespace qel {
-namespace cimxml {
-namespace {
+namespace qel
+{
+namespace cimxml
+{
+namespace
+{
 
-bool is(pugi::xml_node node, const char* name) { return std::strcmp(node.name(), name) == 0; }
+bool is(pugi::xml_node node, const char* name)
+{
+    return std::strcmp(node.name(), name) == 0;
+}
 
-[[noreturn]] void notValid(const std::string& what) { throw ProtocolError(400, "request-not-valid", what); }
+[[noreturn]] void notValid(const std::string& what)
+{
+    throw ProtocolError(400, "request-not-valid", what);
+}
 
 // Major version "2.x" of CIMVERSION/DTDVERSION, "1.x" of PROTOCOLVERSION.
-bool majorVersionIs(const char* version, char major) {
-  return version[0] == major && (version[1] == '\0' || version[1] == '.');
+bool majorVersionIs(const char* version, char major)
+{
+    return version[0] == major && (version[1] == '\0' || version[1] == '.');
 }
 
-void requireVersion(pugi::xml_node node, const char* attribute, char major, const char* cimError) {
-  pugi::xml_attribute a = node.attribute(attribute);
-  if (!a) notValid(std::string(node.name()) + " has no " + attribute + " attribute");
-  if (!majorVersionIs(a.value(), major))
-    throw ProtocolError(501, cimError, std::string(attribute) + " \"" + a.value() + "\" is not supported");
+void requireVersion(pugi::xml_node node, const char* attribute, char major, const char* cimError)
+{
+    pugi::xml_attribute a = node.attribute(attribute);
+    if (!a)
+        notValid(std::string(node.name()) + " has no " + attribute + " attribute");
+    if (!majorVersionIs(a.value(), major))
+        throw ProtocolError(
+            501, cimError, std::string(attribute) + " \"" + a.value() + "\" is not supported");
 }
 
-void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlReader& reader) {
-  const std::vector<pugi::xml_node> children = elementChildren(ip);
-  if (children.size() > 1) invalidElement(ip, "an IPARAMVALUE holds at most one value");
-  pugi::xml_node v = children.empty() ? pugi::xml_node() : children[0];
-  auto expect = [&](const char* a, const char* b = nullptr) {
-    if (!v) invalidElement(ip, std::string("parameter ") + def.name + " needs a value");
-    if (!is(v, a) && !(b && is(v, b)))
-      invalidElement(v, std::string("parameter ") + def.name + " expects " + a + (b ? std::string(" or ") + b : ""));
-  };
-  switch (def.kind) {
-    case ParamKind::Boolean: {
-      expect("VALUE");
-      bool b;
-      if (!parseBooleanText(elementText(v), b))
-        invalidElement(v, std::string("parameter ") + def.name + " must be TRUE or FALSE");
-      switch (def.param) {
-        case Param::LocalOnly: r.localOnly = b; break;
-        case Param::DeepInheritance: r.deepInheritance = b; break;
-        case Param::IncludeQualifiers: r.includeQualifiers = b; break;
-        case Param::IncludeClassOrigin: r.includeClassOrigin = b; break;
-        default: break;
-      }
-      break;
-    }
-    case ParamKind::String: {
-      String s;
-      if (v) {
-        expect("VALUE");
-        s = reader.untypedValue(v).toString();
-      }
-      if (def.param == Param::Role) r.role = s;
-      else if (def.param == Param::ResultRole) r.resultRole = s;
-      else if (def.param == Param::QueryLanguage) r.queryLanguage = s;
-      else if (def.param == Param::Query) r.query = s;
-      break;
-    }
-    case ParamKind::ClassName: {
-      CIMName name;
-      if (v) {
-        expect("CLASSNAME");
-        name = reader.className(v);
-      } else if (def.required) {
-        invalidElement(ip, std::string("parameter ") + def.name + " must not be NULL");
-      }
-      if (def.param == Param::ClassName) r.className = name;
-      else if (def.param == Param::AssocClass) r.assocClass = name;
-      else if (def.param == Param::ResultClass) r.resultClass = name;
-      break;
-    }
-    case ParamKind::InstanceName:
-      expect("INSTANCENAME");
-      r.objectName = reader.instanceName(v);
-      break;
-    case ParamKind::ObjectName:
-      expect("INSTANCENAME", "CLASSNAME");
-      r.objectName = reader.anyPath(v);
-      break;
-    case ParamKind::Instance:
-      expect("INSTANCE");
-      r.instance = reader.instance(v);
-      break;
-    case ParamKind::NamedInstance:
-      expect("VALUE.NAMEDINSTANCE");
-      r.instance = reader.namedInstance(v);
-      break;
-    case ParamKind::Class:
-      expect("CLASS");
-      r.cimClass = reader.cimClass(v);
-      break;
-    case ParamKind::PropertyList:
-      if (v) {
-        expect("VALUE.ARRAY");
-        r.propertyList = reader.propertyList(v);
-      }
-      break;
-    case ParamKind::PropertyName: {
-      expect("VALUE");
-      const std::string text = elementText(v);
-      const String s = fromUtf8(text.c_str(), "PropertyName");
-      if (!CIMName::legal(s))
-        invalidElement(v, "PropertyName \"" + text + "\" is not a valid property name");
-      r.propertyName = CIMName(s);
-      break;
-    }
-    case ParamKind::Value:
-      r.newValue = v ? reader.untypedValue(v) : CIMValue();
-      break;
-  }
-}
-
-void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader) {
-  CimRequest& r = d.request;
-  const OperationSpec* def = findIntrinsic(call.attribute("NAME").value());
-  if (!def) {
-    d.failed = true;
-    d.error = CIMException(CIM_ERR_NOT_SUPPORTED, "unknown intrinsic method " + r.methodName);
-    return;
-  }
-  r.operation = def->operation;
-  r.applyDefaults();
-  const std::vector<pugi::xml_node> children = elementChildren(call);
-  size_t i = 0;
-  while (i < children.size() && is(children[i], "CORRELATOR")) ++i;
-  if (i == children.size() || !is(children[i], "LOCALNAMESPACEPATH"))
-    invalidElement(call, "IMETHODCALL must name its namespace in LOCALNAMESPACEPATH");
-  r.nameSpace = reader.localNamespacePath(children[i++]);
-  for (; i < children.size(); ++i) {
-    pugi::xml_node ip = children[i];
-    if (!is(ip, "IPARAMVALUE")) invalidElement(ip, "expected IPARAMVALUE");
-    const char* name = ip.attribute("NAME").value();
-    if (!ip.attribute("NAME")) invalidElement(ip, "missing attribute NAME");
-    const ParamSpec* p = findParam(*def, name);
-    if (!p) invalidElement(ip, std::string("unknown parameter \"") + name + "\" for " + def->name);
-    const size_t bit = static_cast<size_t>(p->param);
-    if (r.present.test(bit)) invalidElement(ip, std::string("parameter ") + p->name + " given twice");
-    setParam(r, *p, ip, reader);
-    r.present.set(bit);
-  }
-  for (size_t k = 0; k < def->paramCount; ++k) {
-    const ParamSpec& p = def->params[k];
-    if (p.required && !r.has(p.param))
-      invalidElement(call, std::string("missing required parameter ") + p.name + " for " + def->name);
-  }
-}
-
-void decodeExtrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader) {
-  CimRequest& r = d.request;
-  r.operation = Operation::InvokeMethod;
-  if (!CIMName::legal(r.methodName)) invalidElement(call, "method NAME is not a valid CIM name");
-  const std::vector<pugi::xml_node> children = elementChildren(call);
-  size_t i = 0;
-  while (i < children.size() && is(children[i], "CORRELATOR")) ++i;
-  if (i == children.size() || (!is(children[i], "LOCALINSTANCEPATH") && !is(children[i], "LOCALCLASSPATH")))
-    invalidElement(call, "METHODCALL must name its target in LOCALINSTANCEPATH or LOCALCLASSPATH");
-  CIMObjectPath target = reader.anyPath(children[i++]);
-  r.nameSpace = target.getNameSpace();
-  target.setNameSpace(CIMNamespaceName());
-  r.target = target;
-  for (; i < children.size(); ++i) {
-    if (!is(children[i], "PARAMVALUE")) invalidElement(children[i], "expected PARAMVALUE");
-    const CIMParamValue pv = reader.paramValue(children[i]);
-    for (Uint32 k = 0; k < r.inParameters.size(); ++k)
-      if (String::equalNoCase(r.inParameters[k].getParameterName(), pv.getParameterName()))
-        invalidElement(children[i], "parameter " + toUtf8(pv.getParameterName()) + " given twice");
-    r.inParameters.append(pv);
-  }
-}
-
-void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p) {
-  out += "<IPARAMVALUE NAME=\"";
-  out += p.name;
-  out += "\">";
-  switch (p.kind) {
-    case ParamKind::Boolean: {
-      bool b = false;
-      if (p.param == Param::LocalOnly) b = r.localOnly;
-      else if (p.param == Param::DeepInheritance) b = r.deepInheritance;
-      else if (p.param == Param::IncludeQualifiers) b = r.includeQualifiers;
-      else if (p.param == Param::IncludeClassOrigin) b = r.includeClassOrigin;
-      out += b ? "<VALUE>TRUE</VALUE>" : "<VALUE>FALSE</VALUE>";
-      break;
-    }
-    case ParamKind::String: {
-      const String& s = p.param == Param::Role ? r.role
-                        : p.param == Param::ResultRole ? r.resultRole
-                        : p.param == Param::QueryLanguage ? r.queryLanguage
-                                                          : r.query;
-      out += "<VALUE>";
-      appendEscaped(out, s);
-      out += "</VALUE>";
-      break;
-    }
-    case ParamKind::ClassName: {
-      const CIMName& n = p.param == Param::ClassName ? r.className
-                         : p.param == Param::AssocClass ? r.assocClass
-                                                        : r.resultClass;
-      if (!n.isNull()) writeClassName(out, n);
-      break;
-    }
-    case ParamKind::InstanceName: writeInstanceName(out, r.objectName); break;
-    case ParamKind::ObjectName:
-      if (r.objectName.getKeyBindings().size() == 0)
-        writeClassName(out, r.objectName.getClassName());
-      else
-        writeInstanceName(out, r.objectName);
-      break;
-    case ParamKind::Instance: writeInstance(out, r.instance); break;
-    case ParamKind::NamedInstance: writeNamedInstance(out, r.instance); break;
-    case ParamKind::Class: writeClass(out, r.cimClass); break;
-    case ParamKind::PropertyList:
-      if (!r.propertyList.isNull()) {
-        out += "<VALUE.ARRAY>";
-        for (Uint32 i = 0; i < r.propertyList.size(); ++i) {
-          out += "<VALUE>";
-          appendEscaped(out, r.propertyList[i].getString());
-          out += "</VALUE>";
+void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlReader& reader)
+{
+    const std::vector<pugi::xml_node> children = elementChildren(ip);
+    if (children.size() > 1)
+        invalidElement(ip, "an IPARAMVALUE holds at most one value");
+    pugi::xml_node v = children.empty() ? pugi::xml_node() : children[0];
+    auto expect = [&](const char* a, const char* b = nullptr)
+    {
+        if (!v)
+            invalidElement(ip, std::string("parameter ") + def.name + " needs a value");
+        if (!is(v, a) && !(b && is(v, b)))
+            invalidElement(
+                v, std::string("parameter ") + def.name + " expects " + a +
+                       (b ? std::string(" or ") + b : ""));
+    };
+    switch (def.kind)
+    {
+        case ParamKind::Boolean:
+        {
+            expect("VALUE");
+            bool b;
+            if (!parseBooleanText(elementText(v), b))
+                invalidElement(v, std::string("parameter ") + def.name + " must be TRUE or FALSE");
+            switch (def.param)
+            {
+                case Param::LocalOnly:
+                    r.localOnly = b;
+                    break;
+                case Param::DeepInheritance:
+                    r.deepInheritance = b;
+                    break;
+                case Param::IncludeQualifiers:
+                    r.includeQualifiers = b;
+                    break;
+                case Param::IncludeClassOrigin:
+                    r.includeClassOrigin = b;
+                    break;
+                default:
+                    break;
+            }
+            break;
         }
-        out += "</VALUE.ARRAY>";
-      }
-      break;
-    case ParamKind::PropertyName:
-      out += "<VALUE>";
-      appendEscaped(out, r.propertyName.getString());
-      out += "</VALUE>";
-      break;
-    case ParamKind::Value: writeValue(out, r.newValue); break;
-  }
-  out += "</IPARAMVALUE>";
+        case ParamKind::String:
+        {
+            String s;
+            if (v)
+            {
+                expect("VALUE");
+                s = reader.untypedValue(v).toString();
+            }
+            if (def.param == Param::Role)
+                r.role = s;
+            else if (def.param == Param::ResultRole)
+                r.resultRole = s;
+            else if (def.param == Param::QueryLanguage)
+                r.queryLanguage = s;
+            else if (def.param == Param::Query)
+                r.query = s;
+            break;
+        }
+        case ParamKind::ClassName:
+        {
+            CIMName name;
+            if (v)
+            {
+                expect("CLASSNAME");
+                name = reader.className(v);
+            }
+            else if (def.required)
+            {
+                invalidElement(ip, std::string("parameter ") + def.name + " must not be NULL");
+            }
+            if (def.param == Param::ClassName)
+                r.className = name;
+            else if (def.param == Param::AssocClass)
+                r.assocClass = name;
+            else if (def.param == Param::ResultClass)
+                r.resultClass = name;
+            break;
+        }
+        case ParamKind::InstanceName:
+            expect("INSTANCENAME");
+            r.objectName = reader.instanceName(v);
+            break;
+        case ParamKind::ObjectName:
+            expect("INSTANCENAME", "CLASSNAME");
+            r.objectName = reader.anyPath(v);
+            break;
+        case ParamKind::Instance:
+            expect("INSTANCE");
+            r.instance = reader.instance(v);
+            break;
+        case ParamKind::NamedInstance:
+            expect("VALUE.NAMEDINSTANCE");
+            r.instance = reader.namedInstance(v);
+            break;
+        case ParamKind::Class:
+            expect("CLASS");
+            r.cimClass = reader.cimClass(v);
+            break;
+        case ParamKind::PropertyList:
+            if (v)
+            {
+                expect("VALUE.ARRAY");
+                r.propertyList = reader.propertyList(v);
+            }
+            break;
+        case ParamKind::PropertyName:
+        {
+            expect("VALUE");
+            const std::string text = elementText(v);
+            const String s = fromUtf8(text.c_str(), "PropertyName");
+            if (!CIMName::legal(s))
+                invalidElement(v, "PropertyName \"" + text + "\" is not a valid property name");
+            r.propertyName = CIMName(s);
+            break;
+        }
+        case ParamKind::Value:
+            r.newValue = v ? reader.untypedValue(v) : CIMValue();
+            break;
+    }
+}
+
+void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader)
+{
+    CimRequest& r = d.request;
+    const OperationSpec* def = findIntrinsic(call.attribute("NAME").value());
+    if (!def)
+    {
+        d.failed = true;
+        d.error = CIMException(CIM_ERR_NOT_SUPPORTED, "unknown intrinsic method " + r.methodName);
+        return;
+    }
+    r.operation = def->operation;
+    r.applyDefaults();
+    const std::vector<pugi::xml_node> children = elementChildren(call);
+    size_t i = 0;
+    while (i < children.size() && is(children[i], "CORRELATOR"))
+        ++i;
+    if (i == children.size() || !is(children[i], "LOCALNAMESPACEPATH"))
+        invalidElement(call, "IMETHODCALL must name its namespace in LOCALNAMESPACEPATH");
+    r.nameSpace = reader.localNamespacePath(children[i++]);
+    for (; i < children.size(); ++i)
+    {
+        pugi::xml_node ip = children[i];
+        if (!is(ip, "IPARAMVALUE"))
+            invalidElement(ip, "expected IPARAMVALUE");
+        const char* name = ip.attribute("NAME").value();
+        if (!ip.attribute("NAME"))
+            invalidElement(ip, "missing attribute NAME");
+        const ParamSpec* p = findParam(*def, name);
+        if (!p)
+            invalidElement(ip, std::string("unknown parameter \"") + name + "\" for " + def->name);
+        const size_t bit = static_cast<size_t>(p->param);
+        if (r.present.test(bit))
+            invalidElement(ip, std::string("parameter ") + p->name + " given twice");
+        setParam(r, *p, ip, reader);
+        r.present.set(bit);
+    }
+    for (size_t k = 0; k < def->paramCount; ++k)
+    {
+        const ParamSpec& p = def->params[k];
+        if (p.required && !r.has(p.param))
+            invalidElement(
+                call, std::string("missing required parameter ") + p.name + " for " + def->name);
+    }
+}
+
+void decodeExtrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader)
+{
+    CimRequest& r = d.request;
+    r.operation = Operation::InvokeMethod;
+    if (!CIMName::legal(r.methodName))
+        invalidElement(call, "method NAME is not a valid CIM name");
+    const std::vector<pugi::xml_node> children = elementChildren(call);
+    size_t i = 0;
+    while (i < children.size() && is(children[i], "CORRELATOR"))
+        ++i;
+    if (i == children.size() ||
+        (!is(children[i], "LOCALINSTANCEPATH") && !is(children[i], "LOCALCLASSPATH")))
+        invalidElement(
+            call, "METHODCALL must name its target in LOCALINSTANCEPATH or LOCALCLASSPATH");
+    CIMObjectPath target = reader.anyPath(children[i++]);
+    r.nameSpace = target.getNameSpace();
+    target.setNameSpace(CIMNamespaceName());
+    r.target = target;
+    for (; i < children.size(); ++i)
+    {
+        if (!is(children[i], "PARAMVALUE"))
+            invalidElement(children[i], "expected PARAMVALUE");
+        const CIMParamValue pv = reader.paramValue(children[i]);
+        for (Uint32 k = 0; k < r.inParameters.size(); ++k)
+            if (String::equalNoCase(r.inParameters[k].getParameterName(), pv.getParameterName()))
+                invalidElement(
+                    children[i], "parameter " + toUtf8(pv.getParameterName()) + " given twice");
+        r.inParameters.append(pv);
+    }
+}
+
+void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p)
+{
+    out += "<IPARAMVALUE NAME=\"";
+    out += p.name;
+    out += "\">";
+    switch (p.kind)
+    {
+        case ParamKind::Boolean:
+        {
+            bool b = false;
+            if (p.param == Param::LocalOnly)
+                b = r.localOnly;
+            else if (p.param == Param::DeepInheritance)
+                b = r.deepInheritance;
+            else if (p.param == Param::IncludeQualifiers)
+                b = r.includeQualifiers;
+            else if (p.param == Param::IncludeClassOrigin)
+                b = r.includeClassOrigin;
+            out += b ? "<VALUE>TRUE</VALUE>" : "<VALUE>FALSE</VALUE>";
+            break;
+        }
+        case ParamKind::String:
+        {
+            const String& s = p.param == Param::Role            ? r.role
+                              : p.param == Param::ResultRole    ? r.resultRole
+                              : p.param == Param::QueryLanguage ? r.queryLanguage
+                                                                : r.query;
+            out += "<VALUE>";
+            appendEscaped(out, s);
+            out += "</VALUE>";
+            break;
+        }
+        case ParamKind::ClassName:
+        {
+            const CIMName& n = p.param == Param::ClassName    ? r.className
+                               : p.param == Param::AssocClass ? r.assocClass
+                                                              : r.resultClass;
+            if (!n.isNull())
+                writeClassName(out, n);
+            break;
+        }
+        case ParamKind::InstanceName:
+            writeInstanceName(out, r.objectName);
+            break;
+        case ParamKind::ObjectName:
+            if (r.objectName.getKeyBindings().size() == 0)
+                writeClassName(out, r.objectName.getClassName());
+            else
+                writeInstanceName(out, r.objectName);
+            break;
+        case ParamKind::Instance:
+            writeInstance(out, r.instance);
+            break;
+        case ParamKind::NamedInstance:
+            writeNamedInstance(out, r.instance);
+            break;
+        case ParamKind::Class:
+            writeClass(out, r.cimClass);
+            break;
+        case ParamKind::PropertyList:
+            if (!r.propertyList.isNull())
+            {
+                out += "<VALUE.ARRAY>";
+                for (Uint32 i = 0; i < r.propertyList.size(); ++i)
+                {
+                    out += "<VALUE>";
+                    appendEscaped(out, r.propertyList[i].getString());
+                    out += "</VALUE>";
+                }
+                out += "</VALUE.ARRAY>";
+            }
+            break;
+        case ParamKind::PropertyName:
+            out += "<VALUE>";
+            appendEscaped(out, r.propertyName.getString());
+            out += "</VALUE>";
+            break;
+        case ParamKind::Value:
+            writeValue(out, r.newValue);
+            break;
+    }
+    out += "</IPARAMVALUE>";
 }
 
 }  // namespace
 
-void CimRequest::applyDefaults() {
-  const OperationSpec& def = specOf(operation);
-  for (size_t i = 0; i < def.paramCount; ++i) {
-    const ParamSpec& p = def.params[i];
-    if (p.kind != ParamKind::Boolean) continue;
-    if (p.param == Param::LocalOnly) localOnly = p.booleanDefault;
-    else if (p.param == Param::DeepInheritance) deepInheritance = p.booleanDefault;
-    else if (p.param == Param::IncludeQualifiers) includeQualifiers = p.booleanDefault;
-    else if (p.param == Param::IncludeClassOrigin) includeClassOrigin = p.booleanDefault;
-  }
-}
-
-DecodedRequest decodeRequest(const char* body, size_t size) {
-  pugi::xml_document doc;
-  parseDocument(doc, body, size);
-  const std::vector<pugi::xml_node> top = [&] {
-    try {
-      return elementChildren(doc);
-    } catch (const CIMException&) {
-      notValid("text outside the CIM element");
-    }
-  }();
-  if (top.size() != 1 || !is(top[0], "CIM")) notValid("the document element must be CIM");
-  pugi::xml_node cim = top[0];
-  requireVersion(cim, "CIMVERSION", '2', "unsupported-cim-version");
-  requireVersion(cim, "DTDVERSION", '2', "unsupported-dtd-version");
-
-  pugi::xml_node message = cim.child("MESSAGE");
-  if (!message) notValid("CIM must hold a MESSAGE");
-  if (!message.attribute("ID")) notValid("MESSAGE has no ID attribute");
-  requireVersion(message, "PROTOCOLVERSION", '1', "unsupported-protocol-version");
-  if (message.child("MULTIREQ"))
-    throw ProtocolError(501, "multiple-requests-unsupported", "multiple requests are not supported");
-  pugi::xml_node simple = message.child("SIMPLEREQ");
-  if (!simple) notValid("MESSAGE must hold a SIMPLEREQ");
-
-  pugi::xml_node call;
-  for (pugi::xml_node c = simple.first_child(); c; c = c.next_sibling()) {
-    if (c.type() != pugi::node_element || is(c, "CORRELATOR")) continue;
-    if (call) notValid("SIMPLEREQ holds more than one call");
-    call = c;
-  }
-  if (!call || (!is(call, "IMETHODCALL") && !is(call, "METHODCALL")))
-    notValid("SIMPLEREQ must hold an IMETHODCALL or a METHODCALL");
-  if (!call.attribute("NAME") || !*call.attribute("NAME").value())
-    notValid(std::string(call.name()) + " has no NAME attribute");
-
-  DecodedRequest d;
-  d.request.messageId = message.attribute("ID").value();
-  if (is(call, "METHODCALL")) d.request.operation = Operation::InvokeMethod;
-  CimXmlReader reader;
-  try {
-    d.request.methodName = fromUtf8(call.attribute("NAME").value(), "method NAME");
-    if (is(call, "IMETHODCALL"))
-      decodeIntrinsic(call, d, reader);
-    else
-      decodeExtrinsic(call, d, reader);
-  } catch (const CIMException& e) {
-    d.failed = true;
-    d.error = e;
-  } catch (const Exception& e) {
-    d.failed = true;
-    d.error = CIMException(CIM_ERR_INVALID_PARAMETER, e.getMessage());
-  }
-  return d;
-}
-
-std::string encodeRequest(const CimRequest& r) {
-  std::string out;
-  out.reserve(512);
-  out += "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
-  out += "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"";
-  appendEscaped(out, r.messageId);
-  out += "\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>";
-  if (r.operation == Operation::InvokeMethod) {
-    out += "<METHODCALL NAME=\"";
-    appendEscaped(out, r.methodName);
-    out += "\">";
-    CIMObjectPath target = r.target;
-    target.setHost(String());
-    target.setNameSpace(r.nameSpace);
-    writeLocalObjectPath(out, target);
-    for (Uint32 i = 0; i < r.inParameters.size(); ++i) writeParamValue(out, r.inParameters[i]);
-    out += "</METHODCALL>";
-  } else {
-    const OperationSpec& def = specOf(r.operation);
-    out += "<IMETHODCALL NAME=\"";
-    out += def.name;
-    out += "\">";
-    writeLocalNamespacePath(out, r.nameSpace);
+void CimRequest::applyDefaults()
+{
+    const OperationSpec& def = specOf(operation);
     for (size_t i = 0; i < def.paramCount; ++i)
-      if (r.has(def.params[i].param)) writeParam(out, r, def.params[i]);
-    out += "</IMETHODCALL>";
-  }
-  out += "</SIMPLEREQ></MESSAGE></CIM>\n";
-  return out;
+    {
+        const ParamSpec& p = def.params[i];
+        if (p.kind != ParamKind::Boolean)
+            continue;
+        if (p.param == Param::LocalOnly)
+            localOnly = p.booleanDefault;
+        else if (p.param == Param::DeepInheritance)
+            deepInheritance = p.booleanDefault;
+        else if (p.param == Param::IncludeQualifiers)
+            includeQualifiers = p.booleanDefault;
+        else if (p.param == Param::IncludeClassOrigin)
+            includeClassOrigin = p.booleanDefault;
+    }
+}
+
+DecodedRequest decodeRequest(const char* body, size_t size)
+{
+    pugi::xml_document doc;
+    parseDocument(doc, body, size);
+    const std::vector<pugi::xml_node> top = [&]
+    {
+        try
+        {
+            return elementChildren(doc);
+        }
+        catch (const CIMException&)
+        {
+            notValid("text outside the CIM element");
+        }
+    }();
+    if (top.size() != 1 || !is(top[0], "CIM"))
+        notValid("the document element must be CIM");
+    pugi::xml_node cim = top[0];
+    requireVersion(cim, "CIMVERSION", '2', "unsupported-cim-version");
+    requireVersion(cim, "DTDVERSION", '2', "unsupported-dtd-version");
+
+    pugi::xml_node message = cim.child("MESSAGE");
+    if (!message)
+        notValid("CIM must hold a MESSAGE");
+    if (!message.attribute("ID"))
+        notValid("MESSAGE has no ID attribute");
+    requireVersion(message, "PROTOCOLVERSION", '1', "unsupported-protocol-version");
+    if (message.child("MULTIREQ"))
+        throw ProtocolError(
+            501, "multiple-requests-unsupported", "multiple requests are not supported");
+    pugi::xml_node simple = message.child("SIMPLEREQ");
+    if (!simple)
+        notValid("MESSAGE must hold a SIMPLEREQ");
+
+    pugi::xml_node call;
+    for (pugi::xml_node c = simple.first_child(); c; c = c.next_sibling())
+    {
+        if (c.type() != pugi::node_element || is(c, "CORRELATOR"))
+            continue;
+        if (call)
+            notValid("SIMPLEREQ holds more than one call");
+        call = c;
+    }
+    if (!call || (!is(call, "IMETHODCALL") && !is(call, "METHODCALL")))
+        notValid("SIMPLEREQ must hold an IMETHODCALL or a METHODCALL");
+    if (!call.attribute("NAME") || !*call.attribute("NAME").value())
+        notValid(std::string(call.name()) + " has no NAME attribute");
+
+    DecodedRequest d;
+    d.request.messageId = message.attribute("ID").value();
+    if (is(call, "METHODCALL"))
+        d.request.operation = Operation::InvokeMethod;
+    CimXmlReader reader;
+    try
+    {
+        d.request.methodName = fromUtf8(call.attribute("NAME").value(), "method NAME");
+        if (is(call, "IMETHODCALL"))
+            decodeIntrinsic(call, d, reader);
+        else
+            decodeExtrinsic(call, d, reader);
+    }
+    catch (const CIMException& e)
+    {
+        d.failed = true;
+        d.error = e;
+    }
+    catch (const Exception& e)
+    {
+        d.failed = true;
+        d.error = CIMException(CIM_ERR_INVALID_PARAMETER, e.getMessage());
+    }
+    return d;
+}
+
+std::string encodeRequest(const CimRequest& r)
+{
+    std::string out;
+    out.reserve(512);
+    out += "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
+    out += "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"";
+    appendEscaped(out, r.messageId);
+    out += "\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>";
+    if (r.operation == Operation::InvokeMethod)
+    {
+        out += "<METHODCALL NAME=\"";
+        appendEscaped(out, r.methodName);
+        out += "\">";
+        CIMObjectPath target = r.target;
+        target.setHost(String());
+        target.setNameSpace(r.nameSpace);
+        writeLocalObjectPath(out, target);
+        for (Uint32 i = 0; i < r.inParameters.size(); ++i)
+            writeParamValue(out, r.inParameters[i]);
+        out += "</METHODCALL>";
+    }
+    else
+    {
+        const OperationSpec& def = specOf(r.operation);
+        out += "<IMETHODCALL NAME=\"";
+        out += def.name;
+        out += "\">";
+        writeLocalNamespacePath(out, r.nameSpace);
+        for (size_t i = 0; i < def.paramCount; ++i)
+            if (r.has(def.params[i].param))
+                writeParam(out, r, def.params[i]);
+        out += "</IMETHODCALL>";
+    }
+    out += "</SIMPLEREQ></MESSAGE></CIM>\n";
+    return out;
 }
 
 }  // namespace cimxml

@@ -7,16 +7,19 @@
 #include <cstddef>
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
-struct DecodedRequest {
-  CimRequest request;
-  // Set when the message names its operation but its content breaks the rules: the
-  // request must be answered with `error` (usually CIM_ERR_INVALID_PARAMETER, or
-  // CIM_ERR_NOT_SUPPORTED for an unknown intrinsic method).
-  bool failed = false;
-  Pegasus::CIMException error;
+struct DecodedRequest
+{
+    CimRequest request;
+    // Set when the message names its operation but its content breaks the rules: the
+    // request must be answered with `error` (usually CIM_ERR_INVALID_PARAMETER, or
+    // CIM_ERR_NOT_SUPPORTED for an unknown intrinsic method).
+    bool failed = false;
+    Pegasus::CIMException error;
 };
 
 // Throws ProtocolError when the document is not XML, not a CIM message, or a message that

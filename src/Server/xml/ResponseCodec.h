@@ -8,18 +8,23 @@
 #include <stdexcept>
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 // Writes the response document. Paths of association and query results that lack a host
 // or namespace are completed with `host` and `nameSpace` (the request's namespace).
-std::string encodeResponse(const CimResponse& response, const Pegasus::String& host,
-                           const Pegasus::CIMNamespaceName& nameSpace);
+std::string encodeResponse(
+    const CimResponse& response,
+    const Pegasus::String& host,
+    const Pegasus::CIMNamespaceName& nameSpace);
 
 // A response document the client cannot use (malformed, or not the answer to its request).
-class ResponseError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+class ResponseError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
 };
 
 // Reads the response to `request`. A CIM ERROR comes back as response.failed/error.

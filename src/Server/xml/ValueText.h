@@ -11,22 +11,25 @@
 #include <string>
 #include <vector>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 // Where a text comes from, as error messages name it. A description that costs something
 // to build (an element and its byte offset) is only made when an error is thrown: values
 // are read by the thousand and almost never fail.
-class TextOrigin {
- public:
-  TextOrigin(const char* description) : fixed_(description) {}
-  TextOrigin(const std::string& description) : fixed_(description.c_str()) {}
-  explicit TextOrigin(std::function<std::string()> describe) : describe_(std::move(describe)) {}
-  std::string str() const { return describe_ ? describe_() : std::string(fixed_); }
+class TextOrigin
+{
+public:
+    TextOrigin(const char* description) : fixed_(description) {}
+    TextOrigin(const std::string& description) : fixed_(description.c_str()) {}
+    explicit TextOrigin(std::function<std::string()> describe) : describe_(std::move(describe)) {}
+    std::string str() const { return describe_ ? describe_() : std::string(fixed_); }
 
- private:
-  const char* fixed_ = nullptr;
-  std::function<std::string()> describe_;
+private:
+    const char* fixed_ = nullptr;
+    std::function<std::string()> describe_;
 };
 
 // "uint16", "string", ... as in the TYPE attribute; nullptr for OBJECT/INSTANCE
@@ -42,9 +45,10 @@ void appendArrayTexts(std::vector<std::string>& out, const Pegasus::CIMValue& va
 
 // Parses text into a value of a simple type. Throws CIMException(CIM_ERR_INVALID_PARAMETER)
 // naming `where` and the text when it does not fit the type.
-Pegasus::CIMValue parseScalar(Pegasus::CIMType type, const std::string& text, const TextOrigin& where);
-Pegasus::CIMValue parseArray(Pegasus::CIMType type, const std::vector<std::string>& texts,
-                             const TextOrigin& where);
+Pegasus::CIMValue
+parseScalar(Pegasus::CIMType type, const std::string& text, const TextOrigin& where);
+Pegasus::CIMValue
+parseArray(Pegasus::CIMType type, const std::vector<std::string>& texts, const TextOrigin& where);
 
 // Boolean text as used by VALUE and the boolean IPARAMVALUEs: TRUE/FALSE in any case,
 // surrounding white space ignored.

@@ -6,8 +6,10 @@
 
 #include <string>
 
-namespace qel {
-namespace cimxml {
+namespace qel
+{
+namespace cimxml
+{
 
 // Appends text with the five XML special characters replaced by entity references.
 // Control characters other than TAB, LF and CR cannot appear in XML 1.0, so they are

@@ -5,27 +5,27 @@
 #include <algorithm>
 #include <set>
 
-namespace qelsim {
+namespace qelsim
+{
 
-namespace {
+namespace
+{
 
 // Port settings and port methods: granted to edit and super.
-const std::set<std::string>& editKeys() {
+const std::set<std::string>& editKeys()
+{
     static const std::set<std::string> k = {
-        "qel_fcport.modifyinstance",
-        "qel_fcalport.modifyinstance",
-        "qel_fcport.setoffline",
-        "qel_fcport.reset",
-        "qel_fcport.reloadfirmware",
-        "qel_fcport.syncdatabase",
-        "qel_fcport.initializeloop",
-        "qel_fcportlesbstatistics.resetselectedstats",
+        "qel_fcport.modifyinstance", "qel_fcalport.modifyinstance",
+        "qel_fcport.setoffline",     "qel_fcport.reset",
+        "qel_fcport.reloadfirmware", "qel_fcport.syncdatabase",
+        "qel_fcport.initializeloop", "qel_fcportlesbstatistics.resetselectedstats",
     };
     return k;
 }
 
 // Storage configuration and replication: granted to super only.
-const std::set<std::string>& superKeys() {
+const std::set<std::string>& superKeys()
+{
     static const std::set<std::string> k = {
         "qel_storageconfigurationservice.createormodifyelementfromstoragepool.createvolume",
         "qel_storageconfigurationservice.createormodifyelementfromstoragepool.growvolume",
@@ -69,33 +69,52 @@ const std::set<std::string>& superKeys() {
     return k;
 }
 
-bool addressAllowed(const User& u, const std::string& addr) {
-    if (u.addresses.empty()) return true;
+bool addressAllowed(const User& u, const std::string& addr)
+{
+    if (u.addresses.empty())
+        return true;
     auto ip = canonicalIp(addr);
-    if (!ip) return false;
+    if (!ip)
+        return false;
     return std::find(u.addresses.begin(), u.addresses.end(), ip->text) != u.addresses.end();
 }
 
-} // namespace
+}  // namespace
 
-bool knownKey(const std::string& key) { return editKeys().count(key) || superKeys().count(key); }
+bool knownKey(const std::string& key)
+{
+    return editKeys().count(key) || superKeys().count(key);
+}
 
-int openSession(const Model& m, const std::string& user) {
+int openSession(const Model& m, const std::string& user)
+{
     const User* u = m.user(user);
-    if (!u) return API_ERR_NOENT;
+    if (!u)
+        return API_ERR_NOENT;
     return u->enabled ? API_OK : API_ERR_PERM;
 }
 
-int authorize(const Model& m, const std::string& user, const std::string& addr, const std::string& key) {
-    if (!knownKey(key)) return API_AUTH_UNKNOWN_KEY;
+int authorize(
+    const Model& m,
+    const std::string& user,
+    const std::string& addr,
+    const std::string& key)
+{
+    if (!knownKey(key))
+        return API_AUTH_UNKNOWN_KEY;
     const User* u = m.user(user);
-    if (!u || !u->enabled || !addressAllowed(*u, addr)) return API_AUTH_NOT_ALLOWED;
-    switch (u->role) {
-    case Role::Super: return API_AUTH_GRANTED;
-    case Role::Edit: return editKeys().count(key) ? API_AUTH_GRANTED : API_AUTH_DENIED;
-    case Role::Browse: return API_AUTH_DENIED;
+    if (!u || !u->enabled || !addressAllowed(*u, addr))
+        return API_AUTH_NOT_ALLOWED;
+    switch (u->role)
+    {
+        case Role::Super:
+            return API_AUTH_GRANTED;
+        case Role::Edit:
+            return editKeys().count(key) ? API_AUTH_GRANTED : API_AUTH_DENIED;
+        case Role::Browse:
+            return API_AUTH_DENIED;
     }
     return API_AUTH_DENIED;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

@@ -6,7 +6,8 @@
 
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
 // API_OK, API_ERR_NOENT (unknown user) or API_ERR_PERM (disabled).
 int openSession(const Model& m, const std::string& user);
@@ -14,11 +15,15 @@ int openSession(const Model& m, const std::string& user);
 // API_AUTH_*: an unknown key gives 3 whoever asks; then an unknown or disabled
 // user, or an address outside the user's list, gives 2; a role that does not
 // grant the key gives 1.
-int authorize(const Model& m, const std::string& user, const std::string& addr, const std::string& key);
+int authorize(
+    const Model& m,
+    const std::string& user,
+    const std::string& addr,
+    const std::string& key);
 
 // Whether the array knows the key at all.
 bool knownKey(const std::string& key);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

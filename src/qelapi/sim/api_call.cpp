@@ -6,19 +6,27 @@
 #include "simulator.h"
 #include "stats.h"
 
-namespace qelsim {
+namespace qelsim
+{
 
-int runCall(const char* name, std::vector<std::string> args, const api_evtparam_t* evt,
-            const std::function<int()>& body) {
+int runCall(
+    const char* name,
+    std::vector<std::string> args,
+    const api_evtparam_t* evt,
+    const std::function<int()>& body)
+{
     const CallInfo* info = findCall(name);
-    if (info && info->bracketed && !ApiSemaphore::instance().held()) stats().unbracketedCalls++;
+    if (info && info->bracketed && !ApiSemaphore::instance().held())
+        stats().unbracketedCalls++;
     int rc = 0;
     bool faulted = info && info->faultable && Simulator::instance().takeFault(name, &rc);
-    if (!faulted) rc = body();
+    if (!faulted)
+        rc = body();
     CallRecord r;
     r.call = name;
     r.args = std::move(args);
-    if (evt) {
+    if (evt)
+    {
         r.hasEvent = true;
         r.event = *evt;
     }
@@ -27,4 +35,4 @@ int runCall(const char* name, std::vector<std::string> args, const api_evtparam_
     return rc;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

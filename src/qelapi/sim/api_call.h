@@ -10,11 +10,15 @@
 #include <string>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-int runCall(const char* name, std::vector<std::string> args, const api_evtparam_t* evt,
-            const std::function<int()>& body);
+int runCall(
+    const char* name,
+    std::vector<std::string> args,
+    const api_evtparam_t* evt,
+    const std::function<int()>& body);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -11,19 +11,26 @@
 
 #include <atomic>
 
-namespace qelsim {
+namespace qelsim
+{
 
-namespace {
+namespace
+{
 
-std::string failure(const std::string& path, const char* step, int err) {
+std::string failure(const std::string& path, const char* step, int err)
+{
     return path + ": " + step + ": " + std::strerror(err);
 }
 
-bool writeAll(int fd, const char* p, size_t n) {
-    while (n > 0) {
+bool writeAll(int fd, const char* p, size_t n)
+{
+    while (n > 0)
+    {
         ssize_t w = ::write(fd, p, n);
-        if (w < 0) {
-            if (errno == EINTR) continue;
+        if (w < 0)
+        {
+            if (errno == EINTR)
+                continue;
             return false;
         }
         p += w;
@@ -32,80 +39,101 @@ bool writeAll(int fd, const char* p, size_t n) {
     return true;
 }
 
-} // namespace
+}  // namespace
 
-std::string parentDirectory(const std::string& path) {
+std::string parentDirectory(const std::string& path)
+{
     auto slash = path.find_last_of('/');
-    if (slash == std::string::npos) return ".";
-    if (slash == 0) return "/";
+    if (slash == std::string::npos)
+        return ".";
+    if (slash == 0)
+        return "/";
     return path.substr(0, slash);
 }
 
-bool makeDirectories(const std::string& dir, std::string* error) {
-    if (dir.empty() || dir == "." || dir == "/") return true;
+bool makeDirectories(const std::string& dir, std::string* error)
+{
+    if (dir.empty() || dir == "." || dir == "/")
+        return true;
     struct stat st;
-    if (::stat(dir.c_str(), &st) == 0) {
-        if (S_ISDIR(st.st_mode)) return true;
+    if (::stat(dir.c_str(), &st) == 0)
+    {
+        if (S_ISDIR(st.st_mode))
+            return true;
         *error = dir + ": exists and is not a folder";
         return false;
     }
-    if (!makeDirectories(parentDirectory(dir), error)) return false;
-    if (::mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST) {
+    if (!makeDirectories(parentDirectory(dir), error))
+        return false;
+    if (::mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST)
+    {
         *error = failure(dir, "cannot create folder", errno);
         return false;
     }
     return true;
 }
 
-bool writeFileAtomically(const std::string& path, const std::string& contents, std::string* error) {
+bool writeFileAtomically(const std::string& path, const std::string& contents, std::string* error)
+{
     static std::atomic<unsigned> serial{0};
     // Unique per process and call, so concurrent writers never share a temporary.
-    const std::string tmp = path + ".tmp." + std::to_string(::getpid()) + "." + std::to_string(serial++);
+    const std::string tmp =
+        path + ".tmp." + std::to_string(::getpid()) + "." + std::to_string(serial++);
     int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) {
+    if (fd < 0)
+    {
         *error = failure(tmp, "cannot create", errno);
         return false;
     }
-    if (!writeAll(fd, contents.data(), contents.size())) {
+    if (!writeAll(fd, contents.data(), contents.size()))
+    {
         *error = failure(tmp, "cannot write", errno);
         ::close(fd);
         ::unlink(tmp.c_str());
         return false;
     }
-    if (::fsync(fd) != 0) {
+    if (::fsync(fd) != 0)
+    {
         *error = failure(tmp, "cannot fsync", errno);
         ::close(fd);
         ::unlink(tmp.c_str());
         return false;
     }
-    if (::close(fd) != 0) {
+    if (::close(fd) != 0)
+    {
         *error = failure(tmp, "cannot close", errno);
         ::unlink(tmp.c_str());
         return false;
     }
-    if (::rename(tmp.c_str(), path.c_str()) != 0) {
+    if (::rename(tmp.c_str(), path.c_str()) != 0)
+    {
         *error = failure(path, "cannot rename the temporary file over it", errno);
         ::unlink(tmp.c_str());
         return false;
     }
     // The rename is durable only once the folder entry is on disk.
     int dfd = ::open(parentDirectory(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dfd >= 0) {
+    if (dfd >= 0)
+    {
         ::fsync(dfd);
         ::close(dfd);
     }
     return true;
 }
 
-int removeStaleTemporaries(const std::string& path) {
+int removeStaleTemporaries(const std::string& path)
+{
     const std::string dir = parentDirectory(path);
     const std::string prefix = path.substr(path.find_last_of('/') + 1) + ".tmp.";
     DIR* d = ::opendir(dir.c_str());
-    if (!d) return 0;
+    if (!d)
+        return 0;
     int removed = 0;
-    while (struct dirent* e = ::readdir(d)) {
+    while (struct dirent* e = ::readdir(d))
+    {
         const std::string name = e->d_name;
-        if (name.compare(0, prefix.size(), prefix) != 0) continue;
+        if (name.compare(0, prefix.size(), prefix) != 0)
+            continue;
         const long pid = std::strtol(name.c_str() + prefix.size(), nullptr, 10);
         if (pid <= 0 || (::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH))
             removed += ::unlink((dir + "/" + name).c_str()) == 0;
@@ -114,23 +142,29 @@ int removeStaleTemporaries(const std::string& path) {
     return removed;
 }
 
-bool readWholeFile(const std::string& path, std::string* contents, std::string* error) {
+bool readWholeFile(const std::string& path, std::string* contents, std::string* error)
+{
     int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
+    if (fd < 0)
+    {
         *error = failure(path, "cannot open", errno);
         return false;
     }
     std::string out;
     char buf[65536];
-    for (;;) {
+    for (;;)
+    {
         ssize_t n = ::read(fd, buf, sizeof buf);
-        if (n < 0) {
-            if (errno == EINTR) continue;
+        if (n < 0)
+        {
+            if (errno == EINTR)
+                continue;
             *error = failure(path, "cannot read", errno);
             ::close(fd);
             return false;
         }
-        if (n == 0) break;
+        if (n == 0)
+            break;
         out.append(buf, static_cast<size_t>(n));
     }
     ::close(fd);
@@ -138,4 +172,4 @@ bool readWholeFile(const std::string& path, std::string* contents, std::string* 
     return true;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

@@ -5,7 +5,8 @@
 
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
 // false with *error set ("path: what failed: strerror") when any step fails;
 // the target then still holds its previous contents.
@@ -23,6 +24,6 @@ bool makeDirectories(const std::string& dir, std::string* error);
 
 std::string parentDirectory(const std::string& path);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -10,27 +10,35 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace qelsim {
+namespace qelsim
+{
 
-namespace {
+namespace
+{
 
 // The fixed fields may lack their terminator when a caller filled them badly.
-std::string field(const char* p, size_t size) { return std::string(p, strnlen(p, size)); }
+std::string field(const char* p, size_t size)
+{
+    return std::string(p, strnlen(p, size));
+}
 
-std::string utcNow() {
+std::string utcNow()
+{
     struct timespec ts;
     clock_gettime(CLOCK_REALTIME, &ts);
     struct tm tm;
     gmtime_r(&ts.tv_sec, &tm);
     char buf[64];
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", tm.tm_year + 1900, tm.tm_mon + 1,
-                  tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(ts.tv_nsec / 1000000));
+    std::snprintf(
+        buf, sizeof buf, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", tm.tm_year + 1900, tm.tm_mon + 1,
+        tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(ts.tv_nsec / 1000000));
     return buf;
 }
 
-} // namespace
+}  // namespace
 
-bool appendAudit(const std::string& path, const AuditEntry& e, std::string* error) {
+bool appendAudit(const std::string& path, const AuditEntry& e, std::string* error)
+{
     nlohmann::ordered_json j;
     j["time"] = utcNow();
     const api_evtparam_t* ev = e.event;
@@ -43,23 +51,28 @@ bool appendAudit(const std::string& path, const AuditEntry& e, std::string* erro
     j["ports"] = e.ports;
     j["result"] = e.result;
     // Invalid UTF-8 from a caller's record is replaced, never a reason to lose the line.
-    std::string line = j.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    std::string line =
+        j.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
     int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (fd < 0) {
+    if (fd < 0)
+    {
         *error = path + ": cannot open the audit log: " + std::strerror(errno);
         return false;
     }
     ssize_t w = ::write(fd, line.data(), line.size());
     int err = errno;
     ::close(fd);
-    if (w != static_cast<ssize_t>(line.size())) {
-        *error = path + ": cannot append to the audit log: " + (w < 0 ? std::strerror(err) : "short write");
+    if (w != static_cast<ssize_t>(line.size()))
+    {
+        *error = path + ": cannot append to the audit log: " +
+                 (w < 0 ? std::strerror(err) : "short write");
         return false;
     }
     return true;
 }
 
-api_evtparam_t toolEvent(const std::string& actor, const std::string& method) {
+api_evtparam_t toolEvent(const std::string& actor, const std::string& method)
+{
     api_evtparam_t ev{};
     copyText(ev.user, sizeof ev.user, actor);
     copyText(ev.addr, sizeof ev.addr, "local");
@@ -67,4 +80,4 @@ api_evtparam_t toolEvent(const std::string& actor, const std::string& method) {
     return ev;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

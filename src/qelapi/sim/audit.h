@@ -9,12 +9,14 @@
 #include <string>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct AuditEntry {
-    const api_evtparam_t* event = nullptr; // user, addr, method, inst_op, inst_param
+struct AuditEntry
+{
+    const api_evtparam_t* event = nullptr;  // user, addr, method, inst_op, inst_param
     std::string call;
-    std::vector<std::string> ports;        // positions of the ports concerned
+    std::vector<std::string> ports;  // positions of the ports concerned
     int result = 0;
 };
 
@@ -24,6 +26,6 @@ bool appendAudit(const std::string& path, const AuditEntry& e, std::string* erro
 // An event record for changes made by the qelsim tool.
 api_evtparam_t toolEvent(const std::string& actor, const std::string& method);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

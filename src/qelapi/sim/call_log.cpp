@@ -2,62 +2,87 @@
 
 #include <cstdio>
 
-namespace qelsim {
+namespace qelsim
+{
 
-CallLog& CallLog::instance() {
+CallLog& CallLog::instance()
+{
     static CallLog* log = new CallLog();
     return *log;
 }
 
-void CallLog::add(CallRecord r) {
+void CallLog::add(CallRecord r)
+{
     std::lock_guard<std::mutex> g(mu_);
     r.seq = nextSeq_++;
     entries_.push_back(std::move(r));
-    if (entries_.size() > kCapacity) entries_.pop_front();
+    if (entries_.size() > kCapacity)
+        entries_.pop_front();
 }
 
-std::vector<CallRecord> CallLog::entries() {
+std::vector<CallRecord> CallLog::entries()
+{
     std::lock_guard<std::mutex> g(mu_);
     return {entries_.begin(), entries_.end()};
 }
 
-void CallLog::clear() {
+void CallLog::clear()
+{
     std::lock_guard<std::mutex> g(mu_);
     entries_.clear();
 }
 
-std::string CallRecord::text() const {
+std::string CallRecord::text() const
+{
     std::string s = call + "(";
-    for (size_t i = 0; i < args.size(); ++i) {
-        if (i) s += ", ";
+    for (size_t i = 0; i < args.size(); ++i)
+    {
+        if (i)
+            s += ", ";
         s += args[i];
     }
     return s + ")";
 }
 
-std::string argInt(long long v) { return std::to_string(v); }
+std::string argInt(long long v)
+{
+    return std::to_string(v);
+}
 
-std::string argHex(uint64_t v) {
+std::string argHex(uint64_t v)
+{
     char buf[24];
     std::snprintf(buf, sizeof buf, "0x%016llX", static_cast<unsigned long long>(v));
     return buf;
 }
 
-std::string argPtr(const void* p) { return p ? "ptr" : "null"; }
+std::string argPtr(const void* p)
+{
+    return p ? "ptr" : "null";
+}
 
-std::string argStr(const char* s) { return s ? "\"" + std::string(s) + "\"" : "null"; }
+std::string argStr(const char* s)
+{
+    return s ? "\"" + std::string(s) + "\"" : "null";
+}
 
-std::string argIds(int count, const uint16_t* ids) {
-    if (!ids) return "null";
+std::string argIds(int count, const uint16_t* ids)
+{
+    if (!ids)
+        return "null";
     // A count the call will refuse is not trusted for reading.
-    if (count < 1 || count > kMaxPortsPerCall) return "[?]";
+    if (count < 1 || count > kMaxPortsPerCall)
+        return "[?]";
     std::string s = "[";
-    for (int i = 0; i < count && i < 64; ++i) {
-        if (i) s += ",";
+    for (int i = 0; i < count && i < 64; ++i)
+    {
+        if (i)
+            s += ",";
         s += std::to_string(ids[i]);
     }
-    if (count > 64) s += ",...";
+    if (count > 64)
+        s += ",...";
     return s + "]";
 }
 
-} // namespace qelsim
+}  // namespace qelsim

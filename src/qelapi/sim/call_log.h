@@ -8,9 +8,11 @@
 #include <deque>
 #include <mutex>
 
-namespace qelsim {
+namespace qelsim
+{
 
-class CallLog {
+class CallLog
+{
 public:
     static constexpr size_t kCapacity = 16384;
     static CallLog& instance();
@@ -35,6 +37,6 @@ std::string argPtr(const void* p);
 std::string argStr(const char* s);
 std::string argIds(int count, const uint16_t* ids);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -1,8 +1,10 @@
 #include "calls.h"
 
-namespace qelsim {
+namespace qelsim
+{
 
-const std::vector<CallInfo>& allCalls() {
+const std::vector<CallInfo>& allCalls()
+{
     static const std::vector<CallInfo> kCalls = {
         {"api_qelOpenForCimserver", true, false, true},
         {"api_authorizeCIMUser", true, false, true},
@@ -36,10 +38,12 @@ const std::vector<CallInfo>& allCalls() {
     return kCalls;
 }
 
-const CallInfo* findCall(std::string_view name) {
+const CallInfo* findCall(std::string_view name)
+{
     for (const auto& c : allCalls())
-        if (name == c.name) return &c;
+        if (name == c.name)
+            return &c;
     return nullptr;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

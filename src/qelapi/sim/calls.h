@@ -6,9 +6,11 @@
 #include <string_view>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct CallInfo {
+struct CallInfo
+{
     const char* name;
     bool faultable;      // a fault may be injected for it
     bool bracketed;      // callers hold the module-wide semaphore around it
@@ -18,6 +20,6 @@ struct CallInfo {
 const CallInfo* findCall(std::string_view name);
 const std::vector<CallInfo>& allCalls();
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

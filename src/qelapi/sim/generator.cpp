@@ -6,17 +6,23 @@
 
 #include <random>
 
-namespace qelsim {
+namespace qelsim
+{
 
-namespace {
+namespace
+{
 
 constexpr unsigned kPositions = (kMaxNode + 1) * (kMaxSlot + 1) * (kMaxPort + 1);
 
-Position nthPosition(unsigned i) {
-    return Position{i / ((kMaxSlot + 1) * (kMaxPort + 1)), (i / (kMaxPort + 1)) % (kMaxSlot + 1), i % (kMaxPort + 1)};
+Position nthPosition(unsigned i)
+{
+    return Position{
+        i / ((kMaxSlot + 1) * (kMaxPort + 1)), (i / (kMaxPort + 1)) % (kMaxSlot + 1),
+        i % (kMaxPort + 1)};
 }
 
-Sfp makeSfp(std::mt19937& rng, unsigned i) {
+Sfp makeSfp(std::mt19937& rng, unsigned i)
+{
     Sfp s;
     s.manufacturer = "AVALON OPTICS";
     s.partNumber = "AO-SFP8-SW";
@@ -30,7 +36,8 @@ Sfp makeSfp(std::mt19937& rng, unsigned i) {
     s.state = rng() % 50 == 0 ? 2 : 1;
     s.hasDdm = rng() % 10 != 0;
     static const char* kUnits[] = {"C", "V", "mA", "uW", "uW"};
-    for (int t = 0; t < 5; ++t) {
+    for (int t = 0; t < 5; ++t)
+    {
         Ddm& d = s.ddm[static_cast<size_t>(t)];
         d.monitorType = t;
         d.unit = kUnits[t];
@@ -43,13 +50,16 @@ Sfp makeSfp(std::mt19937& rng, unsigned i) {
     return s;
 }
 
-} // namespace
+}  // namespace
 
-Result generateArray(const GenerateOptions& o, std::string* json) {
-    if (!json) return Result{false, "no output text given"};
+Result generateArray(const GenerateOptions& o, std::string* json)
+{
+    if (!json)
+        return Result{false, "no output text given"};
     if (static_cast<uint64_t>(o.fcPorts) + o.iscsiPorts > kPositions)
-        return Result{false, "at most " + std::to_string(kPositions) + " ports fit in the array (asked for " +
-                                 std::to_string(static_cast<uint64_t>(o.fcPorts) + o.iscsiPorts) + ")"};
+        return Result{
+            false, "at most " + std::to_string(kPositions) + " ports fit in the array (asked for " +
+                       std::to_string(static_cast<uint64_t>(o.fcPorts) + o.iscsiPorts) + ")"};
     std::mt19937 rng(o.seed);
     Model m;
     m.system.name = "GEN-ARRAY-" + std::to_string(o.seed);
@@ -59,12 +69,14 @@ Result generateArray(const GenerateOptions& o, std::string* json) {
     m.system.ipv4 = "192.0.2.10";
     m.system.ipv6 = "2001:db8::10";
     m.system.cages = {"cage0", "cage1"};
-    m.users = {User{"admin", Role::Super, true, {}}, User{"operator", Role::Edit, true, {}},
-               User{"monitor", Role::Browse, true, {}}};
-    static const api_port_status_t kStates[] = {PORT_OK, PORT_OK, PORT_OK, PORT_OK, PORT_OK,
-                                                PORT_OK, PORT_OFFLINE, PORT_LOSS_SYNC};
+    m.users = {
+        User{"admin", Role::Super, true, {}}, User{"operator", Role::Edit, true, {}},
+        User{"monitor", Role::Browse, true, {}}};
+    static const api_port_status_t kStates[] = {PORT_OK, PORT_OK, PORT_OK,      PORT_OK,
+                                                PORT_OK, PORT_OK, PORT_OFFLINE, PORT_LOSS_SYNC};
     static const int32_t kRates[] = {4, 8, 16};
-    for (unsigned i = 0; i < o.fcPorts; ++i) {
+    for (unsigned i = 0; i < o.fcPorts; ++i)
+    {
         FcPort p;
         p.pos = nthPosition(i);
         p.wwn = 0x2000000000000000ull + (static_cast<uint64_t>(o.seed) << 32) + i + 1;
@@ -86,9 +98,13 @@ Result generateArray(const GenerateOptions& o, std::string* json) {
         p.class2 = 1;
         p.vcn = 2;
         p.interruptCoalescing = 1;
-        if (p.status == PORT_OK) p.connectedTo = "switch-" + std::to_string(p.pos.node) + "-" + std::to_string(p.pos.slot);
-        if (rng() % 20 != 0) p.sfp = makeSfp(rng, i);
-        for (unsigned k = 0; k < o.lesbPerPort; ++k) {
+        if (p.status == PORT_OK)
+            p.connectedTo =
+                "switch-" + std::to_string(p.pos.node) + "-" + std::to_string(p.pos.slot);
+        if (rng() % 20 != 0)
+            p.sfp = makeSfp(rng, i);
+        for (unsigned k = 0; k < o.lesbPerPort; ++k)
+        {
             Lesb l;
             l.sampleTime = 1700000000ull + i + k;
             l.linkFailures = rng() % 5;
@@ -99,20 +115,23 @@ Result generateArray(const GenerateOptions& o, std::string* json) {
         }
         m.fcPorts.push_back(std::move(p));
     }
-    for (unsigned i = 0; i < o.iscsiPorts; ++i) {
+    for (unsigned i = 0; i < o.iscsiPorts; ++i)
+    {
         IscsiPort p;
         p.pos = nthPosition(o.fcPorts + i);
         p.iscsiName = "iqn.2000-05.net.example:gen." + std::to_string(i);
         p.status = PORT_OK;
         p.ipAddr = "198.51.100." + std::to_string(1 + i % 250);
-        if (rng() % 10 != 0) p.sfp = makeSfp(rng, o.fcPorts + i);
+        if (rng() % 10 != 0)
+            p.sfp = makeSfp(rng, o.fcPorts + i);
         m.iscsiPorts.push_back(std::move(p));
     }
     for (unsigned i = 0; i < o.volumes; ++i)
-        m.volumes.push_back(Volume{"vv" + std::to_string(i), 0x6000000000000000ull + i + 1,
-                                   static_cast<int32_t>(1 + rng() % 4), i + 1, 1024ull * (1 + rng() % 64)});
+        m.volumes.push_back(Volume{
+            "vv" + std::to_string(i), 0x6000000000000000ull + i + 1,
+            static_cast<int32_t>(1 + rng() % 4), i + 1, 1024ull * (1 + rng() % 64)});
     *json = encodeModel(m);
     return Result{};
 }
 
-} // namespace qelsim
+}  // namespace qelsim

@@ -3,9 +3,11 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
-namespace qelsim {
+namespace qelsim
+{
 
-std::optional<IpText> canonicalIp(const std::string& text) {
+std::optional<IpText> canonicalIp(const std::string& text)
+{
     unsigned char buf[sizeof(struct in6_addr)];
     char out[INET6_ADDRSTRLEN];
     if (inet_pton(AF_INET, text.c_str(), buf) == 1 && inet_ntop(AF_INET, buf, out, sizeof out))
@@ -15,4 +17,4 @@ std::optional<IpText> canonicalIp(const std::string& text) {
     return std::nullopt;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

@@ -5,15 +5,17 @@
 #include <optional>
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct IpText {
+struct IpText
+{
     int family;        // AF_INET or AF_INET6
     std::string text;  // canonical form (inet_ntop)
 };
 
 std::optional<IpText> canonicalIp(const std::string& text);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -7,14 +7,16 @@
 
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct DecodeResult {
+struct DecodeResult
+{
     bool ok = false;
     Model model;
-    std::string where; // JSON pointer ("/fcPorts/2/wwn") or "line L, column C"
-    std::string what;  // the problem
-    std::string message(const std::string& origin) const; // "origin: where: what"
+    std::string where;  // JSON pointer ("/fcPorts/2/wwn") or "line L, column C"
+    std::string what;   // the problem
+    std::string message(const std::string& origin) const;  // "origin: where: what"
 };
 
 // Reads an array description. baseDir resolves relative log and audit paths
@@ -27,6 +29,6 @@ std::string encodeModel(const Model& m);
 // 64-bit FNV-1a of a text, as 16 hexadecimal digits (identifies an array file's contents).
 std::string contentHash(const std::string& text);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -3,57 +3,76 @@
 #include <sys/time.h>
 #include <time.h>
 
-namespace qelsim {
+namespace qelsim
+{
 
-Logger& Logger::instance() {
+Logger& Logger::instance()
+{
     // Never destroyed: log_message may be called from other libraries' static destructors.
     static Logger* logger = new Logger();
     return *logger;
 }
 
-void Logger::configure(const LogConfig& cfg) {
+void Logger::configure(const LogConfig& cfg)
+{
     std::lock_guard<std::mutex> g(mu_);
     level_ = cfg.level;
-    if (cfg.file == file_ && (out_ != nullptr || cfg.file.empty())) return;
-    if (out_) std::fclose(out_);
+    if (cfg.file == file_ && (out_ != nullptr || cfg.file.empty()))
+        return;
+    if (out_)
+        std::fclose(out_);
     out_ = nullptr;
     file_ = cfg.file;
-    if (!file_.empty()) {
+    if (!file_.empty())
+    {
         out_ = std::fopen(file_.c_str(), "ae");
-        if (!out_) {
+        if (!out_)
+        {
             std::string failed = file_;
             file_.clear();
-            emit(API_LOG_ERROR, "qelsim: " + failed + ": cannot open the log file; logging to standard error");
+            emit(
+                API_LOG_ERROR,
+                "qelsim: " + failed + ": cannot open the log file; logging to standard error");
         }
     }
 }
 
-void Logger::write(int level, const std::string& text) {
+void Logger::write(int level, const std::string& text)
+{
     std::lock_guard<std::mutex> g(mu_);
-    if (capture_) captured_.push_back(LogLine{level, text});
-    if (level <= level_) emit(level, text);
+    if (capture_)
+        captured_.push_back(LogLine{level, text});
+    if (level <= level_)
+        emit(level, text);
 }
 
-bool Logger::wants(int level) {
+bool Logger::wants(int level)
+{
     std::lock_guard<std::mutex> g(mu_);
     return capture_ || level <= level_;
 }
 
-void Logger::emit(int level, const std::string& text) {
+void Logger::emit(int level, const std::string& text)
+{
     struct timeval tv;
     ::gettimeofday(&tv, nullptr);
     struct tm tm;
     ::localtime_r(&tv.tv_sec, &tm);
     char stamp[64];
-    std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02dT%02d:%02d:%02d.%03d", tm.tm_year + 1900, tm.tm_mon + 1,
-                  tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(tv.tv_usec / 1000));
+    std::snprintf(
+        stamp, sizeof stamp, "%04d-%02d-%02dT%02d:%02d:%02d.%03d", tm.tm_year + 1900, tm.tm_mon + 1,
+        tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(tv.tv_usec / 1000));
     // One line per call: the trailing line end is dropped, inner ones are shown as \n.
     std::string body = text;
-    if (!body.empty() && body.back() == '\n') body.pop_back();
+    if (!body.empty() && body.back() == '\n')
+        body.pop_back();
     std::string line = std::string(stamp) + " [" + std::to_string(level) + "] ";
-    for (char c : body) {
-        if (c == '\n') line += "\\n";
-        else line += c;
+    for (char c : body)
+    {
+        if (c == '\n')
+            line += "\\n";
+        else
+            line += c;
     }
     line += '\n';
     FILE* f = out_ ? out_ : stderr;
@@ -61,19 +80,22 @@ void Logger::emit(int level, const std::string& text) {
     std::fflush(f);
 }
 
-void Logger::setCapture(bool on) {
+void Logger::setCapture(bool on)
+{
     std::lock_guard<std::mutex> g(mu_);
     capture_ = on;
 }
 
-std::vector<LogLine> Logger::captured() {
+std::vector<LogLine> Logger::captured()
+{
     std::lock_guard<std::mutex> g(mu_);
     return captured_;
 }
 
-void Logger::clearCaptured() {
+void Logger::clearCaptured()
+{
     std::lock_guard<std::mutex> g(mu_);
     captured_.clear();
 }
 
-} // namespace qelsim
+}  // namespace qelsim

@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-class Logger {
+class Logger
+{
 public:
     static Logger& instance();
 
@@ -31,16 +33,16 @@ public:
 
 private:
     Logger() = default;
-    void emit(int level, const std::string& text); // the caller holds mu_
+    void emit(int level, const std::string& text);  // the caller holds mu_
 
     std::mutex mu_;
     int level_ = API_LOG_FAILURE;
     std::string file_;
-    FILE* out_ = nullptr; // null: standard error
+    FILE* out_ = nullptr;  // null: standard error
     bool capture_ = false;
     std::vector<LogLine> captured_;
 };
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -1,46 +1,61 @@
 #include "lpid.h"
 
-namespace qelsim {
+namespace qelsim
+{
 
-uint16_t lpidOf(const Position& p) {
+uint16_t lpidOf(const Position& p)
+{
     return static_cast<uint16_t>(((p.node + 1u) << 10) | (p.slot << 5) | p.port);
 }
 
-std::optional<Position> positionOfLpid(uint16_t lpid) {
+std::optional<Position> positionOfLpid(uint16_t lpid)
+{
     const unsigned nodePlusOne = lpid >> 10;
-    if (nodePlusOne == 0 || nodePlusOne - 1 > kMaxNode) return std::nullopt;
+    if (nodePlusOne == 0 || nodePlusOne - 1 > kMaxNode)
+        return std::nullopt;
     return Position{nodePlusOne - 1, (lpid >> 5) & 0x1Fu, lpid & 0x1Fu};
 }
 
-std::string positionText(const Position& p) {
+std::string positionText(const Position& p)
+{
     return std::to_string(p.node) + ":" + std::to_string(p.slot) + ":" + std::to_string(p.port);
 }
 
-namespace {
+namespace
+{
 // Reads one canonical decimal number at text[i..]; advances i.
-std::optional<unsigned> number(const std::string& text, size_t& i, unsigned max) {
+std::optional<unsigned> number(const std::string& text, size_t& i, unsigned max)
+{
     const size_t start = i;
     unsigned v = 0;
-    while (i < text.size() && text[i] >= '0' && text[i] <= '9') {
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9')
+    {
         v = v * 10 + static_cast<unsigned>(text[i] - '0');
-        if (v > max) return std::nullopt;
+        if (v > max)
+            return std::nullopt;
         ++i;
     }
-    if (i == start) return std::nullopt;
-    if (i - start > 1 && text[start] == '0') return std::nullopt;
+    if (i == start)
+        return std::nullopt;
+    if (i - start > 1 && text[start] == '0')
+        return std::nullopt;
     return v;
 }
-} // namespace
+}  // namespace
 
-std::optional<Position> parsePosition(const std::string& text) {
+std::optional<Position> parsePosition(const std::string& text)
+{
     size_t i = 0;
     auto node = number(text, i, kMaxNode);
-    if (!node || i >= text.size() || text[i++] != ':') return std::nullopt;
+    if (!node || i >= text.size() || text[i++] != ':')
+        return std::nullopt;
     auto slot = number(text, i, kMaxSlot);
-    if (!slot || i >= text.size() || text[i++] != ':') return std::nullopt;
+    if (!slot || i >= text.size() || text[i++] != ':')
+        return std::nullopt;
     auto port = number(text, i, kMaxPort);
-    if (!port || i != text.size()) return std::nullopt;
+    if (!port || i != text.size())
+        return std::nullopt;
     return Position{*node, *slot, *port};
 }
 
-} // namespace qelsim
+}  // namespace qelsim

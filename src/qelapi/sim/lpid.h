@@ -9,7 +9,8 @@
 #include <optional>
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
 constexpr unsigned kMaxNode = 59;
 constexpr unsigned kMaxSlot = 31;
@@ -22,6 +23,6 @@ std::string positionText(const Position& p);
 // zeros, within the limits above.
 std::optional<Position> parsePosition(const std::string& text);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

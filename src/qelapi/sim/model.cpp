@@ -4,51 +4,69 @@
 
 #include <cstdio>
 
-namespace qelsim {
+namespace qelsim
+{
 
-void Model::reindex() {
+void Model::reindex()
+{
     fcByWwn.clear();
     fcByLpid.clear();
-    for (size_t i = 0; i < fcPorts.size(); ++i) {
+    for (size_t i = 0; i < fcPorts.size(); ++i)
+    {
         fcByWwn.emplace(fcPorts[i].wwn, i);
         fcByLpid.emplace(lpidOf(fcPorts[i].pos), i);
     }
 }
 
-const FcPort* Model::fcPortByWwn(uint64_t wwn) const {
+const FcPort* Model::fcPortByWwn(uint64_t wwn) const
+{
     auto it = fcByWwn.find(wwn);
     return it == fcByWwn.end() ? nullptr : &fcPorts[it->second];
 }
 
-FcPort* Model::fcPortByLpid(uint16_t lpid) {
+FcPort* Model::fcPortByLpid(uint16_t lpid)
+{
     auto it = fcByLpid.find(lpid);
     return it == fcByLpid.end() ? nullptr : &fcPorts[it->second];
 }
 
-const User* Model::user(const std::string& name) const {
+const User* Model::user(const std::string& name) const
+{
     for (const auto& u : users)
-        if (u.name == name) return &u;
+        if (u.name == name)
+            return &u;
     return nullptr;
 }
 
-const char* roleName(Role r) {
-    switch (r) {
-    case Role::Browse: return "browse";
-    case Role::Edit: return "edit";
-    case Role::Super: return "super";
+const char* roleName(Role r)
+{
+    switch (r)
+    {
+        case Role::Browse:
+            return "browse";
+        case Role::Edit:
+            return "edit";
+        case Role::Super:
+            return "super";
     }
     return "browse";
 }
 
-std::optional<Role> roleFromName(const std::string& s) {
-    if (s == "browse") return Role::Browse;
-    if (s == "edit") return Role::Edit;
-    if (s == "super") return Role::Super;
+std::optional<Role> roleFromName(const std::string& s)
+{
+    if (s == "browse")
+        return Role::Browse;
+    if (s == "edit")
+        return Role::Edit;
+    if (s == "super")
+        return Role::Super;
     return std::nullopt;
 }
 
-namespace {
-struct StatusEntry {
+namespace
+{
+struct StatusEntry
+{
     api_port_status_t value;
     const char* name;
 };
@@ -69,38 +87,50 @@ constexpr StatusEntry kStatuses[] = {
     {PORT_PENDING_RESET, "PORT_PENDING_RESET"},
     {PORT_UNKNOWN, "PORT_UNKNOWN"},
 };
-} // namespace
+}  // namespace
 
-const char* statusName(api_port_status_t s) {
+const char* statusName(api_port_status_t s)
+{
     for (const auto& e : kStatuses)
-        if (e.value == s) return e.name;
+        if (e.value == s)
+            return e.name;
     return "PORT_UNKNOWN";
 }
 
-std::optional<api_port_status_t> statusFromName(const std::string& s) {
+std::optional<api_port_status_t> statusFromName(const std::string& s)
+{
     for (const auto& e : kStatuses)
-        if (s == e.name) return e.value;
+        if (s == e.name)
+            return e.value;
     return std::nullopt;
 }
 
-std::string wwnText(uint64_t wwn) {
+std::string wwnText(uint64_t wwn)
+{
     char buf[17];
     std::snprintf(buf, sizeof buf, "%016llX", static_cast<unsigned long long>(wwn));
     return buf;
 }
 
-std::optional<uint64_t> parseWwn(const std::string& s) {
-    if (s.size() != 16) return std::nullopt;
+std::optional<uint64_t> parseWwn(const std::string& s)
+{
+    if (s.size() != 16)
+        return std::nullopt;
     uint64_t v = 0;
-    for (char c : s) {
+    for (char c : s)
+    {
         unsigned d;
-        if (c >= '0' && c <= '9') d = static_cast<unsigned>(c - '0');
-        else if (c >= 'a' && c <= 'f') d = static_cast<unsigned>(c - 'a' + 10);
-        else if (c >= 'A' && c <= 'F') d = static_cast<unsigned>(c - 'A' + 10);
-        else return std::nullopt;
+        if (c >= '0' && c <= '9')
+            d = static_cast<unsigned>(c - '0');
+        else if (c >= 'a' && c <= 'f')
+            d = static_cast<unsigned>(c - 'a' + 10);
+        else if (c >= 'A' && c <= 'F')
+            d = static_cast<unsigned>(c - 'A' + 10);
+        else
+            return std::nullopt;
         v = (v << 4) | d;
     }
     return v;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

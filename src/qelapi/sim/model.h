@@ -12,18 +12,22 @@
 #include <unordered_map>
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct Position {
+struct Position
+{
     unsigned node = 0;
     unsigned slot = 0;
     unsigned port = 0;
-    bool operator==(const Position& o) const {
+    bool operator==(const Position& o) const
+    {
         return node == o.node && slot == o.slot && port == o.port;
     }
 };
 
-struct Ddm {
+struct Ddm
+{
     int32_t monitorType = 0;
     uint32_t sensorFlags = 0;
     std::string unit;
@@ -35,7 +39,8 @@ struct Ddm {
     uint32_t sampleCount = 0;
 };
 
-struct Sfp {
+struct Sfp
+{
     std::string manufacturer;
     std::string partNumber;
     std::string serialNumber;
@@ -48,13 +53,14 @@ struct Sfp {
     bool unqualified = false;
     bool rxPowerLow = false;
     uint32_t state = 1;
-    bool hasDdm = false;           // false: the transceiver offers no DDM
+    bool hasDdm = false;  // false: the transceiver offers no DDM
     std::array<Ddm, 5> ddm{};
 };
 
-struct Lesb {
+struct Lesb
+{
     uint64_t sampleTime = 0;
-    std::optional<uint16_t> portId; // unset: the port's LPID
+    std::optional<uint16_t> portId;  // unset: the port's LPID
     uint64_t linkFailures = 0;
     uint64_t lossOfSync = 0;
     uint64_t lossOfSignal = 0;
@@ -63,7 +69,8 @@ struct Lesb {
     uint64_t crcErrors = 0;
 };
 
-struct FcPort {
+struct FcPort
+{
     Position pos;
     api_port_status_t status = PORT_UNKNOWN;
     uint64_t wwn = 0;
@@ -86,12 +93,13 @@ struct FcPort {
     int32_t class2 = 0;
     int32_t vcn = 0;
     int32_t interruptCoalescing = 0;
-    std::optional<std::string> connectedTo; // unset: the record's pointer is null
-    std::optional<Sfp> sfp;                 // unset: no transceiver
+    std::optional<std::string> connectedTo;  // unset: the record's pointer is null
+    std::optional<Sfp> sfp;                  // unset: no transceiver
     std::vector<Lesb> lesb;
 };
 
-struct IscsiPort {
+struct IscsiPort
+{
     std::string iscsiName;
     Position pos;
     api_port_status_t status = PORT_UNKNOWN;
@@ -99,7 +107,8 @@ struct IscsiPort {
     std::optional<Sfp> sfp;
 };
 
-struct Volume {
+struct Volume
+{
     std::string name;
     uint64_t wwn = 0;
     int32_t kind = VV_KIND_BASE;
@@ -107,44 +116,55 @@ struct Volume {
     uint64_t sizeMiB = 0;
 };
 
-enum class Role { Browse, Edit, Super };
+enum class Role
+{
+    Browse,
+    Edit,
+    Super
+};
 
-struct User {
+struct User
+{
     std::string name;
     Role role = Role::Browse;
     bool enabled = true;
-    std::vector<std::string> addresses; // empty: any address
+    std::vector<std::string> addresses;  // empty: any address
 };
 
-struct Fault {
+struct Fault
+{
     std::string call;
     int code = 0;
-    int64_t times = -1; // -1: always; otherwise the calls still to fail (>= 1)
+    int64_t times = -1;  // -1: always; otherwise the calls still to fail (>= 1)
 };
 
-struct LogConfig {
+struct LogConfig
+{
     int level = API_LOG_FAILURE;
-    std::string file; // empty: standard error
+    std::string file;  // empty: standard error
 };
 
-struct SystemIdentity {
+struct SystemIdentity
+{
     std::string name;
     std::string hostName;
     uint32_t id = 0;
     int32_t type = 0;
     bool quadPort = false;
     std::string ipv4;
-    std::string ipv6; // empty: none
+    std::string ipv6;  // empty: none
     std::vector<std::string> cages;
 };
 
 // Where a state file's contents came from, so a changed array file re-seeds it.
-struct Origin {
+struct Origin
+{
     std::string path;
     std::string hash;
 };
 
-struct Model {
+struct Model
+{
     SystemIdentity system;
     LogConfig log;
     std::string auditFile;
@@ -177,6 +197,6 @@ std::string wwnText(uint64_t wwn);
 // Parses exactly 16 hexadecimal digits of either case.
 std::optional<uint64_t> parseWwn(const std::string& s);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

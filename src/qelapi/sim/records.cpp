@@ -5,15 +5,18 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace qelsim {
+namespace qelsim
+{
 
-void copyText(char* dst, size_t size, const std::string& src) {
+void copyText(char* dst, size_t size, const std::string& src)
+{
     size_t n = src.size() < size - 1 ? src.size() : size - 1;
     std::memcpy(dst, src.data(), n);
     dst[n] = '\0';
 }
 
-void fillSfp(const Sfp& s, api_sfp_t* out) {
+void fillSfp(const Sfp& s, api_sfp_t* out)
+{
     std::memset(out, 0, sizeof *out);
     out->presentFlags = API_SFP_PRESENT;
     copyText(out->manufacturer, sizeof out->manufacturer, s.manufacturer);
@@ -25,11 +28,14 @@ void fillSfp(const Sfp& s, api_sfp_t* out) {
     out->disableTxPin = s.disableTxPin;
     out->lossRxPin = s.lossRxPin;
     out->faultTxPin = s.faultTxPin;
-    out->qualityFlags = (s.unqualified ? API_SFP_UNQUALIFIED : 0u) | (s.rxPowerLow ? API_SFP_RX_POWER_LOW : 0u);
+    out->qualityFlags =
+        (s.unqualified ? API_SFP_UNQUALIFIED : 0u) | (s.rxPowerLow ? API_SFP_RX_POWER_LOW : 0u);
     out->state = s.state;
-    if (!s.hasDdm) return; // the DDM entries stay zeroed
+    if (!s.hasDdm)
+        return;  // the DDM entries stay zeroed
     out->ddmFlags = API_SFP_DDM_AVAILABLE;
-    for (size_t i = 0; i < 5; ++i) {
+    for (size_t i = 0; i < 5; ++i)
+    {
         const Ddm& d = s.ddm[i];
         api_ddm_t& o = out->ddm[i];
         o.monitorType = d.monitorType;
@@ -44,9 +50,11 @@ void fillSfp(const Sfp& s, api_sfp_t* out) {
     }
 }
 
-namespace {
+namespace
+{
 
-void fillFcPort(const FcPort& p, int detail, bool withSfp, api_FCPort_t* out) {
+void fillFcPort(const FcPort& p, int detail, bool withSfp, api_FCPort_t* out)
+{
     copyText(out->position, sizeof out->position, positionText(p.pos));
     out->portStatus = p.status;
     copyText(out->wwnText, sizeof out->wwnText, wwnText(p.wwn));
@@ -60,7 +68,8 @@ void fillFcPort(const FcPort& p, int detail, bool withSfp, api_FCPort_t* out) {
     out->maxRate = p.maxRate;
     out->configuredRate = p.configuredRate;
     out->portId = lpidOf(p.pos);
-    if (detail >= 3) {
+    if (detail >= 3)
+    {
         out->topology = p.topology;
         out->portKind = p.portKind;
         out->configuration = p.configuration;
@@ -73,29 +82,37 @@ void fillFcPort(const FcPort& p, int detail, bool withSfp, api_FCPort_t* out) {
         out->vcn = p.vcn;
         out->interruptCoalescing = p.interruptCoalescing;
     }
-    if (withSfp && p.sfp) fillSfp(*p.sfp, &out->sfp);
+    if (withSfp && p.sfp)
+        fillSfp(*p.sfp, &out->sfp);
 }
 
-} // namespace
+}  // namespace
 
-api_FCPort_t* makeFcPortArray(const std::vector<const FcPort*>& ports, int detail, bool withSfp, bool* nomem) {
+api_FCPort_t*
+makeFcPortArray(const std::vector<const FcPort*>& ports, int detail, bool withSfp, bool* nomem)
+{
     *nomem = false;
-    if (ports.empty()) return nullptr;
+    if (ports.empty())
+        return nullptr;
     size_t pool = 0;
     if (detail >= 3)
         for (const FcPort* p : ports)
-            if (p->connectedTo) pool += p->connectedTo->size() + 1;
+            if (p->connectedTo)
+                pool += p->connectedTo->size() + 1;
     const size_t recordBytes = ports.size() * sizeof(api_FCPort_t);
     auto* block = static_cast<char*>(std::calloc(1, recordBytes + pool));
-    if (!block) {
+    if (!block)
+    {
         *nomem = true;
         return nullptr;
     }
     auto* recs = reinterpret_cast<api_FCPort_t*>(block);
     char* text = block + recordBytes;
-    for (size_t i = 0; i < ports.size(); ++i) {
+    for (size_t i = 0; i < ports.size(); ++i)
+    {
         fillFcPort(*ports[i], detail, withSfp, &recs[i]);
-        if (detail >= 3 && ports[i]->connectedTo) {
+        if (detail >= 3 && ports[i]->connectedTo)
+        {
             const std::string& s = *ports[i]->connectedTo;
             std::memcpy(text, s.c_str(), s.size() + 1);
             recs[i].connectedTo = text;
@@ -105,35 +122,44 @@ api_FCPort_t* makeFcPortArray(const std::vector<const FcPort*>& ports, int detai
     return recs;
 }
 
-api_iSCSIPort_t* makeIscsiArray(const std::vector<IscsiPort>& ports, bool* nomem) {
+api_iSCSIPort_t* makeIscsiArray(const std::vector<IscsiPort>& ports, bool* nomem)
+{
     *nomem = false;
-    if (ports.empty()) return nullptr;
+    if (ports.empty())
+        return nullptr;
     auto* recs = static_cast<api_iSCSIPort_t*>(std::calloc(ports.size(), sizeof(api_iSCSIPort_t)));
-    if (!recs) {
+    if (!recs)
+    {
         *nomem = true;
         return nullptr;
     }
-    for (size_t i = 0; i < ports.size(); ++i) {
+    for (size_t i = 0; i < ports.size(); ++i)
+    {
         const IscsiPort& p = ports[i];
         copyText(recs[i].iscsiName, sizeof recs[i].iscsiName, p.iscsiName);
         copyText(recs[i].position, sizeof recs[i].position, positionText(p.pos));
         recs[i].portStatus = p.status;
         recs[i].portId = lpidOf(p.pos);
         copyText(recs[i].ipAddr, sizeof recs[i].ipAddr, p.ipAddr);
-        if (p.sfp) fillSfp(*p.sfp, &recs[i].sfp);
+        if (p.sfp)
+            fillSfp(*p.sfp, &recs[i].sfp);
     }
     return recs;
 }
 
-api_portLESB_t* makeLesbArray(const std::vector<LesbRef>& records, bool* nomem) {
+api_portLESB_t* makeLesbArray(const std::vector<LesbRef>& records, bool* nomem)
+{
     *nomem = false;
-    if (records.empty()) return nullptr;
+    if (records.empty())
+        return nullptr;
     auto* recs = static_cast<api_portLESB_t*>(std::calloc(records.size(), sizeof(api_portLESB_t)));
-    if (!recs) {
+    if (!recs)
+    {
         *nomem = true;
         return nullptr;
     }
-    for (size_t i = 0; i < records.size(); ++i) {
+    for (size_t i = 0; i < records.size(); ++i)
+    {
         const FcPort& p = *records[i].port;
         const Lesb& l = *records[i].lesb;
         api_portLESB_t& o = recs[i];
@@ -150,15 +176,19 @@ api_portLESB_t* makeLesbArray(const std::vector<LesbRef>& records, bool* nomem) 
     return recs;
 }
 
-api_VV_t* makeVvArray(const std::vector<const Volume*>& vvs, bool* nomem) {
+api_VV_t* makeVvArray(const std::vector<const Volume*>& vvs, bool* nomem)
+{
     *nomem = false;
-    if (vvs.empty()) return nullptr;
+    if (vvs.empty())
+        return nullptr;
     auto* recs = static_cast<api_VV_t*>(std::calloc(vvs.size(), sizeof(api_VV_t)));
-    if (!recs) {
+    if (!recs)
+    {
         *nomem = true;
         return nullptr;
     }
-    for (size_t i = 0; i < vvs.size(); ++i) {
+    for (size_t i = 0; i < vvs.size(); ++i)
+    {
         copyText(recs[i].name, sizeof recs[i].name, vvs[i]->name);
         copyText(recs[i].wwnText, sizeof recs[i].wwnText, wwnText(vvs[i]->wwn));
         recs[i].wwn = vvs[i]->wwn;
@@ -169,4 +199,4 @@ api_VV_t* makeVvArray(const std::vector<const Volume*>& vvs, bool* nomem) {
     return recs;
 }
 
-} // namespace qelsim
+}  // namespace qelsim

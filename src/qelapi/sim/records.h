@@ -6,16 +6,19 @@
 
 #include <vector>
 
-namespace qelsim {
+namespace qelsim
+{
 
 // One block: the records, then the connectedTo texts they point to, so that
 // api_freeFCPorts releases everything with one free(). Null when ports is empty
 // (an empty list) or when memory runs out (*nomem set).
-api_FCPort_t* makeFcPortArray(const std::vector<const FcPort*>& ports, int detail, bool withSfp, bool* nomem);
+api_FCPort_t*
+makeFcPortArray(const std::vector<const FcPort*>& ports, int detail, bool withSfp, bool* nomem);
 
 api_iSCSIPort_t* makeIscsiArray(const std::vector<IscsiPort>& ports, bool* nomem);
 
-struct LesbRef {
+struct LesbRef
+{
     const FcPort* port;
     const Lesb* lesb;
 };
@@ -28,6 +31,6 @@ void copyText(char* dst, size_t size, const std::string& src);
 
 void fillSfp(const Sfp& s, api_sfp_t* out);
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -7,9 +7,11 @@
 #include <condition_variable>
 #include <mutex>
 
-namespace qelsim {
+namespace qelsim
+{
 
-class ApiSemaphore {
+class ApiSemaphore
+{
 public:
     static ApiSemaphore& instance();
     void wait();
@@ -23,6 +25,6 @@ private:
     std::atomic<bool> taken_{false};
 };
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -11,73 +11,93 @@
 #include <optional>
 #include <unistd.h>
 
-namespace qelsim {
+namespace qelsim
+{
 
-namespace {
+namespace
+{
 
 constexpr const char* kBuiltInOrigin = "<built-in demo array>";
 
-std::string absoluteDir(const std::string& path) {
+std::string absoluteDir(const std::string& path)
+{
     char buf[PATH_MAX];
     std::string dir = parentDirectory(path);
-    if (::realpath(dir.c_str(), buf)) return buf;
+    if (::realpath(dir.c_str(), buf))
+        return buf;
     return dir;
 }
 
-std::string baseName(const std::string& path) {
+std::string baseName(const std::string& path)
+{
     auto slash = path.find_last_of('/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-} // namespace
+}  // namespace
 
-std::string defaultStatePath(const std::string& arrayPath) {
+std::string defaultStatePath(const std::string& arrayPath)
+{
     std::string stem = arrayPath.empty() ? "demo-array" : baseName(arrayPath);
-    if (stem.size() > 5 && stem.compare(stem.size() - 5, 5, ".json") == 0) stem.resize(stem.size() - 5);
+    if (stem.size() > 5 && stem.compare(stem.size() - 5, 5, ".json") == 0)
+        stem.resize(stem.size() - 5);
     const char* tmp = std::getenv("TMPDIR");
     std::string dir = (tmp && *tmp) ? tmp : "/tmp";
     return dir + "/qelsim-" + std::to_string(::getuid()) + "/" + stem + ".state.json";
 }
 
-Simulator& Simulator::instance() {
+Simulator& Simulator::instance()
+{
     // Never destroyed: providers may call the library from static destructors.
     static Simulator* sim = new Simulator();
     return *sim;
 }
 
 // Failures of an explicit load or attach go back to the caller, who reports them.
-Result Simulator::failLocked(const std::string& message) { return Result{false, message}; }
+Result Simulator::failLocked(const std::string& message)
+{
+    return Result{false, message};
+}
 
-void Simulator::adoptLocked(Model m) {
+void Simulator::adoptLocked(Model m)
+{
     model_ = std::move(m);
     valid_ = true;
     Logger::instance().configure(model_.log);
 }
 
-Result Simulator::seedLocked(const Model& fresh, const std::string& originPath, const std::string& hash) {
+Result
+Simulator::seedLocked(const Model& fresh, const std::string& originPath, const std::string& hash)
+{
     Model m = fresh;
     m.origin = Origin{originPath, hash};
     std::string err;
-    if (!store_.write(encodeModel(m), &err)) return failLocked(err);
+    if (!store_.write(encodeModel(m), &err))
+        return failLocked(err);
     stamp_ = store_.stamp();
     adoptLocked(std::move(m));
     return Result{};
 }
 
-Result Simulator::attach(const AttachOptions& options, bool forceSeed) {
+Result Simulator::attach(const AttachOptions& options, bool forceSeed)
+{
     std::lock_guard<std::mutex> g(mu_);
     attempted_ = true;
     const std::string origin = options.arrayPath.empty() ? kBuiltInOrigin : options.arrayPath;
     std::string text, err;
-    if (options.arrayPath.empty()) {
+    if (options.arrayPath.empty())
+    {
         text = embeddedDemoArray();
-    } else if (!readWholeFile(options.arrayPath, &text, &err)) {
+    }
+    else if (!readWholeFile(options.arrayPath, &text, &err))
+    {
         valid_ = false;
         return failLocked(err);
     }
     const std::string baseDir = options.arrayPath.empty() ? "" : absoluteDir(options.arrayPath);
     DecodeResult r = decodeModel(text, baseDir);
-    if (!r.ok) {
+    if (!r.ok)
+    {
         valid_ = false;
         return failLocked(r.message(origin));
     }
@@ -86,130 +106,170 @@ Result Simulator::attach(const AttachOptions& options, bool forceSeed) {
     store_.close();
     stamp_ = {};
     badStamp_ = {};
-    if (!options.persist) {
+    if (!options.persist)
+    {
         adoptLocked(std::move(r.model));
         return Result{};
     }
-    const std::string path = options.statePath.empty() ? defaultStatePath(options.arrayPath) : options.statePath;
-    if (!store_.open(path, &err)) {
+    const std::string path =
+        options.statePath.empty() ? defaultStatePath(options.arrayPath) : options.statePath;
+    if (!store_.open(path, &err))
+    {
         valid_ = false;
         return failLocked(err);
     }
     StateStore::Lock lock(store_, StateStore::Mode::Exclusive);
-    if (!lock.held()) {
+    if (!lock.held())
+    {
         valid_ = false;
         return failLocked(path + ": cannot lock the state file");
     }
     const std::string hash = contentHash(text);
-    if (!forceSeed && store_.exists()) {
+    if (!forceSeed && store_.exists())
+    {
         std::string saved;
-        if (!store_.read(&saved, &err)) {
+        if (!store_.read(&saved, &err))
+        {
             valid_ = false;
             return failLocked(err);
         }
         DecodeResult s = decodeModel(saved, "");
-        if (!s.ok) {
+        if (!s.ok)
+        {
             valid_ = false;
-            return failLocked(s.message(path) +
-                              " (the saved state is damaged; \"qelsim reset\" starts again from the array file)");
+            return failLocked(
+                s.message(path) +
+                " (the saved state is damaged; \"qelsim reset\" starts again from the array file)");
         }
-        if (s.model.origin.hash == hash) {
+        if (s.model.origin.hash == hash)
+        {
             stamp_ = store_.stamp();
             adoptLocked(std::move(s.model));
             return Result{};
         }
     }
     Result seeded = seedLocked(r.model, origin, hash);
-    if (!seeded.ok) valid_ = false;
+    if (!seeded.ok)
+        valid_ = false;
     return seeded;
 }
 
-Result Simulator::attachFromEnvironment() {
+Result Simulator::attachFromEnvironment()
+{
     AttachOptions o;
-    if (const char* a = std::getenv("QELSIM_ARRAY")) o.arrayPath = a;
-    if (const char* s = std::getenv("QELSIM_STATE")) {
-        if (*s == '\0' || std::strcmp(s, "none") == 0) o.persist = false;
-        else o.statePath = s;
+    if (const char* a = std::getenv("QELSIM_ARRAY"))
+        o.arrayPath = a;
+    if (const char* s = std::getenv("QELSIM_STATE"))
+    {
+        if (*s == '\0' || std::strcmp(s, "none") == 0)
+            o.persist = false;
+        else
+            o.statePath = s;
     }
     return attach(o, false);
 }
 
-Result Simulator::reseed() {
+Result Simulator::reseed()
+{
     AttachOptions o;
     {
         std::lock_guard<std::mutex> g(mu_);
-        if (!store_.enabled()) return Result{false, "the simulated array has no state file to reset"};
+        if (!store_.enabled())
+            return Result{false, "the simulated array has no state file to reset"};
         o.arrayPath = arrayPath_;
         o.statePath = store_.path();
     }
     return attach(o, true);
 }
 
-Result Simulator::load(const std::string& text, const std::string& origin, const std::string& baseDir,
-                       const std::string& statePath) {
+Result Simulator::load(
+    const std::string& text,
+    const std::string& origin,
+    const std::string& baseDir,
+    const std::string& statePath)
+{
     DecodeResult r = decodeModel(text, baseDir);
     std::lock_guard<std::mutex> g(mu_);
     attempted_ = true;
     // A bad description is refused before anything is touched: the current array stays.
-    if (!r.ok) return failLocked(r.message(origin));
+    if (!r.ok)
+        return failLocked(r.message(origin));
     store_.close();
     stamp_ = {};
     badStamp_ = {};
     arrayPath_.clear();
     arrayBaseDir_ = baseDir;
-    if (statePath.empty()) {
+    if (statePath.empty())
+    {
         adoptLocked(std::move(r.model));
         return Result{};
     }
     std::string err;
-    if (!store_.open(statePath, &err)) {
+    if (!store_.open(statePath, &err))
+    {
         valid_ = false;
         return failLocked(err);
     }
     StateStore::Lock lock(store_, StateStore::Mode::Exclusive);
-    if (!lock.held()) {
+    if (!lock.held())
+    {
         valid_ = false;
         return failLocked(statePath + ": cannot lock the state file");
     }
     Result seeded = seedLocked(r.model, origin, contentHash(text));
-    if (!seeded.ok) valid_ = false;
+    if (!seeded.ok)
+        valid_ = false;
     return seeded;
 }
 
-void Simulator::ensureAttached() {
+void Simulator::ensureAttached()
+{
     // The first call of the process attaches as the environment says, unless a
     // test or the tool loaded an array before; other first callers wait for it.
-    std::call_once(environmentOnce_, [this] {
-        bool needed;
+    std::call_once(
+        environmentOnce_,
+        [this]
         {
-            std::lock_guard<std::mutex> g(mu_);
-            needed = !attempted_;
-        }
-        if (!needed) return;
-        // Nobody asked for this attach, so its failure goes to the log (standard error by default).
-        Result r = attachFromEnvironment();
-        if (!r.ok) Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.error + "\n");
-    });
+            bool needed;
+            {
+                std::lock_guard<std::mutex> g(mu_);
+                needed = !attempted_;
+            }
+            if (!needed)
+                return;
+            // Nobody asked for this attach, so its failure goes to the log (standard error by default).
+            Result r = attachFromEnvironment();
+            if (!r.ok)
+                Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.error + "\n");
+        });
 }
 
-int Simulator::refreshLocked(bool haveExclusiveLock) {
-    if (!store_.enabled()) return API_OK;
+int Simulator::refreshLocked(bool haveExclusiveLock)
+{
+    if (!store_.enabled())
+        return API_OK;
     StateStore::Stamp now = store_.stamp();
-    if (now == stamp_) return API_OK;
+    if (now == stamp_)
+        return API_OK;
     std::optional<StateStore::Lock> lock;
-    if (!haveExclusiveLock) {
+    if (!haveExclusiveLock)
+    {
         lock.emplace(store_, StateStore::Mode::Shared);
         now = store_.stamp();
     }
     std::string text, err;
-    if (!store_.read(&text, &err)) {
-        if (now != badStamp_) Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    if (!store_.read(&text, &err))
+    {
+        if (now != badStamp_)
+            Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
         badStamp_ = now;
         return API_ERR_IO;
     }
     DecodeResult r = decodeModel(text, "");
-    if (!r.ok) {
-        if (now != badStamp_) Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(store_.path()) + "\n");
+    if (!r.ok)
+    {
+        if (now != badStamp_)
+            Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(store_.path()) + "\n");
         badStamp_ = now;
         return API_ERR_IO;
     }
@@ -218,33 +278,44 @@ int Simulator::refreshLocked(bool haveExclusiveLock) {
     return API_OK;
 }
 
-int Simulator::read(const std::function<int(const Model&)>& f) {
+int Simulator::read(const std::function<int(const Model&)>& f)
+{
     ensureAttached();
     std::lock_guard<std::mutex> g(mu_);
-    if (!valid_) return API_ERR_IO;
+    if (!valid_)
+        return API_ERR_IO;
     // A state another process damaged is reported once; reads go on with the last good one.
     refreshLocked(false);
     return f(model_);
 }
 
-int Simulator::change(const std::function<int(Model&)>& f) {
+int Simulator::change(const std::function<int(Model&)>& f)
+{
     ensureAttached();
     std::lock_guard<std::mutex> g(mu_);
-    if (!valid_) return API_ERR_IO;
+    if (!valid_)
+        return API_ERR_IO;
     std::optional<StateStore::Lock> lock;
-    if (store_.enabled()) {
+    if (store_.enabled())
+    {
         lock.emplace(store_, StateStore::Mode::Exclusive);
-        if (!lock->held()) {
-            Logger::instance().write(API_LOG_ERROR, "qelsim: " + store_.path() + ": cannot lock the state file\n");
+        if (!lock->held())
+        {
+            Logger::instance().write(
+                API_LOG_ERROR, "qelsim: " + store_.path() + ": cannot lock the state file\n");
             return API_ERR_IO;
         }
-        if (int rc = refreshLocked(true)) return rc;
+        if (int rc = refreshLocked(true))
+            return rc;
     }
     Model next = model_;
-    if (int rc = f(next)) return rc;
-    if (store_.enabled()) {
+    if (int rc = f(next))
+        return rc;
+    if (store_.enabled())
+    {
         std::string err;
-        if (!store_.write(encodeModel(next), &err)) {
+        if (!store_.write(encodeModel(next), &err))
+        {
             Logger::instance().write(API_LOG_ERROR, "qelsim: change not saved: " + err + "\n");
             return API_ERR_IO;
         }
@@ -255,39 +326,54 @@ int Simulator::change(const std::function<int(Model&)>& f) {
     return API_OK;
 }
 
-bool Simulator::takeFault(const char* call, int* code) {
+bool Simulator::takeFault(const char* call, int* code)
+{
     bool counted = false;
-    int found = read([&](const Model& m) {
-        for (const Fault& f : m.faults) {
-            if (f.call != call) continue;
-            *code = f.code;
-            counted = f.times >= 0;
-            return 1;
-        }
-        return 0;
-    });
-    if (found != 1) return false;
-    if (!counted) return true;
+    int found = read(
+        [&](const Model& m)
+        {
+            for (const Fault& f : m.faults)
+            {
+                if (f.call != call)
+                    continue;
+                *code = f.code;
+                counted = f.times >= 0;
+                return 1;
+            }
+            return 0;
+        });
+    if (found != 1)
+        return false;
+    if (!counted)
+        return true;
     // A counted fault is used up through a change, so every process sharing the
     // state sees the count go down exactly once per failed call.
     bool hit = false;
-    change([&](Model& m) {
-        for (size_t i = 0; i < m.faults.size(); ++i) {
-            Fault& f = m.faults[i];
-            if (f.call != call) continue;
-            hit = true;
-            *code = f.code;
-            if (f.times >= 0 && --f.times == 0) m.faults.erase(m.faults.begin() + static_cast<long>(i));
-            return API_OK;
-        }
-        return API_ERR_NOENT; // used up meanwhile by another caller
-    });
+    change(
+        [&](Model& m)
+        {
+            for (size_t i = 0; i < m.faults.size(); ++i)
+            {
+                Fault& f = m.faults[i];
+                if (f.call != call)
+                    continue;
+                hit = true;
+                *code = f.code;
+                if (f.times >= 0 && --f.times == 0)
+                    m.faults.erase(m.faults.begin() + static_cast<long>(i));
+                return API_OK;
+            }
+            return API_ERR_NOENT;  // used up meanwhile by another caller
+        });
     return hit;
 }
 
-std::string Simulator::auditPathLocked() const {
-    if (!model_.auditFile.empty()) return model_.auditFile;
-    if (!store_.enabled()) return "";
+std::string Simulator::auditPathLocked() const
+{
+    if (!model_.auditFile.empty())
+        return model_.auditFile;
+    if (!store_.enabled())
+        return "";
     std::string p = store_.path();
     const std::string suffix = ".state.json";
     if (p.size() > suffix.size() && p.compare(p.size() - suffix.size(), suffix.size(), suffix) == 0)
@@ -295,20 +381,24 @@ std::string Simulator::auditPathLocked() const {
     return p + ".audit.jsonl";
 }
 
-void Simulator::audit(const AuditEntry& e) {
+void Simulator::audit(const AuditEntry& e)
+{
     std::string path;
     {
         std::lock_guard<std::mutex> g(mu_);
         path = auditPathLocked();
     }
-    if (path.empty()) return;
+    if (path.empty())
+        return;
     std::string err;
-    if (!appendAudit(path, e, &err)) Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    if (!appendAudit(path, e, &err))
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
 }
 
-std::string Simulator::statePath() {
+std::string Simulator::statePath()
+{
     std::lock_guard<std::mutex> g(mu_);
     return store_.path();
 }
 
-} // namespace qelsim
+}  // namespace qelsim

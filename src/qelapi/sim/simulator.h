@@ -13,9 +13,11 @@
 #include <mutex>
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
-class Simulator {
+class Simulator
+{
 public:
     static Simulator& instance();
 
@@ -26,8 +28,11 @@ public:
     // Attaches from the environment unless an array was attached or loaded before.
     void ensureAttached();
     // See qelsim::loadArrayText/loadArrayFile.
-    Result load(const std::string& text, const std::string& origin, const std::string& baseDir,
-                const std::string& statePath);
+    Result load(
+        const std::string& text,
+        const std::string& origin,
+        const std::string& baseDir,
+        const std::string& statePath);
 
     // Runs f on the current array. API_ERR_IO when there is no valid array.
     int read(const std::function<int(const Model&)>& f);
@@ -57,15 +62,15 @@ private:
     bool valid_ = false;      // model_ holds a valid array
     Model model_;
     StateStore store_;
-    StateStore::Stamp stamp_;      // the state file version model_ reflects
-    StateStore::Stamp badStamp_;   // a state version that failed to load (reported once)
-    std::string arrayPath_;        // "" for the built-in demo array
+    StateStore::Stamp stamp_;     // the state file version model_ reflects
+    StateStore::Stamp badStamp_;  // a state version that failed to load (reported once)
+    std::string arrayPath_;       // "" for the built-in demo array
     std::string arrayBaseDir_;
 };
 
 // The built-in demo array (examples/demo-array.json, compiled in).
 const char* embeddedDemoArray();
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

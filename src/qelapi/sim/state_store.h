@@ -13,9 +13,11 @@
 #include <ctime>
 #include <string>
 
-namespace qelsim {
+namespace qelsim
+{
 
-class StateStore {
+class StateStore
+{
 public:
     StateStore() = default;
     ~StateStore();
@@ -30,20 +32,28 @@ public:
     bool exists() const;
 
     // What identifies one version of the state file.
-    struct Stamp {
+    struct Stamp
+    {
         uint64_t generation = 0;
         dev_t dev = 0;
         ino_t ino = 0;
         off_t size = -1;
-        struct timespec mtime {};
+        struct timespec mtime
+        {
+        };
         bool operator==(const Stamp& o) const;
         bool operator!=(const Stamp& o) const { return !(*this == o); }
     };
     Stamp stamp() const;
 
-    enum class Mode { Shared, Exclusive };
+    enum class Mode
+    {
+        Shared,
+        Exclusive
+    };
     // Holds the lock file's lock for its lifetime.
-    class Lock {
+    class Lock
+    {
     public:
         Lock(const StateStore& s, Mode m);
         ~Lock();
@@ -67,6 +77,6 @@ private:
     int lockFd_ = -1;
 };
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

@@ -1,13 +1,17 @@
 #include "stats.h"
 
-namespace qelsim {
+namespace qelsim
+{
 
-Stats& stats() {
-    static Stats* s = new Stats(); // outlives every static destructor that may still call the library
+Stats& stats()
+{
+    static Stats* s =
+        new Stats();  // outlives every static destructor that may still call the library
     return *s;
 }
 
-Counters Stats::snapshot() const {
+Counters Stats::snapshot() const
+{
     Counters c;
     c.fcListsHandedOut = fcListsHandedOut.load();
     c.fcListsFreed = fcListsFreed.load();
@@ -26,11 +30,13 @@ Counters Stats::snapshot() const {
     return c;
 }
 
-void Stats::reset() {
-    for (auto* a : {&fcListsHandedOut, &fcListsFreed, &iscsiArraysHandedOut, &lesbArraysHandedOut,
-                    &vvArraysHandedOut, &badFrees, &semWaits, &semPosts, &semFailedWaits, &semUnbalancedPosts,
-                    &unbracketedCalls, &sessionsOpened, &sessionsRefused, &changesSaved})
+void Stats::reset()
+{
+    for (auto* a :
+         {&fcListsHandedOut, &fcListsFreed, &iscsiArraysHandedOut, &lesbArraysHandedOut,
+          &vvArraysHandedOut, &badFrees, &semWaits, &semPosts, &semFailedWaits, &semUnbalancedPosts,
+          &unbracketedCalls, &sessionsOpened, &sessionsRefused, &changesSaved})
         a->store(0);
 }
 
-} // namespace qelsim
+}  // namespace qelsim

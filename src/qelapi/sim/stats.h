@@ -6,9 +6,11 @@
 
 #include <atomic>
 
-namespace qelsim {
+namespace qelsim
+{
 
-struct Stats {
+struct Stats
+{
     std::atomic<uint64_t> fcListsHandedOut{0};
     std::atomic<uint64_t> fcListsFreed{0};
     std::atomic<uint64_t> iscsiArraysHandedOut{0};
@@ -30,6 +32,6 @@ struct Stats {
 
 Stats& stats();
 
-} // namespace qelsim
+}  // namespace qelsim
 
 #endif

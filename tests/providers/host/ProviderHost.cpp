@@ -25,8 +25,7 @@ ProviderHost& ProviderHost::instance()
     return *host;
 }
 
-ProviderHost::ProviderHost()
-    : _repository(new ClassRepository())
+ProviderHost::ProviderHost() : _repository(new ClassRepository())
 {
     _module = dlopen(QEL_FCPORT_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
     if (_module == nullptr)
@@ -40,21 +39,28 @@ ProviderHost::ProviderHost()
     }
     catch (const Exception& e)
     {
-        throw std::runtime_error(std::string("cannot compile " QEL_SCHEMA_ROOT ": ") +
+        throw std::runtime_error(
+            std::string("cannot compile " QEL_SCHEMA_ROOT ": ") +
             (const char*)e.getMessage().getCString());
     }
     _rep = std::make_shared<HostCIMOMHandleRep>(*this);
     _handle = CIMOMHandle(_rep);
 }
 
-CIMProvider* ProviderHost::createProvider(const String& providerName) const { return _create(providerName); }
+CIMProvider* ProviderHost::createProvider(const String& providerName) const
+{
+    return _create(providerName);
+}
 
-CIMProvider* ProviderHost::startProvider(const String& providerName, std::initializer_list<const char*> servedClasses)
+CIMProvider* ProviderHost::startProvider(
+    const String& providerName,
+    std::initializer_list<const char*> servedClasses)
 {
     CIMProvider* provider = createProvider(providerName);
     if (provider == nullptr)
     {
-        throw std::runtime_error(std::string("the module creates no provider named ") +
+        throw std::runtime_error(
+            std::string("the module creates no provider named ") +
             (const char*)providerName.getCString());
     }
     try
@@ -104,28 +110,42 @@ OperationContext ProviderHost::context(const String& userName, const String& cli
     return context;
 }
 
-CIMClass HostCIMOMHandleRep::getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMClass HostCIMOMHandleRep::getClass(
+    const OperationContext&,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return _host.repository().getClass(nameSpace, className, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+    return _host.repository().getClass(
+        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
-CIMInstance HostCIMOMHandleRep::getInstance(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, Boolean localOnly,
-    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMInstance HostCIMOMHandleRep::getInstance(
+    const OperationContext& context,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName,
+    Boolean localOnly,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    instanceCalls.push_back(str(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()) + " " +
-        str(nameSpace.getString()) + " " + str(instanceName.toString()) + (localOnly ? " local" : "") +
-        (includeQualifiers ? " qualifiers" : "") + (includeClassOrigin ? " origin" : "") + " properties " +
+    instanceCalls.push_back(
+        str(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()) + " " +
+        str(nameSpace.getString()) + " " + str(instanceName.toString()) +
+        (localOnly ? " local" : "") + (includeQualifiers ? " qualifiers" : "") +
+        (includeClassOrigin ? " origin" : "") + " properties " +
         std::to_string(propertyList.size()));
     if (failInstances)
         throw CIMException(CIM_ERR_NOT_FOUND, "the provider test host fails getInstance");
-    CIMInstanceProvider* provider = dynamic_cast<CIMInstanceProvider*>(_host.providerFor(instanceName.getClassName()));
+    CIMInstanceProvider* provider =
+        dynamic_cast<CIMInstanceProvider*>(_host.providerFor(instanceName.getClassName()));
     if (provider == nullptr)
     {
-        throw CIMException(CIM_ERR_NOT_SUPPORTED,
+        throw CIMException(
+            CIM_ERR_NOT_SUPPORTED,
             "the provider test host has no instance provider for " + instanceName.toString());
     }
     // As the server hands the request on: in the request's namespace.
@@ -133,14 +153,16 @@ CIMInstance HostCIMOMHandleRep::getInstance(const OperationContext& context,
     if (path.getNameSpace().isNull())
         path.setNameSpace(nameSpace);
     RecordingInstanceHandler handler;
-    provider->getInstance(context, path, includeQualifiers, includeClassOrigin, propertyList, handler);
+    provider->getInstance(
+        context, path, includeQualifiers, includeClassOrigin, propertyList, handler);
     if (!handler.record.inOrder() || handler.delivered.size() != 1)
     {
-        throw CIMException(CIM_ERR_FAILED, String("getInstance answered ") +
-            handler.record.sequence.c_str() + " with " +
-            std::to_string(handler.delivered.size()).c_str() + " instances");
+        throw CIMException(
+            CIM_ERR_FAILED, String("getInstance answered ") + handler.record.sequence.c_str() +
+                                " with " + std::to_string(handler.delivered.size()).c_str() +
+                                " instances");
     }
     return handler.delivered[0];
 }
 
-} // namespace qeltest
+}  // namespace qeltest

@@ -37,7 +37,10 @@ using namespace Pegasus;
 
 class HostCIMOMHandleRep;
 
-inline std::string str(const String& s) { return (const char*)s.getCString(); }
+inline std::string str(const String& s)
+{
+    return (const char*)s.getCString();
+}
 
 class ProviderHost
 {
@@ -51,7 +54,8 @@ public:
 
     // Creates, initializes with the host's handle, and routes the given CIM classes to the provider.
     // Throws what the factory or initialize throws (a null factory result as std::runtime_error).
-    CIMProvider* startProvider(const String& providerName, std::initializer_list<const char*> servedClasses);
+    CIMProvider*
+    startProvider(const String& providerName, std::initializer_list<const char*> servedClasses);
 
     // Ends every started provider through terminate() and drops the routes.
     void stopProviders();
@@ -92,12 +96,22 @@ class HostCIMOMHandleRep : public CacheHandleRep
 public:
     explicit HostCIMOMHandleRep(ProviderHost& host) : CacheHandleRep(host.cache()), _host(host) {}
 
-    CIMClass getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+    CIMClass getClass(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override;
-    CIMInstance getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    CIMInstance getInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        Boolean localOnly,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
 
     Texts instanceCalls;
     bool failInstances = false;  // getInstance fails with CIM_ERR_NOT_FOUND while set
@@ -106,6 +120,6 @@ private:
     ProviderHost& _host;
 };
 
-} // namespace qeltest
+}  // namespace qeltest
 
 #endif

@@ -43,7 +43,7 @@ std::string eventOf(const char* call)
         if (r.call == call && r.hasEvent)
         {
             return std::string(r.event.method) + "|" + r.event.inst_op + "|" + r.event.inst_param +
-                "|" + r.event.user + "|" + r.event.addr;
+                   "|" + r.event.user + "|" + r.event.addr;
         }
     }
     return "<none>";
@@ -60,7 +60,8 @@ Texts traceLines(int level, const char* holding)
     return lines;
 }
 
-CIMObjectPath qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host)
+CIMObjectPath
+qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host)
 {
     Array<CIMKeyBinding> keys;
     for (auto k = keysAndValues.begin(); k != keysAndValues.end(); k += 2)
@@ -70,8 +71,11 @@ CIMObjectPath qelPath(const char* cls, std::initializer_list<const char*> keysAn
 
 CIMObjectPath portPath(const char* deviceID, const char* system, const char* cls, const char* host)
 {
-    return qelPath(cls, {"SystemCreationClassName", "QEL_NodeSystem", "SystemName", system,
-        "CreationClassName", cls, "DeviceID", deviceID}, host);
+    return qelPath(
+        cls,
+        {"SystemCreationClassName", "QEL_NodeSystem", "SystemName", system, "CreationClassName",
+         cls, "DeviceID", deviceID},
+        host);
 }
 
 std::string keyValue(const CIMObjectPath& path, const char* key)
@@ -91,18 +95,24 @@ CIMValue valueOf(const CIMInstance& instance, const char* name)
     return at == PEG_NOT_FOUND ? CIMValue() : instance.getProperty(at).getValue();
 }
 
-const char* const OP_NAMES[] = {"associators", "associatorNames", "references",
-    "referenceNames", "getInstance", "enumerateInstances", "enumerateInstanceNames"};
+const char* const OP_NAMES[] = {"associators",           "associatorNames", "references",
+                                "referenceNames",        "getInstance",     "enumerateInstances",
+                                "enumerateInstanceNames"};
 
-Answer ProviderTest::request(const char* routedClass, Op op, const CIMObjectPath& objectName,
-    const Request& parts, const char* user)
+Answer ProviderTest::request(
+    const char* routedClass,
+    Op op,
+    const CIMObjectPath& objectName,
+    const Request& parts,
+    const char* user)
 {
     const OperationContext context = asUser(user);
     CIMProvider* provider = host().providerFor(routedClass);
     CIMAssociationProvider* assoc = dynamic_cast<CIMAssociationProvider*>(provider);
     CIMInstanceProvider* inst = dynamic_cast<CIMInstanceProvider*>(provider);
     if (op < GET_INSTANCE ? assoc == nullptr : inst == nullptr)
-        throw std::runtime_error(std::string("no provider for ") + OP_NAMES[op] + " on " + routedClass);
+        throw std::runtime_error(
+            std::string("no provider for ") + OP_NAMES[op] + " on " + routedClass);
     const CIMName assocClass(parts.associationClass ? parts.associationClass : routedClass);
     const CIMName resultClass = parts.resultClass ? CIMName(parts.resultClass) : CIMName();
     const CIMObjectPath classPath("", CIMNamespaceName("root/qel"), routedClass);
@@ -110,38 +120,48 @@ Answer ProviderTest::request(const char* routedClass, Op op, const CIMObjectPath
     RecordingObjectPathHandler paths;
     RecordingInstanceHandler instances;
     Answer answer;
-    answer.failure = thrown<CIMException>([&] {
-        switch (op)
+    answer.failure = thrown<CIMException>(
+        [&]
         {
-        case ASSOCIATORS:
-            assoc->associators(context, objectName, assocClass, resultClass, parts.role, parts.resultRole,
-                false, false, parts.propertyList, objects);
-            break;
-        case ASSOCIATOR_NAMES:
-            assoc->associatorNames(context, objectName, assocClass, resultClass, parts.role, parts.resultRole, paths);
-            break;
-        case REFERENCES:
-            assoc->references(context, objectName, resultClass, parts.role, false, false, parts.propertyList, objects);
-            break;
-        case REFERENCE_NAMES:
-            assoc->referenceNames(context, objectName, resultClass, parts.role, paths);
-            break;
-        case GET_INSTANCE:
-            inst->getInstance(context, objectName, false, false, parts.propertyList, instances);
-            break;
-        case ENUMERATE_INSTANCES:
-            inst->enumerateInstances(context, classPath, false, false, parts.propertyList, instances);
-            break;
-        case ENUMERATE_INSTANCE_NAMES:
-            inst->enumerateInstanceNames(context, classPath, paths);
-            break;
-        }
-    });
+            switch (op)
+            {
+                case ASSOCIATORS:
+                    assoc->associators(
+                        context, objectName, assocClass, resultClass, parts.role, parts.resultRole,
+                        false, false, parts.propertyList, objects);
+                    break;
+                case ASSOCIATOR_NAMES:
+                    assoc->associatorNames(
+                        context, objectName, assocClass, resultClass, parts.role, parts.resultRole,
+                        paths);
+                    break;
+                case REFERENCES:
+                    assoc->references(
+                        context, objectName, resultClass, parts.role, false, false,
+                        parts.propertyList, objects);
+                    break;
+                case REFERENCE_NAMES:
+                    assoc->referenceNames(context, objectName, resultClass, parts.role, paths);
+                    break;
+                case GET_INSTANCE:
+                    inst->getInstance(
+                        context, objectName, false, false, parts.propertyList, instances);
+                    break;
+                case ENUMERATE_INSTANCES:
+                    inst->enumerateInstances(
+                        context, classPath, false, false, parts.propertyList, instances);
+                    break;
+                case ENUMERATE_INSTANCE_NAMES:
+                    inst->enumerateInstanceNames(context, classPath, paths);
+                    break;
+            }
+        });
     for (const HandlerRecord* r : {&objects.record, &paths.record, &instances.record})
         answer.sequence += r->sequence + (r->inOrder() ? "" : " (out of order)");
     for (const CIMObject& object : objects.delivered)
         answer.instances.push_back(CIMInstance(object));
-    answer.instances.insert(answer.instances.end(), instances.delivered.begin(), instances.delivered.end());
+    answer.instances.insert(
+        answer.instances.end(), instances.delivered.begin(), instances.delivered.end());
     answer.paths = paths.delivered;
     return answer;
 }
@@ -185,4 +205,4 @@ void ProviderTest::TearDown()
     EXPECT_EQ(c.unbracketedCalls, 0u) << "library calls made outside the semaphore";
 }
 
-} // namespace qeltest
+}  // namespace qeltest

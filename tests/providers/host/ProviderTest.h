@@ -30,10 +30,14 @@ PEGASUS_NAMESPACE_BEGIN
 // How GoogleTest prints object-model values in failure messages.
 inline void PrintTo(const CIMValue& value, std::ostream* os)
 {
-    *os << (value.isNull() ? "null " : "") << cimTypeToString(value.getType()) << (value.isArray() ? "[] " : " ")
+    *os << (value.isNull() ? "null " : "") << cimTypeToString(value.getType())
+        << (value.isArray() ? "[] " : " ")
         << (value.isNull() ? "" : (const char*)value.toString().getCString());
 }
-inline void PrintTo(const CIMObjectPath& path, std::ostream* os) { *os << (const char*)path.toString().getCString(); }
+inline void PrintTo(const CIMObjectPath& path, std::ostream* os)
+{
+    *os << (const char*)path.toString().getCString();
+}
 PEGASUS_NAMESPACE_END
 
 namespace qeltest
@@ -53,15 +57,25 @@ std::string eventOf(const char* call);
 Texts traceLines(int level, const char* holding = "");
 
 // A path in root/qel: class and key/value pairs, string keys.
-CIMObjectPath qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host = "");
+CIMObjectPath
+qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host = "");
 // A port path as clients name it.
-CIMObjectPath portPath(const char* deviceID, const char* system = "qel-node0",
-    const char* cls = "QEL_FCPort", const char* host = "");
+CIMObjectPath portPath(
+    const char* deviceID,
+    const char* system = "qel-node0",
+    const char* cls = "QEL_FCPort",
+    const char* host = "");
 
 // A key binding's value ("" when absent), and those of a list of paths or instances.
 std::string keyValue(const CIMObjectPath& path, const char* key);
-inline CIMObjectPath pathOf(const CIMInstance& i) { return i.getPath(); }
-inline CIMObjectPath pathOf(const CIMObjectPath& p) { return p; }
+inline CIMObjectPath pathOf(const CIMInstance& i)
+{
+    return i.getPath();
+}
+inline CIMObjectPath pathOf(const CIMObjectPath& p)
+{
+    return p;
+}
 template <typename Objects>
 Texts keysOf(const Objects& objects, const char* key)
 {
@@ -110,8 +124,16 @@ std::string thrown(Call&& call)
 }
 
 // The read requests a provider answers.
-enum Op { ASSOCIATORS, ASSOCIATOR_NAMES, REFERENCES, REFERENCE_NAMES, GET_INSTANCE,
-    ENUMERATE_INSTANCES, ENUMERATE_INSTANCE_NAMES };
+enum Op
+{
+    ASSOCIATORS,
+    ASSOCIATOR_NAMES,
+    REFERENCES,
+    REFERENCE_NAMES,
+    GET_INSTANCE,
+    ENUMERATE_INSTANCES,
+    ENUMERATE_INSTANCE_NAMES
+};
 extern const char* const OP_NAMES[];
 
 // The optional parts of a request; associationClass null: the routed class.
@@ -179,19 +201,26 @@ protected:
     // One read request as the server hands it to the provider started for routedClass: the association
     // class of the association requests, the class the enumerations name. objectName: the source
     // object, or the path getInstance asks for.
-    Answer request(const char* routedClass, Op op, const CIMObjectPath& objectName = CIMObjectPath(),
-        const Request& parts = Request(), const char* user = "viewer");
+    Answer request(
+        const char* routedClass,
+        Op op,
+        const CIMObjectPath& objectName = CIMObjectPath(),
+        const Request& parts = Request(),
+        const char* user = "viewer");
 
     // Replaces the simulated array for the rest of the test.
     void loadArray(const std::string& jsonText);
 
     // Users of the fixtures: edit and browse roles; any other name
     // (admin: super role, retired: disabled, nobody: unknown).
-    static OperationContext asUser(const char* user) { return ProviderHost::context(user, "192.0.2.10"); }
+    static OperationContext asUser(const char* user)
+    {
+        return ProviderHost::context(user, "192.0.2.10");
+    }
     static OperationContext asOperator() { return asUser("operator"); }
     static OperationContext asViewer() { return asUser("viewer"); }
 };
 
-} // namespace qeltest
+}  // namespace qeltest
 
 #endif

@@ -26,7 +26,8 @@ struct HandlerRecord
     {
         const std::string::size_type complete = sequence.find("complete");
         return sequence.empty() || (sequence.rfind("processing", 0) == 0 &&
-            sequence.find("processing", 1) == std::string::npos && complete + 8 == sequence.size());
+                                    sequence.find("processing", 1) == std::string::npos &&
+                                    complete + 8 == sequence.size());
     }
 };
 
@@ -46,7 +47,11 @@ template <class Handler, class T>
 class RecordingOf : public Recording<Handler>
 {
 public:
-    void deliver(const T& item) override { this->record.note("deliver"); delivered.push_back(item); }
+    void deliver(const T& item) override
+    {
+        this->record.note("deliver");
+        delivered.push_back(item);
+    }
     void deliver(const Array<T>& items) override
     {
         this->record.note("deliver[]");
@@ -72,7 +77,8 @@ public:
     void deliverParamValue(const Array<CIMParamValue>& values) override
     {
         record.note("deliverParamValue[]");
-        outParameters.insert(outParameters.end(), values.getData(), values.getData() + values.size());
+        outParameters.insert(
+            outParameters.end(), values.getData(), values.getData() + values.size());
     }
     void deliver(const CIMValue& returnValue) override
     {
@@ -84,6 +90,6 @@ public:
     std::vector<CIMValue> returnValues;
 };
 
-} // namespace qeltest
+}  // namespace qeltest
 
 #endif

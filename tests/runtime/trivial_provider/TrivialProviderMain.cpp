@@ -22,21 +22,31 @@ public:
     virtual void initialize(CIMOMHandle& cimom) { _cimom = cimom; }
     virtual void terminate() { delete this; }
 
-    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void getInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers,
+        const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
+        InstanceResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support getInstance.");
     }
 
-    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void enumerateInstances(
+        const OperationContext& context,
+        const CIMObjectPath& classReference,
+        const Boolean includeQualifiers,
+        const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
+        InstanceResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support enumerateInstances.");
     }
 
-    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+    virtual void enumerateInstanceNames(
+        const OperationContext& context,
+        const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler)
     {
         Array<CIMKeyBinding> keys;
@@ -46,20 +56,29 @@ public:
         handler.complete();
     }
 
-    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject, const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList, ResponseHandler& handler)
+    virtual void modifyInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject,
+        const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList,
+        ResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support modifyInstance.");
     }
 
-    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler)
+    virtual void createInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject,
+        ObjectPathResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support createInstance.");
     }
 
-    virtual void deleteInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+    virtual void deleteInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
         ResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support deleteInstance.");
@@ -67,8 +86,11 @@ public:
 
     // Echo(Text): returns the text's length and hands the text back as the
     // out parameter Echoed; the caller's user name goes to Caller.
-    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
-        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+    virtual void invokeMethod(
+        const OperationContext& context,
+        const CIMObjectPath& objectReference,
+        const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler)
     {
         if (!methodName.equal("Echo"))
@@ -91,7 +113,7 @@ private:
     CIMOMHandle _cimom;
 };
 
-}
+}  // namespace
 
 extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& providerName)
 {

@@ -6,7 +6,8 @@
 
 #include <string>
 
-namespace servertest {
+namespace servertest
+{
 
 // Forgets knobs, counters and the call record.
 void reset();
@@ -22,6 +23,6 @@ unsigned counter(const std::string& name);
 // What the last recorded provider call received, as text.
 std::string lastCall();
 
-} // namespace servertest
+}  // namespace servertest
 
 #endif

@@ -102,8 +102,7 @@ Boolean QEL_AssociationFrame::_invalidParms(
         {
             return true;
         }
-        if ((fromPort && !_isRole(role, portRole)) ||
-            (fromOther && !_isRole(role, otherRole)))
+        if ((fromPort && !_isRole(role, portRole)) || (fromOther && !_isRole(role, otherRole)))
         {
             return true;
         }
@@ -122,12 +121,10 @@ Boolean QEL_AssociationFrame::_invalidParms(
         }
     }
 
-    if (String::equalNoCase(method, "references") ||
-        String::equalNoCase(method, "referenceNames"))
+    if (String::equalNoCase(method, "references") || String::equalNoCase(method, "referenceNames"))
     {
-        return !resultClass.isNull() &&
-            resultClass != _associationClass &&
-            !resultClass.equal(_profile.parentClass);
+        return !resultClass.isNull() && resultClass != _associationClass &&
+               !resultClass.equal(_profile.parentClass);
     }
 
     if (String::equalNoCase(method, "associators") ||
@@ -164,13 +161,8 @@ CIMObjectPath QEL_AssociationFrame::_buildAssociationName(
     const CIMObjectPath& other) const
 {
     return QEL_Common::buildAssocPath(
-        _associationClass,
-        CIMName(_profile.portRole),
-        CIMName(_profile.otherRole),
-        port,
-        other,
-        _hostName,
-        CIMNamespaceName(NAMESPACE));
+        _associationClass, CIMName(_profile.portRole), CIMName(_profile.otherRole), port, other,
+        _hostName, CIMNamespaceName(NAMESPACE));
 }
 
 CIMInstance QEL_AssociationFrame::_buildAssociationInstance(
@@ -181,18 +173,11 @@ CIMInstance QEL_AssociationFrame::_buildAssociationInstance(
     const CIMPropertyList& propertyList) const
 {
     const CIMClass associationClass = QEL_Common::getStoredCIMClass(
-        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE),
-        _associationClass, false, includeQualifiers, includeClassOrigin,
-        propertyList);
+        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _associationClass, false,
+        includeQualifiers, includeClassOrigin, propertyList);
     return QEL_Common::buildAssocInstance(
-        _associationClass,
-        CIMName(_profile.portRole),
-        CIMName(_profile.otherRole),
-        port,
-        other,
-        associationClass,
-        _hostName,
-        CIMNamespaceName(NAMESPACE));
+        _associationClass, CIMName(_profile.portRole), CIMName(_profile.otherRole), port, other,
+        associationClass, _hostName, CIMNamespaceName(NAMESPACE));
 }
 
 template <typename Build>
@@ -210,9 +195,8 @@ void QEL_AssociationFrame::_forEachReference(
     }
     else if (_isOtherEnd(objectName))
     {
-        const Uint32 count = _profile.everyPortFromOtherEnd
-            ? related.size()
-            : (related.size() == 0 ? 0 : 1);
+        const Uint32 count =
+            _profile.everyPortFromOtherEnd ? related.size() : (related.size() == 0 ? 0 : 1);
         for (Uint32 i = 0; i < count; i++)
         {
             build(related[i], objectName);
@@ -238,10 +222,9 @@ void QEL_AssociationFrame::associators(
     const QEL_AssociationRequestTexts& texts = _profile.associators;
     CString object, association, result;
     _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(QEL_TRACE_FLOW, texts.arguments,
-        _text(objectName.toString(), object),
-        _text(associationClass.getString(), association),
-        _text(resultClass.getString(), result));
+    log_message(
+        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
+        _text(associationClass.getString(), association), _text(resultClass.getString(), result));
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
 
     // The association class is traced only: any association class named is
@@ -276,21 +259,19 @@ void QEL_AssociationFrame::associatorNames(
     const QEL_AssociationRequestTexts& texts = _profile.associatorNames;
     CString object, association, result;
     _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(QEL_TRACE_FLOW, texts.arguments,
-        _text(objectName.toString(), object),
-        _text(associationClass.getString(), association),
-        _text(resultClass.getString(), result));
+    log_message(
+        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
+        _text(associationClass.getString(), association), _text(resultClass.getString(), result));
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
 
     if (_invalidParms(objectName, role, resultRole, resultClass, "associatorNames"))
     {
-        log_message(QEL_TRACE_FAILURE, texts.refused,
-            (const char*)association, (const char*)result);
+        log_message(
+            QEL_TRACE_FAILURE, texts.refused, (const char*)association, (const char*)result);
         return;
     }
 
-    const Array<CIMObjectPath> related =
-        lists.relatedInstanceNames(context, objectName);
+    const Array<CIMObjectPath> related = lists.relatedInstanceNames(context, objectName);
     handler.processing();
     for (Uint32 i = 0; i < related.size(); i++)
     {
@@ -314,27 +295,25 @@ void QEL_AssociationFrame::references(
     const QEL_AssociationRequestTexts& texts = _profile.references;
     CString object, result, roleText;
     _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(QEL_TRACE_FLOW, texts.arguments,
-        _text(objectName.toString(), object),
+    log_message(
+        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
         _text(resultClass.getString(), result));
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
 
     if (_invalidParms(objectName, role, String(), resultClass, "references"))
     {
-        log_message(QEL_TRACE_FAILURE, texts.refused,
-            _text(role, roleText), (const char*)result);
+        log_message(QEL_TRACE_FAILURE, texts.refused, _text(role, roleText), (const char*)result);
         return;
     }
 
-    const Array<CIMObjectPath> related =
-        lists.relatedInstanceNames(context, objectName);
+    const Array<CIMObjectPath> related = lists.relatedInstanceNames(context, objectName);
     handler.processing();
-    _forEachReference(objectName, related,
+    _forEachReference(
+        objectName, related,
         [&](const CIMObjectPath& port, const CIMObjectPath& other)
         {
             handler.deliver(CIMObject(_buildAssociationInstance(
-                port, other, includeQualifiers, includeClassOrigin,
-                propertyList)));
+                port, other, includeQualifiers, includeClassOrigin, propertyList)));
         });
     handler.complete();
     _trace(QEL_TRACE_FLOW, texts.exit);
@@ -351,26 +330,23 @@ void QEL_AssociationFrame::referenceNames(
     const QEL_AssociationRequestTexts& texts = _profile.referenceNames;
     CString object, result, roleText;
     _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(QEL_TRACE_FLOW, texts.arguments,
-        _text(objectName.toString(), object),
+    log_message(
+        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
         _text(resultClass.getString(), result));
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
 
     if (_invalidParms(objectName, role, String(), resultClass, "referenceNames"))
     {
-        log_message(QEL_TRACE_FAILURE, texts.refused,
-            _text(role, roleText), (const char*)result);
+        log_message(QEL_TRACE_FAILURE, texts.refused, _text(role, roleText), (const char*)result);
         return;
     }
 
-    const Array<CIMObjectPath> related =
-        lists.relatedInstanceNames(context, objectName);
+    const Array<CIMObjectPath> related = lists.relatedInstanceNames(context, objectName);
     handler.processing();
-    _forEachReference(objectName, related,
+    _forEachReference(
+        objectName, related,
         [&](const CIMObjectPath& port, const CIMObjectPath& other)
-        {
-            handler.deliver(_buildAssociationName(port, other));
-        });
+        { handler.deliver(_buildAssociationName(port, other)); });
     handler.complete();
     _trace(QEL_TRACE_FLOW, texts.exit);
 }
@@ -394,8 +370,8 @@ void QEL_AssociationFrame::getInstance(
         throw CIMInvalidParameterException(_messagePrefix + " Expect two keys.");
     }
 
-    const Array<CIMInstance> instances = lists.instances(
-        instanceReference, includeQualifiers, includeClassOrigin, propertyList);
+    const Array<CIMInstance> instances =
+        lists.instances(instanceReference, includeQualifiers, includeClassOrigin, propertyList);
     for (Uint32 i = 0; i < instances.size(); i++)
     {
         // Host ignored; namespace, class and the ends' keys compared.
@@ -425,8 +401,8 @@ void QEL_AssociationFrame::enumerateInstances(
 
     // The class of classReference is not looked at: the provider is only
     // asked for its own association class.
-    const Array<CIMInstance> instances = lists.instances(
-        CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
+    const Array<CIMInstance> instances =
+        lists.instances(CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     handler.deliver(instances);
     handler.complete();

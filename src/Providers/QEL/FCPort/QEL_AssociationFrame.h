@@ -43,7 +43,7 @@ PEGASUS_NAMESPACE_BEGIN
 // argument line level 4, the refusal line level 2.
 struct QEL_AssociationRequestTexts
 {
-    Uint32 line;            // carried by the access refusal
+    Uint32 line;  // carried by the access refusal
     const char* entry;
     const char* arguments;  // null: the request traces no arguments
     const char* refused;    // null: the request is never refused
@@ -102,9 +102,8 @@ public:
             const CIMPropertyList& propertyList) = 0;
 
         // Their paths, in the same order.
-        virtual Array<CIMObjectPath> relatedInstanceNames(
-            const OperationContext& context,
-            const CIMObjectPath& objectName) = 0;
+        virtual Array<CIMObjectPath>
+        relatedInstanceNames(const OperationContext& context, const CIMObjectPath& objectName) = 0;
 
         // Every association instance; objectName is the getInstance
         // reference, or an empty path.
@@ -205,9 +204,8 @@ public:
         const String& method) const;
 
     // The association's path: the port end first, the other end second.
-    CIMObjectPath _buildAssociationName(
-        const CIMObjectPath& port,
-        const CIMObjectPath& other) const;
+    CIMObjectPath
+    _buildAssociationName(const CIMObjectPath& port, const CIMObjectPath& other) const;
 
     // The association instance, from the stored class definition.
     CIMInstance _buildAssociationInstance(
@@ -219,9 +217,7 @@ public:
 
 private:
     // Entry trace, argument trace when given, session check.
-    void _open(
-        const QEL_AssociationRequestTexts& texts,
-        const OperationContext& context) const;
+    void _open(const QEL_AssociationRequestTexts& texts, const OperationContext& context) const;
 
     // Which end objectName names.
     bool _isPortEnd(const CIMObjectPath& objectName) const;

@@ -38,16 +38,16 @@ QEL_FCPortElementStatisticalDataProvider::~QEL_FCPortElementStatisticalDataProvi
 void QEL_FCPortElementStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
     // The stray ")" after the line end is part of the kept trace text.
-    log_message(QEL_TRACE_FLOW,
-        "--> QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)");
+    log_message(
+        QEL_TRACE_FLOW, "--> QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)");
     _cimom = cimom;
     _assocClassName = CIMName("QEL_FCPortLESBElementStatisticalData");
     _statsClassName = CIMName("QEL_FCPortLESBStatistics");
     _portClassName = CIMName("QEL_FCPort");
     _hostName = QEL_Common::getSystemHostName(cimom);
     _systemName = QEL_Common::getSystemName(cimom);
-    log_message(QEL_TRACE_FLOW,
-        "<-- QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)");
+    log_message(
+        QEL_TRACE_FLOW, "<-- QEL_FCPortElementStatisticalDataProvider::initialize(cimom)\n)");
 }
 
 void QEL_FCPortElementStatisticalDataProvider::terminate()
@@ -63,14 +63,28 @@ void QEL_FCPortElementStatisticalDataProvider::terminate()
 // while from a statistics object the port's whole line of classes is. The
 // asymmetry is intended.
 static const char* const ACCEPTED_RESULT_CLASSES[] = {
-    "CIM_ManagedElement", "CIM_ManagedSystemElement", "CIM_LogicalElement",
-    "CIM_EnabledLogicalElement", "CIM_LogicalDevice", "CIM_LogicalPort",
-    "CIM_NetworkPort", "CIM_FCPort", "QEL_FCPort", "CIM_StatisticalData",
-    "QEL_FCPortLESBStatistics", 0};
+    "CIM_ManagedElement",
+    "CIM_ManagedSystemElement",
+    "CIM_LogicalElement",
+    "CIM_EnabledLogicalElement",
+    "CIM_LogicalDevice",
+    "CIM_LogicalPort",
+    "CIM_NetworkPort",
+    "CIM_FCPort",
+    "QEL_FCPort",
+    "CIM_StatisticalData",
+    "QEL_FCPortLESBStatistics",
+    0};
 static const char* const REFUSED_FROM_PORT[] = {
-    "CIM_FCPort", "CIM_NetworkPort", "CIM_LogicalPort", "CIM_LogicalDevice",
-    "CIM_EnabledLogicalElement", "CIM_LogicalElement",
-    "CIM_ManagedSystemElement", "CIM_ManagedElement", 0};
+    "CIM_FCPort",
+    "CIM_NetworkPort",
+    "CIM_LogicalPort",
+    "CIM_LogicalDevice",
+    "CIM_EnabledLogicalElement",
+    "CIM_LogicalElement",
+    "CIM_ManagedSystemElement",
+    "CIM_ManagedElement",
+    0};
 static const char* const REFUSED_FROM_STATISTICS[] = {"CIM_StatisticalData", 0};
 
 // Line numbers and trace texts per request. The spacing differs from the SFP
@@ -85,41 +99,29 @@ static const QEL_AssociationProfile PROFILE = {
     ACCEPTED_RESULT_CLASSES,
     REFUSED_FROM_PORT,
     REFUSED_FROM_STATISTICS,
-    true, // references from a statistics object take every related port
-    {128,
-     "-->QEL_FCPortElementStatisticalDataProvider::associators\n",
+    true,  // references from a statistics object take every related port
+    {128, "-->QEL_FCPortElementStatisticalDataProvider::associators\n",
      "QEL_FCPortElementStatisticalDataProvider::associators: objectName = %s; associationClass=%s; resultClass=%s \n",
      "QEL_FCPortElementStatisticalDataProvider::associators: invalid params: resultClass = %s \n",
      "<--QEL_FCPortElementStatisticalDataProvider::associators\n"},
-    {217,
-     "-->QEL_FCPortElementStatisticalDataProvider::associatorNames\n",
+    {217, "-->QEL_FCPortElementStatisticalDataProvider::associatorNames\n",
      "QEL_FCPortElementStatisticalDataProvider::associatorNames: objectName = %s; associationClass = %s; resultClass=%s \n",
      "QEL_FCPortElementStatisticalDataProvider::associatorNames: invalid params: associationClass=%s, resultClass=%s\n",
      "<--QEL_FCPortElementStatisticalDataProvider::associatorNames\n"},
-    {290,
-     "-->QEL_FCPortElementStatisticalDataProvider::references\n",
+    {290, "-->QEL_FCPortElementStatisticalDataProvider::references\n",
      "QEL_FCPortElementStatisticalDataProvider::references: objectName = %s; resultClass = %s \n",
      "QEL_FCPortElementStatisticalDataProvider::references: invalid params: role = %s, resultClass = %s \n",
      "<--QEL_FCPortElementStatisticalDataProvider::references\n"},
-    {384,
-     "-->QEL_FCPortElementStatisticalDataProvider::referenceNames\n",
+    {384, "-->QEL_FCPortElementStatisticalDataProvider::referenceNames\n",
      "QEL_FCPortElementStatisticalDataProvider::references: objectName = %s; resultClass = %s",
      "QEL_FCPortElementStatisticalDataProvider::referenceNames: invalid params: role = %s, resultClass = %s \n",
      "<--QEL_FCPortElementStatisticalDataProvider::referenceNames\n"},
-    {468,
-     "-->QEL_FCPortElementStatisticalDataProvider::getInstance() \n",
-     0,
+    {468, "-->QEL_FCPortElementStatisticalDataProvider::getInstance() \n", 0,
      "QEL_FCPortElementStatisticalDataProvider::getInstance(): Invalid number of keys (%d)\n",
      "<-- QEL_FCPortElementStatisticalDataProvider::getInstance()\n"},
-    {547,
-     "--> QEL_FCPortElementStatisticalDataProvider::enumerateInstances() \n",
-     0,
-     0,
+    {547, "--> QEL_FCPortElementStatisticalDataProvider::enumerateInstances() \n", 0, 0,
      "<-- QEL_FCPortElementStatisticalDataProvider::enumerateInstances() \n"},
-    {585,
-     "--> QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n",
-     0,
-     0,
+    {585, "--> QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n", 0, 0,
      "<-- QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n"},
 };
 
@@ -141,8 +143,7 @@ public:
 
     int read(Uint64 wwn)
     {
-        return QEL_ProviderFrame::serialized(
-            [&] { return api_getPortLESB(wwn, &_list); });
+        return QEL_ProviderFrame::serialized([&] { return api_getPortLESB(wwn, &_list); });
     }
 
     Uint32 size() const { return _list.lesb == 0 ? 0 : _list.count; }
@@ -152,7 +153,7 @@ private:
     api_portLESBList_t _list;
 };
 
-} // namespace
+}  // namespace
 
 // The port that the InstanceID key of the path written in text names, for
 // the narrowing of getInstance. A port path has no InstanceID, so a
@@ -174,19 +175,14 @@ static Uint64 _narrowingFilter(const String& text)
         return QEL_ALL_PORTS;
     }
     const String instanceId = QEL_Common::getStringProperty(path, "InstanceID");
-    return instanceId.size() == 0
-        ? QEL_ALL_PORTS
-        : QEL_FCPortStatisticsProvider::getPortWWN(instanceId);
+    return instanceId.size() == 0 ? QEL_ALL_PORTS
+                                  : QEL_FCPortStatisticsProvider::getPortWWN(instanceId);
 }
 
-class QEL_FCPortElementStatisticalDataProvider::_Lists
-    : public QEL_AssociationFrame::Lists
+class QEL_FCPortElementStatisticalDataProvider::_Lists : public QEL_AssociationFrame::Lists
 {
 public:
-    explicit _Lists(QEL_FCPortElementStatisticalDataProvider& provider)
-        : _provider(provider)
-    {
-    }
+    explicit _Lists(QEL_FCPortElementStatisticalDataProvider& provider) : _provider(provider) {}
 
     Array<CIMInstance> relatedInstances(
         const OperationContext& context,
@@ -195,13 +191,12 @@ public:
         const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override
     {
-        return _provider._getRelatedInstances(objectName, context,
-            includeQualifiers, includeClassOrigin, propertyList);
+        return _provider._getRelatedInstances(
+            objectName, context, includeQualifiers, includeClassOrigin, propertyList);
     }
 
-    Array<CIMObjectPath> relatedInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& objectName) override
+    Array<CIMObjectPath>
+    relatedInstanceNames(const OperationContext& context, const CIMObjectPath& objectName) override
     {
         return _provider._getRelatedInstanceNames(objectName, context);
     }
@@ -216,10 +211,7 @@ public:
             objectName, includeQualifiers, includeClassOrigin, propertyList);
     }
 
-    Array<CIMObjectPath> instanceNames() override
-    {
-        return _provider._getInstanceNames();
-    }
+    Array<CIMObjectPath> instanceNames() override { return _provider._getInstanceNames(); }
 
 private:
     QEL_FCPortElementStatisticalDataProvider& _provider;
@@ -227,8 +219,8 @@ private:
 
 QEL_AssociationFrame QEL_FCPortElementStatisticalDataProvider::_frame()
 {
-    return QEL_AssociationFrame(PROFILE, ClassName, _cimom, _assocClassName,
-        _portClassName, _statsClassName, _hostName);
+    return QEL_AssociationFrame(
+        PROFILE, ClassName, _cimom, _assocClassName, _portClassName, _statsClassName, _hostName);
 }
 
 // ----------------------------------------------------------- list builders
@@ -242,7 +234,8 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
 {
     Uint64 filter = QEL_ALL_PORTS;
     const CIMName& objectClass = objectName.getClassName();
-    log_message(QEL_TRACE_FLOW,
+    log_message(
+        QEL_TRACE_FLOW,
         "-->QEL_FCPortElementStatisticalDataProvider::_getRelatedInstances: className = %s \n",
         (const char*)objectClass.getString().getCString());
 
@@ -263,9 +256,9 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
     }
     if (key.size() == 0 || filter == QEL_ALL_PORTS)
     {
-        throw CIMInvalidParameterException(ClassName + (fromStatistics
-            ? " InstanceID key not found."
-            : " DeviceID key not found."));
+        throw CIMInvalidParameterException(
+            ClassName +
+            (fromStatistics ? " InstanceID key not found." : " DeviceID key not found."));
     }
 
     Array<CIMInstance> related;
@@ -282,17 +275,17 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
             const CIMObjectPath portPath = QEL_FCPortProvider::buildObjectPath(
                 _portClassName, _hostName, QEL_recordText(port.fcSystemName),
                 QEL_recordText(port.wwnText));
-            related.append(_cimom.getInstance(context, CIMNamespaceName(NAMESPACE),
-                portPath, false, includeQualifiers, includeClassOrigin, propertyList));
+            related.append(_cimom.getInstance(
+                context, CIMNamespaceName(NAMESPACE), portPath, false, includeQualifiers,
+                includeClassOrigin, propertyList));
         }
         ports.release();
     }
     else if (objectClass == _portClassName)
     {
         CIMClass statsClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE),
-            _statsClassName, false, includeQualifiers, includeClassOrigin,
-            propertyList);
+            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _statsClassName, false,
+            includeQualifiers, includeClassOrigin, propertyList);
         LESBRecords records;
         records.read(filter);
         // The first record of the port; the DeviceID is compared with letter
@@ -301,15 +294,15 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
         {
             if (String::equal(QEL_recordText(records[i].portText), key))
             {
-                related.append(QEL_FCPortStatisticsProvider::buildInstance(
-                    statsClass, records[i], _hostName));
+                related.append(
+                    QEL_FCPortStatisticsProvider::buildInstance(statsClass, records[i], _hostName));
                 break;
             }
         }
     }
 
-    log_message(QEL_TRACE_FLOW,
-        "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstances\n");
+    log_message(
+        QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstances\n");
     return related;
 }
 
@@ -317,19 +310,20 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstan
     const CIMObjectPath& objectName,
     const OperationContext& context)
 {
-    log_message(QEL_TRACE_FLOW,
+    log_message(
+        QEL_TRACE_FLOW,
         "-->QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames: className = %s \n",
         (const char*)objectName.getClassName().getString().getCString());
-    const Array<CIMInstance> related = _getRelatedInstances(
-        objectName, context, false, false, CIMPropertyList());
+    const Array<CIMInstance> related =
+        _getRelatedInstances(objectName, context, false, false, CIMPropertyList());
     Array<CIMObjectPath> names;
     names.reserveCapacity(related.size());
     for (Uint32 i = 0; i < related.size(); i++)
     {
         names.append(related[i].getPath());
     }
-    log_message(QEL_TRACE_FLOW,
-        "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames\n");
+    log_message(
+        QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames\n");
     return names;
 }
 
@@ -339,13 +333,11 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
     const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    log_message(QEL_TRACE_FLOW,
-        "-->QEL_FCPortElementStatisticalDataProvider::_getInstances\n");
+    log_message(QEL_TRACE_FLOW, "-->QEL_FCPortElementStatisticalDataProvider::_getInstances\n");
     Uint64 filter = QEL_ALL_PORTS;
     if (!objectName.getClassName().isNull())
     {
-        filter = _narrowingFilter(
-            QEL_Common::getStringProperty(objectName, "ManagedElement"));
+        filter = _narrowingFilter(QEL_Common::getStringProperty(objectName, "ManagedElement"));
     }
 
     Array<CIMInstance> associations;
@@ -363,29 +355,25 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
             }
             // Only the first record of a port is associated; both ends are
             // built as paths only.
-            const String instanceId =
-                QEL_FCPortStatisticsProvider::makeInstanceID(records[0]);
+            const String instanceId = QEL_FCPortStatisticsProvider::makeInstanceID(records[0]);
             const CIMObjectPath portPath = QEL_FCPortProvider::buildObjectPath(
                 _portClassName, _hostName, QEL_recordText(port.fcSystemName),
                 QEL_recordText(port.wwnText));
             const CIMObjectPath statsPath =
                 QEL_FCPortStatisticsProvider::buildObjectPath(_hostName, instanceId);
             associations.append(frame._buildAssociationInstance(
-                portPath, statsPath, includeQualifiers, includeClassOrigin,
-                propertyList));
+                portPath, statsPath, includeQualifiers, includeClassOrigin, propertyList));
         }
     }
     ports.release();
 
-    log_message(QEL_TRACE_FLOW,
-        "<--QEL_FCPortElementStatisticalDataProvider::_getInstances\n");
+    log_message(QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getInstances\n");
     return associations;
 }
 
 Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getInstanceNames()
 {
-    log_message(QEL_TRACE_FLOW,
-        "-->QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
+    log_message(QEL_TRACE_FLOW, "-->QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
     const Array<CIMInstance> associations =
         _getInstances(CIMObjectPath(), false, false, CIMPropertyList());
     Array<CIMObjectPath> names;
@@ -394,8 +382,7 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getInstanceNames
     {
         names.append(associations[i].getPath());
     }
-    log_message(QEL_TRACE_FLOW,
-        "<--QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
+    log_message(QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
     return names;
 }
 
@@ -414,9 +401,9 @@ void QEL_FCPortElementStatisticalDataProvider::associators(
     ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().associators(lists, context, objectName, associationClass,
-        resultClass, role, resultRole, includeQualifiers, includeClassOrigin,
-        propertyList, handler);
+    _frame().associators(
+        lists, context, objectName, associationClass, resultClass, role, resultRole,
+        includeQualifiers, includeClassOrigin, propertyList, handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::associatorNames(
@@ -429,8 +416,8 @@ void QEL_FCPortElementStatisticalDataProvider::associatorNames(
     ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().associatorNames(lists, context, objectName, associationClass,
-        resultClass, role, resultRole, handler);
+    _frame().associatorNames(
+        lists, context, objectName, associationClass, resultClass, role, resultRole, handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::references(
@@ -444,8 +431,9 @@ void QEL_FCPortElementStatisticalDataProvider::references(
     ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().references(lists, context, objectName, resultClass, role,
-        includeQualifiers, includeClassOrigin, propertyList, handler);
+    _frame().references(
+        lists, context, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+        propertyList, handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::referenceNames(
@@ -468,8 +456,9 @@ void QEL_FCPortElementStatisticalDataProvider::getInstance(
     InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().getInstance(lists, context, instanceReference, includeQualifiers,
-        includeClassOrigin, propertyList, handler);
+    _frame().getInstance(
+        lists, context, instanceReference, includeQualifiers, includeClassOrigin, propertyList,
+        handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::enumerateInstances(
@@ -481,8 +470,9 @@ void QEL_FCPortElementStatisticalDataProvider::enumerateInstances(
     InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().enumerateInstances(lists, context, classReference,
-        includeQualifiers, includeClassOrigin, propertyList, handler);
+    _frame().enumerateInstances(
+        lists, context, classReference, includeQualifiers, includeClassOrigin, propertyList,
+        handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames(

@@ -21,7 +21,8 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class QEL_FCPortElementStatisticalDataProvider : public CIMAssociationProvider, public CIMInstanceProvider
+class QEL_FCPortElementStatisticalDataProvider : public CIMAssociationProvider,
+                                                 public CIMInstanceProvider
 {
 public:
     QEL_FCPortElementStatisticalDataProvider();
@@ -125,9 +126,8 @@ private:
         const CIMPropertyList& propertyList);
 
     // The paths of what _getRelatedInstances returns, in the same order.
-    Array<CIMObjectPath> _getRelatedInstanceNames(
-        const CIMObjectPath& objectName,
-        const OperationContext& context);
+    Array<CIMObjectPath>
+    _getRelatedInstanceNames(const CIMObjectPath& objectName, const OperationContext& context);
 
     // One association per FC port with at least one LESB record. objectName
     // is the getInstance reference or an empty path.

@@ -13,8 +13,7 @@ PEGASUS_NAMESPACE_BEGIN
 // it is its own business, the value is passed as it stands.
 static const int FC_PORT_DETAIL = 3;
 
-QEL_FCPortList::QEL_FCPortList()
-    : _released(false)
+QEL_FCPortList::QEL_FCPortList() : _released(false)
 {
     std::memset(&_list, 0, sizeof(_list));
 }
@@ -32,8 +31,7 @@ int QEL_FCPortList::readFCPorts(Uint64 filter, int sfpFlag)
 
 int QEL_FCPortList::readFCALPorts(Uint64 filter)
 {
-    return QEL_ProviderFrame::serialized(
-        [&] { return api_getFCALPorts(filter, &_list); });
+    return QEL_ProviderFrame::serialized([&] { return api_getFCALPorts(filter, &_list); });
 }
 
 void QEL_FCPortList::release()

@@ -53,8 +53,7 @@ static void _checkClass(const CIMName& className)
 {
     if (!_isFCPortClass(className) && !_isFCALPortClass(className))
     {
-        throw CIMNotSupportedException(
-            ClassName + " Invalid class name" + className.getString());
+        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
     }
 }
 
@@ -192,11 +191,19 @@ CIMInstance QEL_FCPortProvider::buildInstance(
     Uint16 portType = 0;
     switch (port.connectionType)
     {
-        case 1: portType = 11; break;   // NL
-        case 2: portType = 10; break;   // N
+        case 1:
+            portType = 11;
+            break;  // NL
+        case 2:
+            portType = 10;
+            break;  // N
         case 3:
-        case 4: portType = 13; break;   // Nx
-        default: portType = 0; break;   // Unknown
+        case 4:
+            portType = 13;
+            break;  // Nx
+        default:
+            portType = 0;
+            break;  // Unknown
     }
     QEL_Common::setPropertyValue(instance, "PortType", portType);
 
@@ -292,7 +299,8 @@ CIMObjectPath QEL_FCPortProvider::buildObjectPath(
     keys.reserveCapacity(4);
     keys.append(CIMKeyBinding("SystemCreationClassName", "QEL_NodeSystem", CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("SystemName", systemName, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("CreationClassName", inputClassName.getString(), CIMKeyBinding::STRING));
+    keys.append(
+        CIMKeyBinding("CreationClassName", inputClassName.getString(), CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("DeviceID", deviceID, CIMKeyBinding::STRING));
     CIMObjectPath path(hostAddr, CIMNamespaceName(NAMESPACE), inputClassName, keys);
 
@@ -300,16 +308,12 @@ CIMObjectPath QEL_FCPortProvider::buildObjectPath(
     return path;
 }
 
-void QEL_FCPortProvider::_addOperationalStatus(
-    api_port_status_t portStatus,
-    CIMInstance& instance)
+void QEL_FCPortProvider::_addOperationalStatus(api_port_status_t portStatus, CIMInstance& instance)
 {
     QEL_Common::setPropertyValue(
-        instance, "OperationalStatus",
-        _uint16s(QEL_Common::getPortOperationalStatus(portStatus)));
+        instance, "OperationalStatus", _uint16s(QEL_Common::getPortOperationalStatus(portStatus)));
     // The library's own state number, deliberately as a number (not a text).
-    QEL_Common::setPropertyValue(
-        instance, "OtherOperationalStatus", Uint16(portStatus));
+    QEL_Common::setPropertyValue(instance, "OtherOperationalStatus", Uint16(portStatus));
 }
 
 Array<CIMInstance> QEL_FCPortProvider::buildInstances(
@@ -325,8 +329,8 @@ Array<CIMInstance> QEL_FCPortProvider::buildInstances(
     _checkClass(className);
 
     CIMClass portClass = QEL_Common::getStoredCIMClass(
-        cimom, OperationContext(), CIMNamespaceName(NAMESPACE), className,
-        false, includeQualifiers, includeClassOrigin, propertyList);
+        cimom, OperationContext(), CIMNamespaceName(NAMESPACE), className, false, includeQualifiers,
+        includeClassOrigin, propertyList);
 
     QEL_FCPortList list;
     _readPorts(list, className, portwwn);
@@ -362,11 +366,10 @@ Array<CIMObjectPath> QEL_FCPortProvider::_build_ref(const CIMName& className)
         const api_FCPort_t& port = list[i];
         if (QEL_FCPortList::isPort(port))
         {
-            const String systemName = fcView
-                ? QEL_recordText(port.fcSystemName)
-                : QEL_recordText(port.fcalSystemName);
-            paths.append(buildObjectPath(
-                className, _hostName, systemName, QEL_recordText(port.wwnText)));
+            const String systemName =
+                fcView ? QEL_recordText(port.fcSystemName) : QEL_recordText(port.fcalSystemName);
+            paths.append(
+                buildObjectPath(className, _hostName, systemName, QEL_recordText(port.wwnText)));
         }
     }
     list.release();
@@ -384,35 +387,31 @@ static CIMInstance _findPortInstance(
 {
     for (Uint32 i = 0; i < instances.size(); i++)
     {
-        if (String::equalNoCase(
-                QEL_Common::getStringProperty(instances[i], propertyName), wanted))
+        if (String::equalNoCase(QEL_Common::getStringProperty(instances[i], propertyName), wanted))
         {
             log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::_getPortInstance\n");
             return instances[i].clone();
         }
     }
-    log_message(QEL_TRACE_FAILURE, "Object not found: %s\n",
-        (const char*)wanted.getCString());
+    log_message(QEL_TRACE_FAILURE, "Object not found: %s\n", (const char*)wanted.getCString());
     throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + wanted);
 }
 
-CIMInstance QEL_FCPortProvider::_getPortInstance(
-    Uint64 portWWN,
-    Array<CIMInstance> instances)
+CIMInstance QEL_FCPortProvider::_getPortInstance(Uint64 portWWN, Array<CIMInstance> instances)
 {
     const String wwn = _wwnText(portWWN);
-    log_message(QEL_TRACE_FLOW,
+    log_message(
+        QEL_TRACE_FLOW,
         "--> QEL_FCPortProvider::_getPortInstance: +++ searching for port wwn = %s\n",
         (const char*)wwn.getCString());
     return _findPortInstance(instances, "DeviceID", wwn);
 }
 
-CIMInstance QEL_FCPortProvider::_getPortInstance(
-    const String& portName,
-    Array<CIMInstance> instances)
+CIMInstance
+QEL_FCPortProvider::_getPortInstance(const String& portName, Array<CIMInstance> instances)
 {
-    log_message(QEL_TRACE_FLOW,
-        "--> QEL_FCPortProvider::_getPortInstance: +++ searching for port = %s\n",
+    log_message(
+        QEL_TRACE_FLOW, "--> QEL_FCPortProvider::_getPortInstance: +++ searching for port = %s\n",
         (const char*)portName.getCString());
     return _findPortInstance(instances, "Name", portName);
 }
@@ -455,8 +454,7 @@ void QEL_FCPortProvider::getInstance(
     }
 
     const Array<CIMInstance> candidates = buildInstances(
-        _cimom, className, portwwn, includeQualifiers, includeClassOrigin,
-        propertyList, _hostName);
+        _cimom, className, portwwn, includeQualifiers, includeClassOrigin, propertyList, _hostName);
 
     for (Uint32 i = 0; i < candidates.size(); i++)
     {
@@ -470,8 +468,7 @@ void QEL_FCPortProvider::getInstance(
         }
     }
     // The device ID follows the text without a blank, as it always has.
-    throw CIMObjectNotFoundException(
-        className.getString() + " CIM Object not found." + deviceID);
+    throw CIMObjectNotFoundException(className.getString() + " CIM Object not found." + deviceID);
 }
 
 void QEL_FCPortProvider::enumerateInstances(
@@ -490,8 +487,8 @@ void QEL_FCPortProvider::enumerateInstances(
 
     handler.processing();
     const Array<CIMInstance> instances = buildInstances(
-        _cimom, className, QEL_ALL_PORTS, includeQualifiers, includeClassOrigin,
-        propertyList, _hostName);
+        _cimom, className, QEL_ALL_PORTS, includeQualifiers, includeClassOrigin, propertyList,
+        _hostName);
     for (Uint32 i = 0; i < instances.size(); i++)
     {
         handler.deliver(instances[i]);
@@ -538,14 +535,13 @@ void QEL_FCPortProvider::modifyInstance(
 
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortProvider::modifyInstance()\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_MODIFY_SESSION);
-    QEL_ProviderFrame::authorize(
-        who, className, OPERATION_KEY, SOURCE, LINE_MODIFY_AUTHORIZE);
+    QEL_ProviderFrame::authorize(who, className, OPERATION_KEY, SOURCE, LINE_MODIFY_AUTHORIZE);
 
     api_evtparam_t apiEvent;
     std::memset(&apiEvent, 0, sizeof(apiEvent));
     QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), OPERATION_KEY, "",
-        who.userName.getCString(), who.clientAddress.getCString());
+        &apiEvent, className.getCString(), OPERATION_KEY, "", who.userName.getCString(),
+        who.clientAddress.getCString());
 
     const String deviceID = QEL_Common::getStringProperty(objectRef, "DeviceID");
     const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
@@ -630,40 +626,38 @@ void QEL_FCPortProvider::modifyInstance(
     Uint16* ids = IDs.ids();
     const int count = IDs.count();
     if (mode != 0 &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); }) != 0)
+        QEL_ProviderFrame::serialized(
+            [&] { return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port mode");
     }
     if (connType != 0 &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortConnType(&apiEvent, count, ids, connType); }) != 0)
+        QEL_ProviderFrame::serialized(
+            [&] { return api_setFCPortConnType(&apiEvent, count, ids, connType); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port connection type");
     }
-    if (class2 != 0 &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortClass2(&apiEvent, count, ids, class2); }) != 0)
+    if (class2 != 0 && QEL_ProviderFrame::serialized(
+                           [&] { return api_setFCPortClass2(&apiEvent, count, ids, class2); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port class2");
     }
-    if (vcn != 0 &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortVCN(&apiEvent, count, ids, vcn); }) != 0)
+    if (vcn != 0 && QEL_ProviderFrame::serialized(
+                        [&] { return api_setFCPortVCN(&apiEvent, count, ids, vcn); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port VCN");
     }
     if (intCoal != 0 &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); }) != 0)
+        QEL_ProviderFrame::serialized(
+            [&] { return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port interrupt coalesce");
     }
     // Whole gigabits per second by a plain shift: not the inverse of
     // rate_to_bits (1.5 Gbit/s gives 1, 100 Mbit/s gives 0), as intended.
     if (setSpeed &&
-        QEL_ProviderFrame::serialized([&] {
-            return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); }) != 0)
+        QEL_ProviderFrame::serialized(
+            [&] { return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); }) != 0)
     {
         throw CIMOperationFailedException("Failed to set port speed");
     }
@@ -702,7 +696,8 @@ void QEL_FCPortProvider::invokeMethod(
 
     // Both method traces are written at the failure level, as the array's
     // tools expect to find them.
-    log_message(QEL_TRACE_FAILURE,
+    log_message(
+        QEL_TRACE_FAILURE,
         "-->QEL_FCPortProvider::invokeMethod()\n\t className = %s, methodName = %s\n",
         (const char*)className.getCString(), (const char*)method.getCString());
 
@@ -714,8 +709,8 @@ void QEL_FCPortProvider::invokeMethod(
     api_evtparam_t apiEvent;
     std::memset(&apiEvent, 0, sizeof(apiEvent));
     QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), method.getCString(), "",
-        who.userName.getCString(), who.clientAddress.getCString());
+        &apiEvent, className.getCString(), method.getCString(), "", who.userName.getCString(),
+        who.clientAddress.getCString());
 
     const String deviceID = QEL_Common::getStringProperty(objectReference, "DeviceID");
     const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
@@ -737,18 +732,18 @@ void QEL_FCPortProvider::invokeMethod(
     }
     else if (methodName == CIMName("Reset"))
     {
-        result = QEL_ProviderFrame::serialized(
-            [&] { return api_resetPort(&apiEvent, count, ids); });
+        result =
+            QEL_ProviderFrame::serialized([&] { return api_resetPort(&apiEvent, count, ids); });
     }
     else if (methodName == CIMName("ReloadFirmware"))
     {
-        result = QEL_ProviderFrame::serialized(
-            [&] { return api_reloadPortFW(&apiEvent, count, ids); });
+        result =
+            QEL_ProviderFrame::serialized([&] { return api_reloadPortFW(&apiEvent, count, ids); });
     }
     else if (methodName == CIMName("SyncDatabase"))
     {
-        result = QEL_ProviderFrame::serialized(
-            [&] { return api_syncFCPortDB(&apiEvent, count, ids); });
+        result =
+            QEL_ProviderFrame::serialized([&] { return api_syncFCPortDB(&apiEvent, count, ids); });
     }
     else if (methodName == CIMName("InitializeLoop"))
     {

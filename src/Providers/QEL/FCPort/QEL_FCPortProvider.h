@@ -89,10 +89,8 @@ public:
 
     // One port record as an instance of portClass ("QEL_FCPort" or
     // "QEL_FCALPort"), with its path on hostAddr.
-    static CIMInstance buildInstance(
-        CIMClass portClass,
-        const api_FCPort_t& port,
-        const String& hostAddr);
+    static CIMInstance
+    buildInstance(CIMClass portClass, const api_FCPort_t& port, const String& hostAddr);
 
     // The path of one port: four string keys SystemCreationClassName,
     // SystemName, CreationClassName, DeviceID, in namespace root/qel.
@@ -103,9 +101,7 @@ public:
         const String& deviceID);
 
     // OperationalStatus and OtherOperationalStatus of a port state.
-    static void _addOperationalStatus(
-        api_port_status_t portStatus,
-        CIMInstance& instance);
+    static void _addOperationalStatus(api_port_status_t portStatus, CIMInstance& instance);
 
     // The instances of the ports that portwwn selects (QEL_ALL_PORTS: all).
     static Array<CIMInstance> buildInstances(
@@ -123,12 +119,8 @@ public:
 
     // Lookups in an instance list by DeviceID (port WWN) or by Name (port
     // position); both throw CIMObjectNotFoundException when nothing matches.
-    static CIMInstance _getPortInstance(
-        Uint64 portWWN,
-        Array<CIMInstance> instances);
-    static CIMInstance _getPortInstance(
-        const String& portName,
-        Array<CIMInstance> instances);
+    static CIMInstance _getPortInstance(Uint64 portWWN, Array<CIMInstance> instances);
+    static CIMInstance _getPortInstance(const String& portName, Array<CIMInstance> instances);
 
 private:
     CIMOMHandle _cimom;

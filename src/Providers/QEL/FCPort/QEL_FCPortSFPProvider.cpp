@@ -65,41 +65,29 @@ static const QEL_AssociationProfile PROFILE = {
     ACCEPTED_RESULT_CLASSES,
     REFUSED_FROM_PORT,
     REFUSED_FROM_SFP,
-    false, // an SFP sits in one port: references from it take the first only
-    {115,
-     "-->QEL_FCPortSFPProvider::associators\n",
+    false,  // an SFP sits in one port: references from it take the first only
+    {115, "-->QEL_FCPortSFPProvider::associators\n",
      "QEL_FCPortSFPProvider::associators: objectName = %s; associationClass = %s; resultClass = %s \n",
      "QEL_FCPortSFPProvider::associators: invalid params: resultClass = %s \n",
      "<--QEL_FCPortSFPProvider::associators\n"},
-    {194,
-     "-->QEL_FCPortSFPProvider::associatorNames\n",
+    {194, "-->QEL_FCPortSFPProvider::associatorNames\n",
      "QEL_FCPortSFPProvider::associatorNames: objectName = %s; associationClass=%s; resultClass=%s \n",
      "QEL_FCPortSFPProvider::associatorNames: invalid params: associationClass=%s, resultClass=%s\n",
      "<--QEL_FCPortSFPProvider::associatorNames\n"},
-    {264,
-     "-->QEL_FCPortSFPProvider::references\n",
+    {264, "-->QEL_FCPortSFPProvider::references\n",
      "QEL_FCPortSFPProvider::references: objectName = %s; resultClass = %s \n",
      "QEL_FCPortSFPProvider::references: invalid params: role = %s, resultClass = %s \n",
      "<--QEL_FCPortSFPProvider::references\n"},
-    {351,
-     "-->QEL_FCPortSFPProvider::referenceNames\n",
+    {351, "-->QEL_FCPortSFPProvider::referenceNames\n",
      "QEL_FCPortSFPProvider::references: objectName = %s; resultClass = %s",
      "QEL_FCPortSFPProvider::referenceNames: invalid params: role = %s, resultClass = %s \n",
      "<--QEL_FCPortSFPProvider::referenceNames\n"},
-    {431,
-     "-->QEL_FCPortSFPProvider::getInstance()\n",
-     0,
+    {431, "-->QEL_FCPortSFPProvider::getInstance()\n", 0,
      "QEL_FCPortSFPProvider::getInstance(): Invalid number of keys (%d)\n",
      "<-- QEL_FCPortSFPProvider::getInstance()\n"},
-    {507,
-     "--> QEL_FCPortSFPProvider::enumerateInstances() \n",
-     0,
-     0,
+    {507, "--> QEL_FCPortSFPProvider::enumerateInstances() \n", 0, 0,
      "<-- QEL_FCPortSFPProvider::enumerateInstances()\n"},
-    {542,
-     "--> QEL_FCPortSFPProvider::enumerateInstanceNames()\n",
-     0,
-     0,
+    {542, "--> QEL_FCPortSFPProvider::enumerateInstanceNames()\n", 0, 0,
      "<-- QEL_FCPortSFPProvider::enumerateInstanceNames()\n"},
 };
 
@@ -133,9 +121,8 @@ public:
             objectName, includeQualifiers, includeClassOrigin, propertyList);
     }
 
-    Array<CIMObjectPath> relatedInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath& objectName) override
+    Array<CIMObjectPath>
+    relatedInstanceNames(const OperationContext&, const CIMObjectPath& objectName) override
     {
         return _provider._getRelatedInstanceNames(objectName);
     }
@@ -146,14 +133,10 @@ public:
         const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override
     {
-        return _provider._getInstances(
-            includeQualifiers, includeClassOrigin, propertyList);
+        return _provider._getInstances(includeQualifiers, includeClassOrigin, propertyList);
     }
 
-    Array<CIMObjectPath> instanceNames() override
-    {
-        return _provider._getInstanceNames();
-    }
+    Array<CIMObjectPath> instanceNames() override { return _provider._getInstanceNames(); }
 
 private:
     QEL_FCPortSFPProvider& _provider;
@@ -161,8 +144,8 @@ private:
 
 QEL_AssociationFrame QEL_FCPortSFPProvider::_frame()
 {
-    return QEL_AssociationFrame(PROFILE, ClassName, _cimom, _assocClassName,
-        _portClassName, _sfpClassName, _hostName);
+    return QEL_AssociationFrame(
+        PROFILE, ClassName, _cimom, _assocClassName, _portClassName, _sfpClassName, _hostName);
 }
 
 // ----------------------------------------------------------- list builders
@@ -174,18 +157,17 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
     const CIMPropertyList& propertyList)
 {
     const CIMName& objectClass = objectName.getClassName();
-    log_message(QEL_TRACE_FLOW,
-        "-->QEL_FCPortSFPProvider::_getRelatedInstances: className = %s \n",
+    log_message(
+        QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getRelatedInstances: className = %s \n",
         (const char*)objectClass.getString().getCString());
 
     // Any class but the port class is taken for an SFP and read by its Tag.
     const bool fromPort = objectClass == _portClassName;
-    const String key = QEL_Common::getStringProperty(
-        objectName, fromPort ? "DeviceID" : "Tag");
+    const String key = QEL_Common::getStringProperty(objectName, fromPort ? "DeviceID" : "Tag");
     if (key.size() == 0)
     {
-        throw CIMInvalidParameterException(ClassName +
-            (fromPort ? " DeviceID key not found." : " Tag key not found."));
+        throw CIMInvalidParameterException(
+            ClassName + (fromPort ? " DeviceID key not found." : " Tag key not found."));
     }
 
     Array<CIMInstance> related;
@@ -194,9 +176,8 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
     if (read && fromPort)
     {
         CIMClass sfpClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE),
-            _sfpClassName, false, includeQualifiers, includeClassOrigin,
-            propertyList);
+            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _sfpClassName, false,
+            includeQualifiers, includeClassOrigin, propertyList);
         // Every record of the port is taken; the DeviceID is compared with
         // letter case.
         for (Uint32 i = 0; i < ports.size(); i++)
@@ -204,25 +185,23 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
             const api_FCPort_t& port = ports[i];
             if (_sfpInstalled(port) && String::equal(QEL_recordText(port.wwnText), key))
             {
-                related.append(QEL_SFPProvider::buildInstance(
-                    sfpClass, port.wwnText, port.sfp, _hostName));
+                related.append(
+                    QEL_SFPProvider::buildInstance(sfpClass, port.wwnText, port.sfp, _hostName));
             }
         }
     }
     else if (read && objectClass == _sfpClassName)
     {
         CIMClass portClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE),
-            _portClassName, false, includeQualifiers, includeClassOrigin,
-            propertyList);
+            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _portClassName, false,
+            includeQualifiers, includeClassOrigin, propertyList);
         // The Tag is made whether or not the SFP is marked installed.
         for (Uint32 i = 0; i < ports.size(); i++)
         {
             const api_FCPort_t& port = ports[i];
             if (String::equal(QEL_SFPProvider::makeUniqueTAG(port.wwnText, port.sfp), key))
             {
-                related.append(QEL_FCPortProvider::buildInstance(
-                    portClass, port, _hostName));
+                related.append(QEL_FCPortProvider::buildInstance(portClass, port, _hostName));
                 break;
             }
         }
@@ -233,11 +212,11 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
     return related;
 }
 
-Array<CIMObjectPath> QEL_FCPortSFPProvider::_getRelatedInstanceNames(
-    const CIMObjectPath& objectName)
+Array<CIMObjectPath>
+QEL_FCPortSFPProvider::_getRelatedInstanceNames(const CIMObjectPath& objectName)
 {
-    log_message(QEL_TRACE_FLOW,
-        "-->QEL_FCPortSFPProvider::_getRelatedInstanceNames: className = %s \n",
+    log_message(
+        QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getRelatedInstanceNames: className = %s \n",
         (const char*)objectName.getClassName().getString().getCString());
     // The names cost a full build of the related instances; kept so.
     const Array<CIMInstance> related =
@@ -291,8 +270,7 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getInstances(
 Array<CIMObjectPath> QEL_FCPortSFPProvider::_getInstanceNames()
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getInstanceNames\n");
-    const Array<CIMInstance> associations =
-        _getInstances(false, false, CIMPropertyList());
+    const Array<CIMInstance> associations = _getInstances(false, false, CIMPropertyList());
     Array<CIMObjectPath> names;
     names.reserveCapacity(associations.size());
     for (Uint32 i = 0; i < associations.size(); i++)
@@ -318,9 +296,9 @@ void QEL_FCPortSFPProvider::associators(
     ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().associators(lists, context, objectName, associationClass,
-        resultClass, role, resultRole, includeQualifiers, includeClassOrigin,
-        propertyList, handler);
+    _frame().associators(
+        lists, context, objectName, associationClass, resultClass, role, resultRole,
+        includeQualifiers, includeClassOrigin, propertyList, handler);
 }
 
 void QEL_FCPortSFPProvider::associatorNames(
@@ -333,8 +311,8 @@ void QEL_FCPortSFPProvider::associatorNames(
     ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().associatorNames(lists, context, objectName, associationClass,
-        resultClass, role, resultRole, handler);
+    _frame().associatorNames(
+        lists, context, objectName, associationClass, resultClass, role, resultRole, handler);
 }
 
 void QEL_FCPortSFPProvider::references(
@@ -348,8 +326,9 @@ void QEL_FCPortSFPProvider::references(
     ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().references(lists, context, objectName, resultClass, role,
-        includeQualifiers, includeClassOrigin, propertyList, handler);
+    _frame().references(
+        lists, context, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+        propertyList, handler);
 }
 
 void QEL_FCPortSFPProvider::referenceNames(
@@ -372,8 +351,9 @@ void QEL_FCPortSFPProvider::getInstance(
     InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().getInstance(lists, context, instanceReference, includeQualifiers,
-        includeClassOrigin, propertyList, handler);
+    _frame().getInstance(
+        lists, context, instanceReference, includeQualifiers, includeClassOrigin, propertyList,
+        handler);
 }
 
 void QEL_FCPortSFPProvider::enumerateInstances(
@@ -385,8 +365,9 @@ void QEL_FCPortSFPProvider::enumerateInstances(
     InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
-    _frame().enumerateInstances(lists, context, classReference,
-        includeQualifiers, includeClassOrigin, propertyList, handler);
+    _frame().enumerateInstances(
+        lists, context, classReference, includeQualifiers, includeClassOrigin, propertyList,
+        handler);
 }
 
 void QEL_FCPortSFPProvider::enumerateInstanceNames(

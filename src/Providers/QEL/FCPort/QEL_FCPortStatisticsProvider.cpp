@@ -86,7 +86,7 @@ private:
     api_portLESBList_t _list;
 };
 
-} // namespace
+}  // namespace
 
 QEL_FCPortStatisticsProvider::QEL_FCPortStatisticsProvider()
 {
@@ -148,16 +148,16 @@ CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
         elementName = String("FC Port ") + (position != 0 ? position : "") + " LESB Statistics";
     }
     QEL_Common::setPropertyValue(instance, "ElementName", elementName);
-    QEL_Common::setPropertyValue(instance, "StatisticTime",
+    QEL_Common::setPropertyValue(
+        instance, "StatisticTime",
         QEL_Common::getCIMDateTime(static_cast<time_t>(lesb.sampleTime)));
 
     QEL_Common::setPropertyValue(instance, "LinkFailures", Uint64(lesb.linkFailures));
     QEL_Common::setPropertyValue(instance, "LossOfSyncCounter", Uint64(lesb.lossOfSync));
     QEL_Common::setPropertyValue(instance, "LossOfSignalCounter", Uint64(lesb.lossOfSignal));
-    QEL_Common::setPropertyValue(instance, "PrimitiveSeqProtocolErrCount",
-        Uint64(lesb.primitiveSeqErrors));
-    QEL_Common::setPropertyValue(instance, "InvalidTransmissionWords",
-        Uint64(lesb.invalidTxWords));
+    QEL_Common::setPropertyValue(
+        instance, "PrimitiveSeqProtocolErrCount", Uint64(lesb.primitiveSeqErrors));
+    QEL_Common::setPropertyValue(instance, "InvalidTransmissionWords", Uint64(lesb.invalidTxWords));
     QEL_Common::setPropertyValue(instance, "CRCErrors", Uint64(lesb.crcErrors));
 
     instance.setPath(buildObjectPath(hostName, makeInstanceID(lesb)));
@@ -184,9 +184,8 @@ CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
     return instance;
 }
 
-CIMObjectPath QEL_FCPortStatisticsProvider::buildObjectPath(
-    const String& hostName,
-    const String& instanceId)
+CIMObjectPath
+QEL_FCPortStatisticsProvider::buildObjectPath(const String& hostName, const String& instanceId)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("InstanceID", instanceId, CIMKeyBinding::STRING));
@@ -236,9 +235,8 @@ Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
     if (havePasses)
     {
         CIMClass statisticsClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE),
-            CIMName(STATISTICS_CLASS), false, includeQualifiers, includeClassOrigin,
-            propertyList);
+            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), CIMName(STATISTICS_CLASS),
+            false, includeQualifiers, includeClassOrigin, propertyList);
 
         instances.reserveCapacity(static_cast<Uint32>(passes.size()));
         for (const Pass& pass : passes)
@@ -255,8 +253,8 @@ Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
             }
             else
             {
-                instances.append(buildInstance(
-                    statisticsClass, pass.keyText.getCString(), _hostName));
+                instances.append(
+                    buildInstance(statisticsClass, pass.keyText.getCString(), _hostName));
             }
         }
     }
@@ -317,8 +315,8 @@ void QEL_FCPortStatisticsProvider::getInstance(
         throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
     }
 
-    const Array<CIMInstance> candidates = _build_instances(
-        instanceId, includeQualifiers, includeClassOrigin, propertyList);
+    const Array<CIMInstance> candidates =
+        _build_instances(instanceId, includeQualifiers, includeClassOrigin, propertyList);
     for (Uint32 i = 0; i < candidates.size(); i++)
     {
         if (QEL_Common::matchObjectPath(instanceReference, candidates[i].getPath()))
@@ -346,8 +344,8 @@ void QEL_FCPortStatisticsProvider::enumerateInstances(
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
     _checkClass(classReference.getClassName());
 
-    const Array<CIMInstance> instances = _build_instances(
-        String(), includeQualifiers, includeClassOrigin, propertyList);
+    const Array<CIMInstance> instances =
+        _build_instances(String(), includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     handler.deliver(instances);
     handler.complete();
@@ -411,7 +409,8 @@ void QEL_FCPortStatisticsProvider::invokeMethod(
 
     // Both method traces name another provider, and the exit trace is
     // written at the failure level: kept as the array's tools expect them.
-    log_message(QEL_TRACE_FLOW,
+    log_message(
+        QEL_TRACE_FLOW,
         "-->QEL_SASPortProvider::invokeMethod()\n\t className = %s, methodName = %s\n",
         (const char*)className.getCString(), (const char*)method.getCString());
 
@@ -421,8 +420,8 @@ void QEL_FCPortStatisticsProvider::invokeMethod(
     api_evtparam_t apiEvent;
     std::memset(&apiEvent, 0, sizeof(apiEvent));
     QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), method.getCString(), "",
-        who.userName.getCString(), who.clientAddress.getCString());
+        &apiEvent, className.getCString(), method.getCString(), "", who.userName.getCString(),
+        who.clientAddress.getCString());
 
     // The key is judged before the method name, so an unknown method on a
     // bad key reports the key. The label reads DeviceID although the key is

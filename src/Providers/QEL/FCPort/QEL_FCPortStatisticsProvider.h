@@ -93,17 +93,13 @@ public:
 
     // The counters of one LESB record as an instance of cimClass, with its
     // path on hostName.
-    static CIMInstance buildInstance(
-        CIMClass cimClass,
-        const api_portLESB_t& lesb,
-        const String& hostName);
+    static CIMInstance
+    buildInstance(CIMClass cimClass, const api_portLESB_t& lesb, const String& hostName);
 
     // An instance that carries only its key, made from portText (at most 64
     // characters of it), for a port whose counters the library did not give.
-    static CIMInstance buildInstance(
-        CIMClass cimClass,
-        const char* portText,
-        const String& hostName);
+    static CIMInstance
+    buildInstance(CIMClass cimClass, const char* portText, const String& hostName);
 
     // One string key InstanceID, in namespace root/qel.
     static CIMObjectPath buildObjectPath(const String& hostName, const String& instanceId);

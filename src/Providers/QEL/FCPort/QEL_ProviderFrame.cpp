@@ -28,8 +28,7 @@ String QEL_ProviderFrame::userName(const OperationContext& context)
     return IdentityContainer(context.get(IdentityContainer::NAME)).getUserName();
 }
 
-QEL_ProviderFrame::Requester QEL_ProviderFrame::requester(
-    const OperationContext& context)
+QEL_ProviderFrame::Requester QEL_ProviderFrame::requester(const OperationContext& context)
 {
     Requester who;
     who.userName = userName(context);
@@ -46,16 +45,11 @@ void QEL_ProviderFrame::checkSession(
     if (api_qelOpenForCimserver(user.getCString()) != 0)
     {
         throw TraceableCIMException(
-            CIM_ERR_ACCESS_DENIED,
-            "Insufficient privilege for the user",
-            sourceName,
-            line);
+            CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", sourceName, line);
     }
 }
 
-String QEL_ProviderFrame::operationName(
-    const String& className,
-    const String& operationKey)
+String QEL_ProviderFrame::operationName(const String& className, const String& operationKey)
 {
     String name = className + "." + operationKey;
     name.toLower();
@@ -71,8 +65,7 @@ void QEL_ProviderFrame::authorize(
 {
     const String fullName = operationName(className, operationKey);
     const int rc = api_authorizeCIMUser(
-        requester.userName.getCString(),
-        requester.clientAddress.getCString(),
+        requester.userName.getCString(), requester.clientAddress.getCString(),
         fullName.getCString());
     if (rc == 0)
     {
@@ -81,25 +74,16 @@ void QEL_ProviderFrame::authorize(
     if (rc == 1 || rc == 2)
     {
         throw TraceableCIMException(
-            CIM_ERR_ACCESS_DENIED,
-            "Insufficient generic privilege",
-            sourceName,
-            line);
+            CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege", sourceName, line);
     }
     // The text is kept as the array's clients know it.
     throw TraceableCIMException(
-        CIM_ERR_NOT_SUPPORTED,
-        "Does not support in generic!",
-        sourceName,
-        line);
+        CIM_ERR_NOT_SUPPORTED, "Does not support in generic!", sourceName, line);
 }
 
-void QEL_ProviderFrame::notSupported(
-    const String& providerName,
-    const char* what)
+void QEL_ProviderFrame::notSupported(const String& providerName, const char* what)
 {
-    throw CIMNotSupportedException(
-        providerName + " does not support " + String(what) + ".");
+    throw CIMNotSupportedException(providerName + " does not support " + String(what) + ".");
 }
 
 void QEL_ProviderFrame::deviceNotFound(
@@ -111,23 +95,17 @@ void QEL_ProviderFrame::deviceNotFound(
     // Two blanks stand between "()" and "Device": the parts are joined as
     // the array's tools have always shown them.
     throw CIMOperationFailedException(
-        providerName + "::" + String(operation) + "() " + " Device not found" +
-        " with " + String(keyName) + "=" + keyValue);
+        providerName + "::" + String(operation) + "() " + " Device not found" + " with " +
+        String(keyName) + "=" + keyValue);
 }
 
-void QEL_ProviderFrame::allocationFailed(
-    const String& providerName,
-    const char* operation)
+void QEL_ProviderFrame::allocationFailed(const String& providerName, const char* operation)
 {
     throw CIMOperationFailedException(
-        providerName + "::" + String(operation) + "() " +
-        " Failed to allocate memory");
+        providerName + "::" + String(operation) + "() " + " Failed to allocate memory");
 }
 
-QEL_PortIdList::QEL_PortIdList(
-    Uint16 lpid,
-    const String& providerName,
-    const char* operation)
+QEL_PortIdList::QEL_PortIdList(Uint16 lpid, const String& providerName, const char* operation)
     : _ids(static_cast<Uint16*>(std::malloc(sizeof(Uint16))))
 {
     if (_ids == 0)

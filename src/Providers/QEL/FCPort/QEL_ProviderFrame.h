@@ -85,10 +85,7 @@ public:
 
     // Opens the requesting user's library session (nothing is cached: every
     // request opens again and the session is never closed by the module).
-    static void checkSession(
-        const OperationContext& context,
-        const char* sourceName,
-        Uint32 line);
+    static void checkSession(const OperationContext& context, const char* sourceName, Uint32 line);
 
     // Authorizes "<className>.<operationKey>" (lower-cased) for the requester.
     static void authorize(
@@ -99,9 +96,7 @@ public:
         Uint32 line);
 
     // The lower-cased operation key handed to api_authorizeCIMUser.
-    static String operationName(
-        const String& className,
-        const String& operationKey);
+    static String operationName(const String& className, const String& operationKey);
 
     // One library call inside one semaphore bracket; returns the call's
     // status, or the failed wait's result when the call was not made.
@@ -119,9 +114,7 @@ public:
 
     // CIMNotSupportedException(providerName + " does not support " +
     // what + ".") - the unsupported operations and constructors.
-    [[noreturn]] static void notSupported(
-        const String& providerName,
-        const char* what);
+    [[noreturn]] static void notSupported(const String& providerName, const char* what);
 
     // CIMOperationFailedException(providerName + "::<op>() " +
     // " Device not found" + " with " + keyName + "=" + keyValue).
@@ -133,9 +126,7 @@ public:
 
     // CIMOperationFailedException(providerName + "::<op>() " +
     // " Failed to allocate memory").
-    [[noreturn]] static void allocationFailed(
-        const String& providerName,
-        const char* operation);
+    [[noreturn]] static void allocationFailed(const String& providerName, const char* operation);
 
 private:
     // Posts the semaphore when the bracketed call leaves, however it leaves.

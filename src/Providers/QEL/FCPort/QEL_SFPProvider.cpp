@@ -84,8 +84,8 @@ static void _visitInstalledSFPs(Visit&& visit)
 
     api_iSCSIPortList_t iscsiPorts;
     std::memset(&iscsiPorts, 0, sizeof(iscsiPorts));
-    const int status = QEL_ProviderFrame::serialized(
-        [&] { return api_getISCSIPorts(&iscsiPorts); });
+    const int status =
+        QEL_ProviderFrame::serialized([&] { return api_getISCSIPorts(&iscsiPorts); });
     std::unique_ptr<api_iSCSIPort_t, _FreeRecords> records(iscsiPorts.ports);
     if (status == 0 && records)
     {
@@ -127,21 +127,19 @@ struct MonitorProperties
     const char* lowWarn;
     const char* value;
     const char* unit;
-    bool isSigned;   // temperature and voltage may be negative
+    bool isSigned;  // temperature and voltage may be negative
 };
 
 // Indexed by api_ddm_t.monitorType (DDM_TEMPERATURE .. DDM_RX_POWER).
 const MonitorProperties MONITORS[] = {
-    {"TempHighAlarm", "TempLowAlarm", "TempHighWarn", "TempLowWarn",
-        "Temperature", "TemperatureUnit", true},
-    {"VoltHighAlarm", "VoltLowAlarm", "VoltHighWarn", "VoltLowWarn",
-        "Vcc", "VccUnit", true},
-    {"BiasHighAlarm", "BiasLowAlarm", "BiasHighWarn", "BiasLowWarn",
-        "TxBias", "TxBiasUnit", false},
-    {"TxPowerHighAlarm", "TxPowerLowAlarm", "TxPowerHighWarn", "TxPowerLowWarn",
-        "TxPower", "TxPowerUnit", false},
-    {"RxPowerHighAlarm", "RxPowerLowAlarm", "RxPowerHighWarn", "RxPowerLowWarn",
-        "RxPower", "RxPowerUnit", false},
+    {"TempHighAlarm", "TempLowAlarm", "TempHighWarn", "TempLowWarn", "Temperature",
+     "TemperatureUnit", true},
+    {"VoltHighAlarm", "VoltLowAlarm", "VoltHighWarn", "VoltLowWarn", "Vcc", "VccUnit", true},
+    {"BiasHighAlarm", "BiasLowAlarm", "BiasHighWarn", "BiasLowWarn", "TxBias", "TxBiasUnit", false},
+    {"TxPowerHighAlarm", "TxPowerLowAlarm", "TxPowerHighWarn", "TxPowerLowWarn", "TxPower",
+     "TxPowerUnit", false},
+    {"RxPowerHighAlarm", "RxPowerLowAlarm", "RxPowerHighWarn", "RxPowerLowWarn", "RxPower",
+     "RxPowerUnit", false},
 };
 const Sint32 MONITOR_TYPES = sizeof(MONITORS) / sizeof(MONITORS[0]);
 
@@ -159,7 +157,7 @@ void setReading(CIMInstance& instance, const char* name, Sint32 reading, bool is
     }
 }
 
-} // namespace
+}  // namespace
 
 void _setDDMProperties(CIMInstance& instance, const api_ddm_t (&ddm)[5])
 {
@@ -167,8 +165,8 @@ void _setDDMProperties(CIMInstance& instance, const api_ddm_t (&ddm)[5])
     {
         if (entry.monitorType < 0 || entry.monitorType >= MONITOR_TYPES)
         {
-            log_message(QEL_TRACE_FLOW,
-                "QEL_SFPProvider::_setDDMProperties: unknown sfp monitor type %d\n",
+            log_message(
+                QEL_TRACE_FLOW, "QEL_SFPProvider::_setDDMProperties: unknown sfp monitor type %d\n",
                 static_cast<int>(entry.monitorType));
             continue;
         }
@@ -214,10 +212,9 @@ String QEL_SFPProvider::makeUniqueTAG(const char* portName, const api_sfp_t& sfp
 {
     char tag[TAG_BUFFER_SIZE];
     std::memset(tag, 0, sizeof(tag));
-    snprintf(tag, sizeof(tag) - 1, "%s-%.*s",
-        portName != 0 ? portName : "",
-        static_cast<int>(strnlen(sfp.serialNumber, sizeof(sfp.serialNumber))),
-        sfp.serialNumber);
+    snprintf(
+        tag, sizeof(tag) - 1, "%s-%.*s", portName != 0 ? portName : "",
+        static_cast<int>(strnlen(sfp.serialNumber, sizeof(sfp.serialNumber))), sfp.serialNumber);
 
     // Only trailing blanks go (the serial numbers come padded); blanks
     // inside the text stay.
@@ -243,8 +240,8 @@ CIMInstance QEL_SFPProvider::buildInstance(
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cimClass);
 
     const String description = QEL_recordText(sfp.description);
-    QEL_Common::setPropertyValue(instance, "Caption",
-        description + " Small Form-factor Pluggable(SFP) Transceiver");
+    QEL_Common::setPropertyValue(
+        instance, "Caption", description + " Small Form-factor Pluggable(SFP) Transceiver");
     QEL_Common::setPropertyValue(instance, "CreationClassName", SFP_CLASS);
     QEL_Common::setPropertyValue(instance, "Tag", tag);
     QEL_Common::setPropertyValue(instance, "ElementName", description);
@@ -254,11 +251,14 @@ CIMInstance QEL_SFPProvider::buildInstance(
     QEL_Common::setPropertyValue(instance, "SerialNumber", QEL_recordText(sfp.serialNumber));
     QEL_Common::setPropertyValue(instance, "Revision", QEL_recordText(sfp.revision));
     QEL_Common::setPropertyValue(instance, "Speed", Uint64(sfp.speed));
-    QEL_Common::setPropertyValue(instance, "DisableTXPinPosition", Uint16(sfp.disableTxPin & 0xFFFFu));
+    QEL_Common::setPropertyValue(
+        instance, "DisableTXPinPosition", Uint16(sfp.disableTxPin & 0xFFFFu));
     QEL_Common::setPropertyValue(instance, "LossRXPinPosition", Uint16(sfp.lossRxPin & 0xFFFFu));
     QEL_Common::setPropertyValue(instance, "FaultTXPinPosition", Uint16(sfp.faultTxPin & 0xFFFFu));
-    QEL_Common::setPropertyValue(instance, "IsUnqualified", _bit(sfp.qualityFlags, API_SFP_UNQUALIFIED));
-    QEL_Common::setPropertyValue(instance, "IsRXPowerLow", _bit(sfp.qualityFlags, API_SFP_RX_POWER_LOW));
+    QEL_Common::setPropertyValue(
+        instance, "IsUnqualified", _bit(sfp.qualityFlags, API_SFP_UNQUALIFIED));
+    QEL_Common::setPropertyValue(
+        instance, "IsRXPowerLow", _bit(sfp.qualityFlags, API_SFP_RX_POWER_LOW));
     const Boolean ddmAvailable = _bit(sfp.ddmFlags, API_SFP_DDM_AVAILABLE);
     QEL_Common::setPropertyValue(instance, "IsDDMAvailable", ddmAvailable);
     QEL_Common::setPropertyValue(instance, "SystemName", QEL_Common::getSystemName());
@@ -268,14 +268,14 @@ CIMInstance QEL_SFPProvider::buildInstance(
         _setDDMProperties(instance, sfp.ddm);
     }
 
-    Uint16 operationalStatus = 6;       // Error
+    Uint16 operationalStatus = 6;  // Error
     if (sfp.state == 1)
     {
-        operationalStatus = 2;          // OK
+        operationalStatus = 2;  // OK
     }
     else if (sfp.state == 2)
     {
-        operationalStatus = 3;          // Degraded
+        operationalStatus = 3;  // Degraded
     }
     Array<Uint16> status;
     status.append(operationalStatus);
@@ -302,13 +302,12 @@ Array<CIMInstance> QEL_SFPProvider::_build_instances(
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::_build_instances\n");
 
     CIMClass sfpClass = QEL_Common::getStoredCIMClass(
-        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), CIMName(SFP_CLASS),
-        false, includeQualifiers, includeClassOrigin, propertyList);
+        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), CIMName(SFP_CLASS), false,
+        includeQualifiers, includeClassOrigin, propertyList);
 
     Array<CIMInstance> instances;
-    _visitInstalledSFPs([&](const char* portName, const api_sfp_t& sfp) {
-        instances.append(buildInstance(sfpClass, portName, sfp, _hostName));
-    });
+    _visitInstalledSFPs([&](const char* portName, const api_sfp_t& sfp)
+                        { instances.append(buildInstance(sfpClass, portName, sfp, _hostName)); });
 
     log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::_build_instances\n");
     return instances;
@@ -321,9 +320,9 @@ Array<CIMObjectPath> QEL_SFPProvider::_build_ref()
     log_message(QEL_TRACE_FLOW, "--> QEL_FCALProvider::_build_ref\n");
 
     Array<CIMObjectPath> paths;
-    _visitInstalledSFPs([&](const char* portName, const api_sfp_t& sfp) {
-        paths.append(buildObjectPath(_hostName, makeUniqueTAG(portName, sfp)));
-    });
+    _visitInstalledSFPs(
+        [&](const char* portName, const api_sfp_t& sfp)
+        { paths.append(buildObjectPath(_hostName, makeUniqueTAG(portName, sfp))); });
 
     log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::_build_ref\n");
     return paths;

@@ -24,7 +24,8 @@ void _checkClass(const CIMObjectPath& path)
 {
     if (!path.getClassName().equal(CACHE_CLASS))
     {
-        throw CIMNotSupportedException(ClassName + " does not support class " + path.getClassName().getString());
+        throw CIMNotSupportedException(
+            ClassName + " does not support class " + path.getClassName().getString());
     }
 }
 
@@ -33,7 +34,8 @@ void _checkInstance(const CIMObjectPath& path)
 {
     _checkClass(path);
     const Array<CIMKeyBinding>& keys = path.getKeyBindings();
-    if (keys.size() != 1 || !keys[0].getName().equal("InstanceID") || keys[0].getValue() != CACHE_INSTANCE_ID)
+    if (keys.size() != 1 || !keys[0].getName().equal("InstanceID") ||
+        keys[0].getValue() != CACHE_INSTANCE_ID)
     {
         throw CIMObjectNotFoundException(ClassName + " has no instance " + path.toString());
     }
@@ -48,8 +50,9 @@ api_sysident_t _systemIdentity()
     {
         char code[16];
         snprintf(code, sizeof(code), "%d", rc);
-        throw CIMOperationFailedException(ClassName + " cannot read the system identity: api_getSystemIdentity returned "
-            + String(code));
+        throw CIMOperationFailedException(
+            ClassName + " cannot read the system identity: api_getSystemIdentity returned " +
+            String(code));
     }
     // The library's texts are fixed-size fields; make sure they end.
     ident.systemName[sizeof(ident.systemName) - 1] = '\0';
@@ -59,7 +62,7 @@ api_sysident_t _systemIdentity()
     return ident;
 }
 
-} // anonymous namespace
+}  // anonymous namespace
 
 QEL_InternalCacheProvider::QEL_InternalCacheProvider()
 {
@@ -118,13 +121,19 @@ CIMParamValue QEL_InternalCacheProvider::answerIdentityMethod(const CIMName& met
     }
     if (methodName.equal("IsQuadPortSystem"))
     {
-        return CIMParamValue("IsQuadPort", CIMValue(Uint8(_systemIdentity().quadPort != 0 ? 1 : 0)));
+        return CIMParamValue(
+            "IsQuadPort", CIMValue(Uint8(_systemIdentity().quadPort != 0 ? 1 : 0)));
     }
-    throw CIMMethodNotFoundException(ClassName + " does not support method " + methodName.getString());
+    throw CIMMethodNotFoundException(
+        ClassName + " does not support method " + methodName.getString());
 }
 
-void QEL_InternalCacheProvider::getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+void QEL_InternalCacheProvider::getInstance(
+    const OperationContext& context,
+    const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers,
+    const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
     _checkInstance(instanceReference);
@@ -133,9 +142,13 @@ void QEL_InternalCacheProvider::getInstance(const OperationContext& context, con
     handler.complete();
 }
 
-void QEL_InternalCacheProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+void QEL_InternalCacheProvider::enumerateInstances(
+    const OperationContext& context,
+    const CIMObjectPath& classReference,
+    const Boolean includeQualifiers,
+    const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    InstanceResponseHandler& handler)
 {
     _checkClass(classReference);
     handler.processing();
@@ -143,8 +156,10 @@ void QEL_InternalCacheProvider::enumerateInstances(const OperationContext& conte
     handler.complete();
 }
 
-void QEL_InternalCacheProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void QEL_InternalCacheProvider::enumerateInstanceNames(
+    const OperationContext& context,
+    const CIMObjectPath& classReference,
+    ObjectPathResponseHandler& handler)
 {
     _checkClass(classReference);
     handler.processing();
@@ -152,27 +167,40 @@ void QEL_InternalCacheProvider::enumerateInstanceNames(const OperationContext& c
     handler.complete();
 }
 
-void QEL_InternalCacheProvider::modifyInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const CIMInstance& instanceObject, const Boolean includeQualifiers,
-    const CIMPropertyList& propertyList, ResponseHandler& handler)
+void QEL_InternalCacheProvider::modifyInstance(
+    const OperationContext& context,
+    const CIMObjectPath& instanceReference,
+    const CIMInstance& instanceObject,
+    const Boolean includeQualifiers,
+    const CIMPropertyList& propertyList,
+    ResponseHandler& handler)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void QEL_InternalCacheProvider::createInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const CIMInstance& instanceObject, ObjectPathResponseHandler& handler)
+void QEL_InternalCacheProvider::createInstance(
+    const OperationContext& context,
+    const CIMObjectPath& instanceReference,
+    const CIMInstance& instanceObject,
+    ObjectPathResponseHandler& handler)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void QEL_InternalCacheProvider::deleteInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, ResponseHandler& handler)
+void QEL_InternalCacheProvider::deleteInstance(
+    const OperationContext& context,
+    const CIMObjectPath& instanceReference,
+    ResponseHandler& handler)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
-void QEL_InternalCacheProvider::invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
-    const CIMName& methodName, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void QEL_InternalCacheProvider::invokeMethod(
+    const OperationContext& context,
+    const CIMObjectPath& objectReference,
+    const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
 {
     _checkInstance(objectReference);
     CIMParamValue answer = answerIdentityMethod(methodName);

@@ -26,24 +26,46 @@ public:
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    virtual void getInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers,
+        const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
         InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    virtual void enumerateInstances(
+        const OperationContext& context,
+        const CIMObjectPath& classReference,
+        const Boolean includeQualifiers,
+        const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
         InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+    virtual void enumerateInstanceNames(
+        const OperationContext& context,
+        const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject, const Boolean includeQualifiers, const CIMPropertyList& propertyList,
+    virtual void modifyInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject,
+        const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList,
         ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+    virtual void createInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject,
+        ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context,
+        const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
-    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
-        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+    virtual void invokeMethod(
+        const OperationContext& context,
+        const CIMObjectPath& objectReference,
+        const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler);
 
     // The one instance's path (no host, no namespace) and the instance.
