@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test:
+#   0. the code format check,
 #   1. the whole suite under AddressSanitizer + UndefinedBehaviorSanitizer,
 #   2. the concurrency suites under ThreadSanitizer,
 #   3. a smoke run of every benchmark program and a short run of every fuzz target.
@@ -8,6 +9,14 @@ cd "$(dirname "$0")"
 ./scripts/setup.sh
 
 jobs=${JOBS:-$(nproc)}
+
+echo "== Code format (.clang-format) =="
+# Fails on any C/C++ file that clang-format would change: run clang-format -i on it.
+if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
+  git ls-files -z '*.c' '*.cpp' '*.h'
+else
+  find src tests bench fuzz examples \( -name '*.c' -o -name '*.cpp' -o -name '*.h' \) -print0
+fi | xargs -0 clang-format --dry-run --Werror
 # Scratch files and the simulated array's default state file live in a folder of this run.
 TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/qel-test.XXXXXX")
 export TMPDIR

@@ -6,7 +6,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libpugixml-dev libexpat1-dev libboost-dev libcrypt-dev libssl-dev
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev clang-format
   sblim-wbemcli
 )
 
