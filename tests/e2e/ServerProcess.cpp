@@ -99,19 +99,19 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
     char tmpl[] = "/tmp/qel-e2e-XXXXXX";
     if (!mkdtemp(tmpl))
         throw std::runtime_error("mkdtemp failed");
-    dir_ = tmpl;
-    const std::string passwd = dir_ + "/passwd";
+    _dir = tmpl;
+    const std::string passwd = _dir + "/passwd";
     for (const auto& u : users)
     {
         const CommandResult r = run({QEL_E2E_PASSWD, "-f", passwd, "add", u.first, "--generate"});
         if (r.exitCode != 0)
             throw std::runtime_error("qel-passwd failed: " + r.output);
-        passwords_[u.first] = r.out.substr(0, r.out.find('\n'));
+        _passwords[u.first] = r.out.substr(0, r.out.find('\n'));
     }
-    const std::string logPath = dir_ + "/server.log";
+    const std::string logPath = _dir + "/server.log";
     const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ == 0)
+    _pid = fork();
+    if (_pid == 0)
     {
         // A test that dies (a failed sanitizer check aborts it) takes its server along.
         prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -122,7 +122,7 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
         dup2(fd, 2);
         setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
         setenv("QELSIM_STATE", statePath().c_str(), 1);
-        const std::string socket = dir_ + "/cim.socket";
+        const std::string socket = _dir + "/cim.socket";
         execl(
             QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(),
             "--password-file", passwd.c_str(), static_cast<char*>(nullptr));
@@ -130,53 +130,53 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
     }
     // The server prints its port once it listens; sanitizer builds take a while to load.
     const std::string marker = "listening on http://127.0.0.1:";
-    for (int i = 0; i < 1200 && port_ == 0; ++i)
+    for (int i = 0; i < 1200 && _port == 0; ++i)
     {
         const std::string text = readFile(logPath);
         const size_t at = text.find(marker);
         if (at != std::string::npos && text.find("/cimom", at) != std::string::npos)
         {
-            port_ = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
+            _port = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
             break;
         }
         int status;
-        if (waitpid(pid_, &status, WNOHANG) == pid_)
+        if (waitpid(_pid, &status, WNOHANG) == _pid)
         {
-            pid_ = -1;
+            _pid = -1;
             throw std::runtime_error("qel-cimserver exited at start:\n" + text);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
-    if (port_ == 0)
+    if (_port == 0)
         throw std::runtime_error("qel-cimserver did not start:\n" + readFile(logPath));
 }
 
 ServerProcess::~ServerProcess()
 {
     stop();
-    run({"/bin/rm", "-rf", dir_});
+    run({"/bin/rm", "-rf", _dir});
 }
 
 int ServerProcess::stop()
 {
-    if (pid_ <= 0)
+    if (_pid <= 0)
         return -1;
-    kill(pid_, SIGTERM);
+    kill(_pid, SIGTERM);
     int status = 0;
-    waitpid(pid_, &status, 0);
-    pid_ = -1;
+    waitpid(_pid, &status, 0);
+    _pid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 std::string ServerProcess::url(const std::string& user, const std::string& password) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
-    return "http://" + auth + "127.0.0.1:" + std::to_string(port_) + "/root/qel";
+    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/root/qel";
 }
 
 std::string ServerProcess::log() const
 {
-    return readFile(dir_ + "/server.log");
+    return readFile(_dir + "/server.log");
 }
 
 // The simulator keeps the audit log next to its state file.

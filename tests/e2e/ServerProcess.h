@@ -34,20 +34,20 @@ public:
     // Sends SIGTERM and waits; returns the exit status and leaves the log readable.
     int stop();
 
-    unsigned short port() const { return port_; }
-    const std::string& password(const std::string& user) const { return passwords_.at(user); }
+    unsigned short port() const { return _port; }
+    const std::string& password(const std::string& user) const { return _passwords.at(user); }
     std::string url(const std::string& user, const std::string& password) const;
     std::string log() const;
-    const std::string& dir() const { return dir_; }
+    const std::string& dir() const { return _dir; }
     // The simulated array's live state and the audit log of its changes, private to this server.
-    std::string statePath() const { return dir_ + "/state.json"; }
+    std::string statePath() const { return _dir + "/state.json"; }
     std::string auditLog() const;
 
 private:
-    std::string dir_;
-    pid_t pid_ = -1;
-    unsigned short port_ = 0;
-    std::map<std::string, std::string> passwords_;
+    std::string _dir;
+    pid_t _pid = -1;
+    unsigned short _port = 0;
+    std::map<std::string, std::string> _passwords;
 };
 
 }  // namespace e2e

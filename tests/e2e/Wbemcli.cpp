@@ -90,7 +90,7 @@ std::string WbemcliAnswer::error() const
 
 std::string Wbemcli::at(const std::string& user, const std::string& object) const
 {
-    return server_.url(user, server_.password(user)) + ":" + object;
+    return _server.url(user, _server.password(user)) + ":" + object;
 }
 
 WbemcliAnswer Wbemcli::operator()(std::vector<std::string> args) const

@@ -18,13 +18,13 @@ ScratchDir::ScratchDir(const std::string& base)
     std::string buf = tmpl;
     if (!::mkdtemp(&buf[0]))
         throw std::runtime_error("cannot create a scratch folder from " + tmpl);
-    path_ = buf;
+    _path = buf;
 }
 
 ScratchDir::~ScratchDir()
 {
     ::nftw(
-        path_.c_str(),
+        _path.c_str(),
         [](const char* p, const struct stat*, int, struct FTW*) { return ::remove(p); }, 16,
         FTW_DEPTH | FTW_PHYS);
 }

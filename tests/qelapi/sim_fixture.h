@@ -20,11 +20,11 @@ public:
     // base: where to create it; empty for $TMPDIR (or /tmp).
     explicit ScratchDir(const std::string& base = "");
     ~ScratchDir();
-    const std::string& path() const { return path_; }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
+    const std::string& path() const { return _path; }
+    std::string file(const std::string& name) const { return _path + "/" + name; }
 
 private:
-    std::string path_;
+    std::string _path;
 };
 
 std::string readFile(const std::string& path);

@@ -60,10 +60,10 @@ void ScriptedExecutor::execute(
             }
             if (r.methodName == "Wait")
             {
-                ++waiting_;
-                std::unique_lock<std::mutex> lock(mutex_);
-                released_.wait(lock, [this] { return open_; });
-                --waiting_;
+                ++_waiting;
+                std::unique_lock<std::mutex> lock(_mutex);
+                _released.wait(lock, [this] { return _open; });
+                --_waiting;
                 out.value = CIMValue(Uint32(0));
                 return;
             }
@@ -76,9 +76,9 @@ void ScriptedExecutor::execute(
 
 void ScriptedExecutor::release()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    open_ = true;
-    released_.notify_all();
+    std::lock_guard<std::mutex> lock(_mutex);
+    _open = true;
+    _released.notify_all();
 }
 
 TempPasswordFile::TempPasswordFile()
@@ -86,23 +86,23 @@ TempPasswordFile::TempPasswordFile()
     char tmpl[] = "/tmp/qel-wire-XXXXXX";
     if (!mkdtemp(tmpl))
         throw std::runtime_error("mkdtemp failed");
-    dir_ = tmpl;
-    path_ = dir_ + "/passwd";
-    qel::auth::PasswordFile().save(path_);
+    _dir = tmpl;
+    _path = _dir + "/passwd";
+    qel::auth::PasswordFile().save(_path);
 }
 
 TempPasswordFile::~TempPasswordFile()
 {
-    ::unlink(path_.c_str());
-    ::unlink((dir_ + "/cim.socket").c_str());
-    ::rmdir(dir_.c_str());
+    ::unlink(_path.c_str());
+    ::unlink((_dir + "/cim.socket").c_str());
+    ::rmdir(_dir.c_str());
 }
 
 void TempPasswordFile::add(const std::string& user, const std::string& password)
 {
-    qel::auth::PasswordFile f = qel::auth::PasswordFile::load(path_, false);
+    qel::auth::PasswordFile f = qel::auth::PasswordFile::load(_path, false);
     f.add(user, qel::auth::hashPassword(password));
-    f.save(path_);
+    f.save(_path);
 }
 
 std::string basicAuth(const std::string& user, const std::string& password)

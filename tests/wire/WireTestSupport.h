@@ -30,13 +30,13 @@ public:
         const qel::http::ClientIdentity& client,
         qel::cimxml::CimResponse& response) override;
     void release();
-    int waiting() const { return waiting_.load(); }
+    int waiting() const { return _waiting.load(); }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable released_;
-    bool open_ = false;
-    std::atomic<int> waiting_{0};
+    std::mutex _mutex;
+    std::condition_variable _released;
+    bool _open = false;
+    std::atomic<int> _waiting{0};
 };
 
 // A password file in a fresh directory, removed with the object.
@@ -46,11 +46,11 @@ public:
     TempPasswordFile();
     ~TempPasswordFile();
     void add(const std::string& user, const std::string& password);
-    const std::string& path() const { return path_; }
-    const std::string& dir() const { return dir_; }
+    const std::string& path() const { return _path; }
+    const std::string& dir() const { return _dir; }
 
 private:
-    std::string dir_, path_;
+    std::string _dir, _path;
 };
 
 std::string basicAuth(const std::string& user, const std::string& password);

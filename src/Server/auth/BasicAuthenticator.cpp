@@ -40,58 +40,58 @@ bool parseBasicCredentials(
     return true;
 }
 
-BasicAuthenticator::BasicAuthenticator(std::string passwordFile) : path_(std::move(passwordFile))
+BasicAuthenticator::BasicAuthenticator(std::string passwordFile) : _path(std::move(passwordFile))
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::mutex> lock(_mutex);
     struct stat st;
-    if (::stat(path_.c_str(), &st) != 0)
-        throw PasswordFileError("cannot read password file " + path_ + ": " + std::strerror(errno));
-    file_ = PasswordFile::load(path_, false);
-    inode_ = st.st_ino;
-    size_ = st.st_size;
-    mtimeNs_ = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-    generation_ = 1;
+    if (::stat(_path.c_str(), &st) != 0)
+        throw PasswordFileError("cannot read password file " + _path + ": " + std::strerror(errno));
+    _file = PasswordFile::load(_path, false);
+    _inode = st.st_ino;
+    _size = st.st_size;
+    _mtimeNs = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+    _generation = 1;
 }
 
 void BasicAuthenticator::refreshLocked()
 {
     struct stat st;
-    if (::stat(path_.c_str(), &st) != 0)
+    if (::stat(_path.c_str(), &st) != 0)
     {
-        lastError_ = "cannot read password file " + path_ + ": " + std::strerror(errno);
+        _lastError = "cannot read password file " + _path + ": " + std::strerror(errno);
         return;
     }
     const int64_t mtimeNs =
         static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-    if (st.st_ino == inode_ && st.st_size == size_ && mtimeNs == mtimeNs_)
+    if (st.st_ino == _inode && st.st_size == _size && mtimeNs == _mtimeNs)
         return;
     try
     {
-        file_ = PasswordFile::load(path_, false);
-        lastError_.clear();
-        ++generation_;
+        _file = PasswordFile::load(_path, false);
+        _lastError.clear();
+        ++_generation;
     }
     catch (const PasswordFileError& e)
     {
-        lastError_ = e.what();
+        _lastError = e.what();
     }
     // Remember this version either way: a broken file is reported once, not on every request.
-    inode_ = st.st_ino;
-    size_ = st.st_size;
-    mtimeNs_ = mtimeNs;
+    _inode = st.st_ino;
+    _size = st.st_size;
+    _mtimeNs = mtimeNs;
 }
 
 uint64_t BasicAuthenticator::generation()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::mutex> lock(_mutex);
     refreshLocked();
-    return generation_;
+    return _generation;
 }
 
 std::string BasicAuthenticator::lastError()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return lastError_;
+    std::lock_guard<std::mutex> lock(_mutex);
+    return _lastError;
 }
 
 AuthResult BasicAuthenticator::authenticate(const std::string& authorization)
@@ -110,9 +110,9 @@ AuthResult BasicAuthenticator::authenticate(const std::string& authorization)
     }
     std::string hash;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        std::lock_guard<std::mutex> lock(_mutex);
         refreshLocked();
-        const PasswordEntry* e = file_.find(user);
+        const PasswordEntry* e = _file.find(user);
         if (e)
             hash = e->hash;
     }

@@ -41,15 +41,15 @@ public:
 private:
     void refreshLocked();
 
-    std::string path_;
-    std::mutex mutex_;
-    PasswordFile file_;
-    uint64_t generation_ = 0;
-    std::string lastError_;
+    std::string _path;
+    std::mutex _mutex;
+    PasswordFile _file;
+    uint64_t _generation = 0;
+    std::string _lastError;
     // What was loaded: a change in any of these triggers a reload.
-    ino_t inode_ = 0;
-    off_t size_ = -1;
-    int64_t mtimeNs_ = 0;
+    ino_t _inode = 0;
+    off_t _size = -1;
+    int64_t _mtimeNs = 0;
 };
 
 // Splits "Basic <base64>" into user and password; false when the header is not that.

@@ -109,7 +109,7 @@ PasswordFile PasswordFile::load(const std::string& path, bool allowMissing)
 std::string PasswordFile::format() const
 {
     std::string out = "# CIM server users: user:hash (managed with qel-passwd)\n";
-    for (const PasswordEntry& e : entries_)
+    for (const PasswordEntry& e : _entries)
         out += e.user + ":" + e.hash + "\n";
     return out;
 }
@@ -152,7 +152,7 @@ void PasswordFile::save(const std::string& path) const
 
 const PasswordEntry* PasswordFile::find(const std::string& user) const
 {
-    for (const PasswordEntry& e : entries_)
+    for (const PasswordEntry& e : _entries)
         if (e.user == user)
             return &e;
     return nullptr;
@@ -162,17 +162,17 @@ bool PasswordFile::add(const std::string& user, const std::string& hash)
 {
     if (find(user))
         return false;
-    entries_.push_back({user, hash});
+    _entries.push_back({user, hash});
     return true;
 }
 
 bool PasswordFile::remove(const std::string& user)
 {
-    for (auto it = entries_.begin(); it != entries_.end(); ++it)
+    for (auto it = _entries.begin(); it != _entries.end(); ++it)
     {
         if (it->user == user)
         {
-            entries_.erase(it);
+            _entries.erase(it);
             return true;
         }
     }
@@ -181,7 +181,7 @@ bool PasswordFile::remove(const std::string& user)
 
 bool PasswordFile::set(const std::string& user, const std::string& hash)
 {
-    for (PasswordEntry& e : entries_)
+    for (PasswordEntry& e : _entries)
     {
         if (e.user == user)
         {

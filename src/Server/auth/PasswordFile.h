@@ -50,10 +50,10 @@ public:
     bool add(const std::string& user, const std::string& hash);
     bool remove(const std::string& user);
     bool set(const std::string& user, const std::string& hash);
-    const std::vector<PasswordEntry>& entries() const { return entries_; }
+    const std::vector<PasswordEntry>& entries() const { return _entries; }
 
 private:
-    std::vector<PasswordEntry> entries_;
+    std::vector<PasswordEntry> _entries;
 };
 
 }  // namespace auth

@@ -129,7 +129,7 @@ std::string reasonPhrase(int status)
 CimXmlTransport::CimXmlTransport(
     std::unique_ptr<HttpClientConnection> connection,
     std::string authorization)
-    : connection_(std::move(connection)), authorization_(std::move(authorization))
+    : _connection(std::move(connection)), _authorization(std::move(authorization))
 {
 }
 
@@ -156,7 +156,7 @@ CimXmlTransport::overLocalSocket(const std::string& socketPath, Uint32 timeoutMs
 
 void CimXmlTransport::setTimeout(Uint32 timeoutMilliseconds)
 {
-    connection_->setTimeout(std::chrono::milliseconds(timeoutMilliseconds));
+    _connection->setTimeout(std::chrono::milliseconds(timeoutMilliseconds));
 }
 
 CimRequest CimXmlTransport::intrinsic(Operation op, const CIMNamespaceName& nameSpace)
@@ -170,16 +170,16 @@ CimRequest CimXmlTransport::intrinsic(Operation op, const CIMNamespaceName& name
 
 CimResponse CimXmlTransport::roundTrip(CimRequest& request)
 {
-    request.messageId = std::to_string(nextMessageId_++);
+    request.messageId = std::to_string(_nextMessageId++);
     std::vector<std::pair<std::string, std::string>> headers{
         {"CIMProtocolVersion", "1.0"},
         {"CIMOperation", "MethodCall"},
         {"CIMMethod", cimxml::cimMethodHeader(request)},
         {"CIMObject", cimxml::cimObjectHeader(request)},
     };
-    if (!authorization_.empty())
-        headers.emplace_back("Authorization", authorization_);
-    const HttpResult reply = connection_->post(headers, cimxml::encodeRequest(request));
+    if (!_authorization.empty())
+        headers.emplace_back("Authorization", _authorization);
+    const HttpResult reply = _connection->post(headers, cimxml::encodeRequest(request));
     if (reply.status != 200)
     {
         std::string text =

@@ -112,9 +112,9 @@ private:
     cimxml::CimResponse roundTrip(cimxml::CimRequest& request);
     cimxml::CimRequest intrinsic(cimxml::Operation op, const Pegasus::CIMNamespaceName& nameSpace);
 
-    std::unique_ptr<HttpClientConnection> connection_;
-    std::string authorization_;  // "" on the local socket
-    unsigned long nextMessageId_ = 1;
+    std::unique_ptr<HttpClientConnection> _connection;
+    std::string _authorization;  // "" on the local socket
+    unsigned long _nextMessageId = 1;
 };
 
 }  // namespace client

@@ -38,11 +38,11 @@ public:
         std::string hostHeader,
         std::string description,
         std::chrono::milliseconds timeout)
-        : endpoints_(std::move(endpoints)),
-          hostHeader_(std::move(hostHeader)),
-          description_(std::move(description))
+        : _endpoints(std::move(endpoints)),
+          _hostHeader(std::move(hostHeader)),
+          _description(std::move(description))
     {
-        timeout_ = timeout;
+        _timeout = timeout;
         open();
     }
 
@@ -51,7 +51,7 @@ public:
         const std::string& body) override
     {
         bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
-        req.set(bhttp::field::host, hostHeader_);
+        req.set(bhttp::field::host, _hostHeader);
         req.set(bhttp::field::content_type, "application/xml; charset=\"utf-8\"");
         for (const auto& h : headers)
             req.set(h.first, h.second);
@@ -61,7 +61,7 @@ public:
 
         for (int attempt = 0;; ++attempt)
         {
-            const bool fresh = !stream_;
+            const bool fresh = !_stream;
             if (fresh)
                 open();
             bool gotAnything = false;
@@ -77,7 +77,7 @@ public:
             if (!fresh && !gotAnything && attempt == 0)
                 continue;
             throw Pegasus::CannotConnectException(Pegasus::String(
-                ("connection to " + description_ + " lost: " + ec.message()).c_str()));
+                ("connection to " + _description + " lost: " + ec.message()).c_str()));
         }
     }
 
@@ -87,21 +87,21 @@ private:
     beast::error_code run(Start start)
     {
         beast::error_code result;
-        ioc_.restart();
+        _ioc.restart();
         start([&result](beast::error_code ec, auto&&...) { result = ec; });
-        ioc_.run();
+        _ioc.run();
         return result;
     }
 
     void open()
     {
-        stream_.emplace(ioc_);
-        stream_->expires_after(timeout_);
+        _stream.emplace(_ioc);
+        _stream->expires_after(_timeout);
         beast::error_code ec = run(
             [&](auto handler)
             {
-                stream_->async_connect(
-                    endpoints_,
+                _stream->async_connect(
+                    _endpoints,
                     [handler](beast::error_code e, const Endpoint&) mutable { handler(e); });
             });
         if (ec == beast::error::timeout)
@@ -113,39 +113,39 @@ private:
         {
             close();
             throw Pegasus::CannotConnectException(Pegasus::String(
-                ("Cannot connect to " + description_ + ": " + ec.message()).c_str()));
+                ("Cannot connect to " + _description + ": " + ec.message()).c_str()));
         }
-        buffer_.clear();
-        buffer_.reserve(kReadBufferBytes);
+        _buffer.clear();
+        _buffer.reserve(kReadBufferBytes);
     }
 
     void close()
     {
-        if (!stream_)
+        if (!_stream)
             return;
         beast::error_code ignored;
-        stream_->socket().shutdown(Protocol::socket::shutdown_both, ignored);
-        stream_->close();
-        stream_.reset();
+        _stream->socket().shutdown(Protocol::socket::shutdown_both, ignored);
+        _stream->close();
+        _stream.reset();
     }
 
     HttpResult
     exchange(bhttp::request<bhttp::string_body>& req, beast::error_code& ec, bool& gotAnything)
     {
         HttpResult result;
-        stream_->expires_after(timeout_);
-        ec = run([&](auto handler) { bhttp::async_write(*stream_, req, handler); });
+        _stream->expires_after(_timeout);
+        ec = run([&](auto handler) { bhttp::async_write(*_stream, req, handler); });
         if (ec)
             return result;
         bhttp::response_parser<bhttp::string_body> parser;
         parser.body_limit(kMaxReplyBytes);
-        stream_->expires_after(timeout_);
-        const size_t before = buffer_.size();
-        ec = run([&](auto handler) { bhttp::async_read(*stream_, buffer_, parser, handler); });
-        gotAnything = parser.got_some() || buffer_.size() != before;
+        _stream->expires_after(_timeout);
+        const size_t before = _buffer.size();
+        ec = run([&](auto handler) { bhttp::async_read(*_stream, _buffer, parser, handler); });
+        gotAnything = parser.got_some() || _buffer.size() != before;
         if (ec)
             return result;
-        stream_->expires_never();
+        _stream->expires_never();
         auto msg = parser.release();
         result.status = static_cast<int>(msg.result_int());
         for (const auto& f : msg)
@@ -156,12 +156,12 @@ private:
         return result;
     }
 
-    net::io_context ioc_;
-    std::vector<Endpoint> endpoints_;
-    std::string hostHeader_;
-    std::string description_;
-    std::optional<beast::basic_stream<Protocol>> stream_;
-    beast::flat_buffer buffer_;
+    net::io_context _ioc;
+    std::vector<Endpoint> _endpoints;
+    std::string _hostHeader;
+    std::string _description;
+    std::optional<beast::basic_stream<Protocol>> _stream;
+    beast::flat_buffer _buffer;
 };
 
 }  // namespace

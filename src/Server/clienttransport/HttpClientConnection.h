@@ -34,7 +34,7 @@ public:
     static std::unique_ptr<HttpClientConnection>
     local(const std::string& socketPath, std::chrono::milliseconds timeout);
 
-    void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
+    void setTimeout(std::chrono::milliseconds timeout) { _timeout = timeout; }
 
     // POSTs `body` to /cimom with the given extra headers and returns the reply. A kept-alive
     // connection the server has meanwhile closed is reopened once, before anything is read.
@@ -43,7 +43,7 @@ public:
         const std::string& body) = 0;
 
 protected:
-    std::chrono::milliseconds timeout_{20000};
+    std::chrono::milliseconds _timeout{20000};
 };
 
 }  // namespace client

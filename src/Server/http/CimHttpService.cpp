@@ -81,14 +81,14 @@ CimHttpService::CimHttpService(
     OperationExecutor& executor,
     Submit tcpWorkers,
     Submit localWorkers)
-    : options_(std::move(options)),
-      authenticator_(authenticator),
-      executor_(executor),
-      tcpWorkers_(std::move(tcpWorkers)),
-      localWorkers_(std::move(localWorkers))
+    : _options(std::move(options)),
+      _authenticator(authenticator),
+      _executor(executor),
+      _tcpWorkers(std::move(tcpWorkers)),
+      _localWorkers(std::move(localWorkers))
 {
-    if (options_.hostName.empty())
-        options_.hostName = localHostName();
+    if (_options.hostName.empty())
+        _options.hostName = localHostName();
 }
 
 void CimHttpService::handle(
@@ -112,7 +112,7 @@ void CimHttpService::handle(
         }
         done(std::move(response));
     };
-    Submit& workers = connection->transport == Transport::Local ? localWorkers_ : tcpWorkers_;
+    Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
     if (!workers(job))
     {
         HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
@@ -139,14 +139,14 @@ bool CimHttpService::authenticate(
     {
         // A keep-alive client repeats the same credentials: verified once per connection for
         // as long as the password file stays as it was.
-        const uint64_t generation = authenticator_.generation();
+        const uint64_t generation = _authenticator.generation();
         if (authorization == connection.verifiedAuthorization &&
             generation == connection.verifiedGeneration)
         {
             who.user = connection.verifiedUser;
             return true;
         }
-        const auth::AuthResult result = authenticator_.authenticate(authorization);
+        const auth::AuthResult result = _authenticator.authenticate(authorization);
         if (result.ok)
         {
             connection.verifiedAuthorization = authorization;
@@ -163,7 +163,7 @@ bool CimHttpService::authenticate(
         ServerLog::warning("local client not identified: " + connection.peerError);
     }
     refusal = HttpResponse::text(401, "authentication required");
-    refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + options_.realm + "\"");
+    refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + _options.realm + "\"");
     return false;
 }
 
@@ -243,7 +243,7 @@ HttpResponse CimHttpService::process(
     if (decoded.failed)
         response.setError(decoded.error);
     else
-        executor_.execute(cim, who, response);
+        _executor.execute(cim, who, response);
     if (response.failed && response.error.getCode() != CIM_ERR_NOT_FOUND)
         ServerLog::info(
             who.user + "@" + who.clientAddress + " " + cimxml::toUtf8(cim.methodName) + ": " +
@@ -252,7 +252,7 @@ HttpResponse CimHttpService::process(
 
     HttpResponse out;
     out.status = 200;
-    out.body = cimxml::encodeResponse(response, String(options_.hostName.c_str()), cim.nameSpace);
+    out.body = cimxml::encodeResponse(response, String(_options.hostName.c_str()), cim.nameSpace);
     out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
     if (mpost)
         out.headers.emplace_back("Ext", "");

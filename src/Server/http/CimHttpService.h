@@ -59,11 +59,11 @@ private:
         ClientIdentity& who,
         HttpResponse& refusal);
 
-    CimHttpServiceOptions options_;
-    auth::BasicAuthenticator& authenticator_;
-    OperationExecutor& executor_;
-    Submit tcpWorkers_;
-    Submit localWorkers_;
+    CimHttpServiceOptions _options;
+    auth::BasicAuthenticator& _authenticator;
+    OperationExecutor& _executor;
+    Submit _tcpWorkers;
+    Submit _localWorkers;
 };
 
 }  // namespace http

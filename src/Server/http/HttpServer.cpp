@@ -88,34 +88,34 @@ public:
         std::shared_ptr<HttpServer::Impl> server,
         typename Protocol::socket socket,
         std::shared_ptr<ConnectionInfo> info)
-        : server_(std::move(server)), stream_(std::move(socket)), info_(std::move(info))
+        : _server(std::move(server)), _stream(std::move(socket)), _info(std::move(info))
     {
     }
 
-    ~Session() override { --server_->connections; }
+    ~Session() override { --_server->connections; }
 
     void run()
     {
         net::dispatch(
-            stream_.get_executor(), [self = this->shared_from_this()] { self->readHeader(); });
+            _stream.get_executor(), [self = this->shared_from_this()] { self->readHeader(); });
     }
 
     void close() override
     {
-        net::post(stream_.get_executor(), [self = this->shared_from_this()] { self->shutdown(); });
+        net::post(_stream.get_executor(), [self = this->shared_from_this()] { self->shutdown(); });
     }
 
 private:
-    const HttpServerOptions& options() const { return server_->options; }
+    const HttpServerOptions& options() const { return _server->options; }
 
     void readHeader()
     {
-        parser_.emplace();
-        parser_->body_limit(options().maxBodyBytes);
-        parser_->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
-        stream_.expires_after(options().readTimeout);
+        _parser.emplace();
+        _parser->body_limit(options().maxBodyBytes);
+        _parser->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
+        _stream.expires_after(options().readTimeout);
         bhttp::async_read_header(
-            stream_, buffer_, *parser_,
+            _stream, _buffer, *_parser,
             [self = this->shared_from_this()](beast::error_code ec, size_t)
             { self->onHeader(ec); });
     }
@@ -124,7 +124,7 @@ private:
     {
         if (ec)
             return fail(ec);
-        auto& req = parser_->get();
+        auto& req = _parser->get();
         auto expect = req.find(bhttp::field::expect);
         if (expect != req.end() &&
             strcasecmp(std::string(expect->value()).c_str(), "100-continue") == 0 &&
@@ -134,7 +134,7 @@ private:
             auto cont =
                 std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
             bhttp::async_write(
-                stream_, *cont,
+                _stream, *cont,
                 [self = this->shared_from_this(), cont](beast::error_code wec, size_t)
                 {
                     if (wec)
@@ -148,9 +148,9 @@ private:
 
     void readBody()
     {
-        stream_.expires_after(options().readTimeout);
+        _stream.expires_after(options().readTimeout);
         bhttp::async_read(
-            stream_, buffer_, *parser_,
+            _stream, _buffer, *_parser,
             [self = this->shared_from_this()](beast::error_code ec, size_t) { self->onRead(ec); });
     }
 
@@ -158,11 +158,11 @@ private:
     {
         if (ec)
             return fail(ec);
-        stream_.expires_never();
-        bhttp::request<bhttp::string_body> msg = parser_->release();
-        parser_.reset();
-        keepAlive_ = msg.keep_alive();
-        version_ = msg.version();
+        _stream.expires_never();
+        bhttp::request<bhttp::string_body> msg = _parser->release();
+        _parser.reset();
+        _keepAlive = msg.keep_alive();
+        _version = msg.version();
         HttpRequest request;
         request.method = std::string(msg.method_string());
         request.target = std::string(msg.target());
@@ -172,12 +172,12 @@ private:
                 std::string(field.name_string()), std::string(field.value()));
         request.body = std::move(msg.body());
         auto self = this->shared_from_this();
-        server_->handler.handle(
-            std::move(request), info_,
+        _server->handler.handle(
+            std::move(request), _info,
             [self](HttpResponse response)
             {
                 net::post(
-                    self->stream_.get_executor(),
+                    self->_stream.get_executor(),
                     [self, r = std::move(response)]() mutable { self->write(std::move(r)); });
             });
     }
@@ -197,17 +197,17 @@ private:
     void write(HttpResponse response, bool forceClose = false)
     {
         auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
-        res->version(version_);
+        res->version(_version);
         res->result(static_cast<unsigned>(response.status));
         for (const auto& h : response.headers)
             res->insert(h.first, h.second);
         res->body() = std::move(response.body);
-        const bool close = forceClose || response.close || !keepAlive_;
+        const bool close = forceClose || response.close || !_keepAlive;
         res->keep_alive(!close);
         res->prepare_payload();
-        stream_.expires_after(options().readTimeout);
+        _stream.expires_after(options().readTimeout);
         bhttp::async_write(
-            stream_, *res,
+            _stream, *res,
             [self = this->shared_from_this(), res, close](beast::error_code ec, size_t)
             {
                 if (ec || close)
@@ -219,17 +219,17 @@ private:
     void shutdown()
     {
         beast::error_code ec;
-        stream_.socket().shutdown(Protocol::socket::shutdown_both, ec);
-        stream_.close();
+        _stream.socket().shutdown(Protocol::socket::shutdown_both, ec);
+        _stream.close();
     }
 
-    std::shared_ptr<HttpServer::Impl> server_;
-    beast::basic_stream<Protocol> stream_;
-    std::shared_ptr<ConnectionInfo> info_;
-    beast::flat_buffer buffer_;
-    std::optional<bhttp::request_parser<bhttp::string_body>> parser_;
-    bool keepAlive_ = true;
-    unsigned version_ = 11;
+    std::shared_ptr<HttpServer::Impl> _server;
+    beast::basic_stream<Protocol> _stream;
+    std::shared_ptr<ConnectionInfo> _info;
+    beast::flat_buffer _buffer;
+    std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
+    bool _keepAlive = true;
+    unsigned _version = 11;
 };
 
 }  // namespace
@@ -308,7 +308,7 @@ void HttpServer::Impl::acceptLocal()
 }
 
 HttpServer::HttpServer(HttpServerOptions options, RequestHandler& handler)
-    : impl_(std::make_shared<Impl>(std::move(options), handler))
+    : _impl(std::make_shared<Impl>(std::move(options), handler))
 {
 }
 
@@ -319,7 +319,7 @@ HttpServer::~HttpServer()
 
 void HttpServer::start()
 {
-    Impl& s = *impl_;
+    Impl& s = *_impl;
     if (s.started)
         throw std::runtime_error("HTTP server already started");
     if (s.options.port >= 0)
@@ -377,7 +377,7 @@ void HttpServer::start()
 
 void HttpServer::stopAccepting()
 {
-    std::shared_ptr<Impl> s = impl_;
+    std::shared_ptr<Impl> s = _impl;
     if (!s->started)
         return;
     net::post(
@@ -397,7 +397,7 @@ void HttpServer::stopAccepting()
 
 void HttpServer::stop()
 {
-    std::shared_ptr<Impl> s = impl_;
+    std::shared_ptr<Impl> s = _impl;
     if (!s->started)
         return;
     stopAccepting();
@@ -424,15 +424,15 @@ void HttpServer::stop()
 
 unsigned short HttpServer::tcpPort() const
 {
-    return impl_->port;
+    return _impl->port;
 }
 const HttpServerOptions& HttpServer::options() const
 {
-    return impl_->options;
+    return _impl->options;
 }
 size_t HttpServer::openConnections() const
 {
-    return impl_->connections.load();
+    return _impl->connections.load();
 }
 
 }  // namespace http

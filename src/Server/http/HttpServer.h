@@ -65,7 +65,7 @@ public:
     struct Impl;  // opaque; shared with the connections it serves
 
 private:
-    std::shared_ptr<Impl> impl_;
+    std::shared_ptr<Impl> _impl;
 };
 
 }  // namespace http

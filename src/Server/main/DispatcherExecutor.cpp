@@ -45,7 +45,7 @@ void DispatcherExecutor::execute(
 
 void DispatcherExecutor::run(const CimRequest& r, const OperationContext& ctx, CimResponse& out)
 {
-    Dispatcher& d = dispatcher_;
+    Dispatcher& d = _dispatcher;
     const CIMNamespaceName& ns = r.nameSpace;
     switch (r.operation)
     {

@@ -13,7 +13,7 @@ namespace server
 class DispatcherExecutor : public http::OperationExecutor
 {
 public:
-    explicit DispatcherExecutor(Pegasus::Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
+    explicit DispatcherExecutor(Pegasus::Dispatcher& dispatcher) : _dispatcher(dispatcher) {}
 
     // Operations the dispatcher does not offer (class changes, queries) end in
     // CIM_ERR_NOT_SUPPORTED; exceptions become CIM errors as a CIMOM reports them.
@@ -28,7 +28,7 @@ private:
         const Pegasus::OperationContext& context,
         cimxml::CimResponse& response);
 
-    Pegasus::Dispatcher& dispatcher_;
+    Pegasus::Dispatcher& _dispatcher;
 };
 
 }  // namespace server

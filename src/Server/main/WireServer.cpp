@@ -25,7 +25,7 @@ struct WireServer::Parts
     bool installedLocal = false;
 };
 
-WireServer::WireServer(WireServerOptions options) : options_(std::move(options))
+WireServer::WireServer(WireServerOptions options) : _options(std::move(options))
 {
 }
 
@@ -36,37 +36,37 @@ WireServer::~WireServer()
 
 void WireServer::start()
 {
-    if (parts_)
+    if (_parts)
         throw std::runtime_error("the server is already running");
     auto parts = std::make_unique<Parts>();
     // The password file first: a server nobody can log in to is refused before the
     // schema and providers are loaded.
-    parts->authenticator = std::make_unique<auth::BasicAuthenticator>(options_.passwordFile);
+    parts->authenticator = std::make_unique<auth::BasicAuthenticator>(_options.passwordFile);
 
-    Pegasus::CIMServerOptions coreOptions = options_.core;
-    if (options_.localCallsOverSocket)
+    Pegasus::CIMServerOptions coreOptions = _options.core;
+    if (_options.localCallsOverSocket)
         coreOptions.installLocalTransport = false;
-    core_ = std::make_unique<Pegasus::CIMServer>(coreOptions);
-    core_->start();
+    _core = std::make_unique<Pegasus::CIMServer>(coreOptions);
+    _core->start();
 
     try
     {
-        parts->executor = std::make_unique<DispatcherExecutor>(core_->dispatcher());
+        parts->executor = std::make_unique<DispatcherExecutor>(_core->dispatcher());
         parts->localPool = std::make_unique<Pegasus::ThreadPool>(
-            options_.localWorkers ? options_.localWorkers : 1, coreOptions.maxQueuedRequests);
-        Pegasus::CIMServer* core = core_.get();
+            _options.localWorkers ? _options.localWorkers : 1, coreOptions.maxQueuedRequests);
+        Pegasus::CIMServer* core = _core.get();
         Pegasus::ThreadPool* localPool = parts->localPool.get();
         http::CimHttpServiceOptions serviceOptions;
-        serviceOptions.hostName = Pegasus::String(core_->dispatcher().hostName()).getCString();
+        serviceOptions.hostName = Pegasus::String(_core->dispatcher().hostName()).getCString();
         parts->service = std::make_unique<http::CimHttpService>(
             serviceOptions, *parts->authenticator, *parts->executor,
             [core](std::function<void()> job) { return core->submit(std::move(job)); },
             [localPool](std::function<void()> job) { return localPool->submit(std::move(job)); });
-        parts->http = std::make_unique<http::HttpServer>(options_.http, *parts->service);
+        parts->http = std::make_unique<http::HttpServer>(_options.http, *parts->service);
         parts->http->start();
-        if (options_.localCallsOverSocket && !options_.http.socketPath.empty())
+        if (_options.localCallsOverSocket && !_options.http.socketPath.empty())
         {
-            client::installLocalTransport(options_.http.socketPath);
+            client::installLocalTransport(_options.http.socketPath);
             parts->installedLocal = true;
         }
     }
@@ -76,33 +76,33 @@ void WireServer::start()
             parts->http->stop();
         if (parts->localPool)
             parts->localPool->stop();
-        core_->stop();
-        core_.reset();
+        _core->stop();
+        _core.reset();
         throw;
     }
-    parts_ = std::move(parts);
+    _parts = std::move(parts);
 }
 
 void WireServer::stop()
 {
-    if (!parts_)
+    if (!_parts)
         return;
-    Parts& p = *parts_;
+    Parts& p = *_parts;
     p.http->stopAccepting();
     if (p.installedLocal)
         Pegasus::setLocalTransportFactory(Pegasus::LocalTransportFactory());
     // Local requests first: a core request waiting on a local one then fails fast instead
     // of waiting for a thread that will never come.
     p.localPool->stop();
-    core_->stop();
+    _core->stop();
     p.http->stop();
-    parts_.reset();
-    core_.reset();
+    _parts.reset();
+    _core.reset();
 }
 
 unsigned short WireServer::tcpPort() const
 {
-    return parts_ ? parts_->http->tcpPort() : 0;
+    return _parts ? _parts->http->tcpPort() : 0;
 }
 
 }  // namespace server

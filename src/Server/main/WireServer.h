@@ -43,14 +43,14 @@ public:
     void stop();
 
     unsigned short tcpPort() const;
-    const WireServerOptions& options() const { return options_; }
-    Pegasus::CIMServer& core() { return *core_; }
+    const WireServerOptions& options() const { return _options; }
+    Pegasus::CIMServer& core() { return *_core; }
 
 private:
     struct Parts;
-    WireServerOptions options_;
-    std::unique_ptr<Pegasus::CIMServer> core_;
-    std::unique_ptr<Parts> parts_;
+    WireServerOptions _options;
+    std::unique_ptr<Pegasus::CIMServer> _core;
+    std::unique_ptr<Parts> _parts;
 };
 
 }  // namespace server

@@ -343,9 +343,9 @@ std::vector<pugi::xml_node> elementChildren(pugi::xml_node node)
 
 CimXmlReader::Depth::Depth(CimXmlReader& r, pugi::xml_node node) : reader(r)
 {
-    if (++reader.depth_ > reader.maxDepth_)
+    if (++reader._depth > reader._maxDepth)
     {
-        --reader.depth_;
+        --reader._depth;
         invalidElement(node, "nested too deeply");
     }
 }
@@ -358,8 +358,8 @@ CIMName CimXmlReader::name(pugi::xml_node node, const char* attribute)
 CIMName CimXmlReader::name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found)
 {
     const char* text = requiredAttribute(node, found, attribute);
-    const auto known = names_.find(std::string_view(text));
-    if (known != names_.end())
+    const auto known = _names.find(std::string_view(text));
+    if (known != _names.end())
         return known->second;
     String decoded;
     try
@@ -373,10 +373,10 @@ CIMName CimXmlReader::name(pugi::xml_node node, const char* attribute, pugi::xml
     if (!CIMName::legal(decoded))
         invalidElement(node, std::string(attribute) + " \"" + text + "\" is not a valid CIM name");
     const CIMName result(decoded);
-    if (names_.size() < kMaxKnownNames)
+    if (_names.size() < kMaxKnownNames)
     {
-        nameTexts_.emplace_back(text);
-        names_.emplace(nameTexts_.back(), result);
+        _nameTexts.emplace_back(text);
+        _names.emplace(_nameTexts.back(), result);
     }
     return result;
 }

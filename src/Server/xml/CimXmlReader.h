@@ -44,7 +44,7 @@ class CimXmlReader
 {
 public:
     // maxDepth bounds nested references and embedded objects.
-    explicit CimXmlReader(unsigned maxDepth = 16) : maxDepth_(maxDepth) {}
+    explicit CimXmlReader(unsigned maxDepth = 16) : _maxDepth(maxDepth) {}
 
     Pegasus::CIMName name(pugi::xml_node node, const char* attribute);
     Pegasus::CIMNamespaceName localNamespacePath(pugi::xml_node node);
@@ -81,7 +81,7 @@ private:
     struct Depth
     {
         explicit Depth(CimXmlReader& r, pugi::xml_node node);
-        ~Depth() { --reader.depth_; }
+        ~Depth() { --reader._depth; }
         CimXmlReader& reader;
     };
     Pegasus::CIMObject embeddedObject(pugi::xml_node valueNode, const std::string& kind);
@@ -93,16 +93,16 @@ private:
     Pegasus::CIMParameter parameter(pugi::xml_node node);
     Pegasus::CIMKeyBinding keyBinding(pugi::xml_node node);
 
-    unsigned depth_ = 0;
-    unsigned maxDepth_;
+    unsigned _depth = 0;
+    unsigned _maxDepth;
     // As name(node, attribute), given the attribute when the caller has found it already.
     Pegasus::CIMName name(pugi::xml_node node, const char* attribute, pugi::xml_attribute found);
 
     // Names read so far, by their text: a response repeats the same property names for
     // every instance, and each is decoded and checked once. Bounded, since the text is
-    // the peer's. nameTexts_ owns the texts the keys view.
-    std::deque<std::string> nameTexts_;
-    std::unordered_map<std::string_view, Pegasus::CIMName> names_;
+    // the peer's. _nameTexts owns the texts the keys view.
+    std::deque<std::string> _nameTexts;
+    std::unordered_map<std::string_view, Pegasus::CIMName> _names;
 };
 
 }  // namespace cimxml

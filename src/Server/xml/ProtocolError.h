@@ -15,18 +15,18 @@ class ProtocolError : public std::runtime_error
 {
 public:
     ProtocolError(int httpStatus, std::string cimError, const std::string& message)
-        : std::runtime_error(message), httpStatus_(httpStatus), cimError_(std::move(cimError))
+        : std::runtime_error(message), _httpStatus(httpStatus), _cimError(std::move(cimError))
     {
     }
-    int httpStatus() const { return httpStatus_; }
+    int httpStatus() const { return _httpStatus; }
     // Value of the CIMError header: "request-not-well-formed", "request-not-valid",
     // "unsupported-operation", "header-mismatch", "unsupported-cim-version",
     // "unsupported-dtd-version", "unsupported-protocol-version", "multiple-requests-unsupported".
-    const std::string& cimError() const { return cimError_; }
+    const std::string& cimError() const { return _cimError; }
 
 private:
-    int httpStatus_;
-    std::string cimError_;
+    int _httpStatus;
+    std::string _cimError;
 };
 
 }  // namespace cimxml

@@ -22,14 +22,14 @@ namespace cimxml
 class TextOrigin
 {
 public:
-    TextOrigin(const char* description) : fixed_(description) {}
-    TextOrigin(const std::string& description) : fixed_(description.c_str()) {}
-    explicit TextOrigin(std::function<std::string()> describe) : describe_(std::move(describe)) {}
-    std::string str() const { return describe_ ? describe_() : std::string(fixed_); }
+    TextOrigin(const char* description) : _fixed(description) {}
+    TextOrigin(const std::string& description) : _fixed(description.c_str()) {}
+    explicit TextOrigin(std::function<std::string()> describe) : _describe(std::move(describe)) {}
+    std::string str() const { return _describe ? _describe() : std::string(_fixed); }
 
 private:
-    const char* fixed_ = nullptr;
-    std::function<std::string()> describe_;
+    const char* _fixed = nullptr;
+    std::function<std::string()> _describe;
 };
 
 // "uint16", "string", ... as in the TYPE attribute; nullptr for OBJECT/INSTANCE

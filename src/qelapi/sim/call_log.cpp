@@ -13,23 +13,23 @@ CallLog& CallLog::instance()
 
 void CallLog::add(CallRecord r)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    r.seq = nextSeq_++;
-    entries_.push_back(std::move(r));
-    if (entries_.size() > kCapacity)
-        entries_.pop_front();
+    std::lock_guard<std::mutex> g(_mu);
+    r.seq = _nextSeq++;
+    _entries.push_back(std::move(r));
+    if (_entries.size() > kCapacity)
+        _entries.pop_front();
 }
 
 std::vector<CallRecord> CallLog::entries()
 {
-    std::lock_guard<std::mutex> g(mu_);
-    return {entries_.begin(), entries_.end()};
+    std::lock_guard<std::mutex> g(_mu);
+    return {_entries.begin(), _entries.end()};
 }
 
 void CallLog::clear()
 {
-    std::lock_guard<std::mutex> g(mu_);
-    entries_.clear();
+    std::lock_guard<std::mutex> g(_mu);
+    _entries.clear();
 }
 
 std::string CallRecord::text() const

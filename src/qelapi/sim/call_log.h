@@ -22,9 +22,9 @@ public:
     void clear();
 
 private:
-    std::mutex mu_;
-    uint64_t nextSeq_ = 1;
-    std::deque<CallRecord> entries_;
+    std::mutex _mu;
+    uint64_t _nextSeq = 1;
+    std::deque<CallRecord> _entries;
 };
 
 // The most LPIDs one change call accepts.

@@ -97,10 +97,10 @@ class Obj
 {
 public:
     Obj(const Json& j, std::string where, std::initializer_list<const char*> allowed)
-        : j_(j), where_(std::move(where))
+        : _j(j), _where(std::move(where))
     {
         if (!j.is_object())
-            wrongType(where_, "an object", j);
+            wrongType(_where, "an object", j);
         for (auto it = j.begin(); it != j.end(); ++it)
         {
             bool known = false;
@@ -111,19 +111,19 @@ public:
         }
     }
 
-    std::string at(const std::string& key) const { return where_ + "/" + escapeToken(key); }
-    const std::string& where() const { return where_; }
-    bool has(const char* key) const { return j_.contains(key); }
+    std::string at(const std::string& key) const { return _where + "/" + escapeToken(key); }
+    const std::string& where() const { return _where; }
+    bool has(const char* key) const { return _j.contains(key); }
     const Json* get(const char* key) const
     {
-        auto it = j_.find(key);
-        return it == j_.end() ? nullptr : &*it;
+        auto it = _j.find(key);
+        return it == _j.end() ? nullptr : &*it;
     }
     const Json& need(const char* key) const
     {
         const Json* v = get(key);
         if (!v)
-            fail(where_, std::string("missing field \"") + key + "\"");
+            fail(_where, std::string("missing field \"") + key + "\"");
         return *v;
     }
 
@@ -227,8 +227,8 @@ public:
     }
 
 private:
-    const Json& j_;
-    std::string where_;
+    const Json& _j;
+    std::string _where;
 };
 
 const Json& arrayAt(const Obj& o, const char* key, const Json& empty)
@@ -641,23 +641,23 @@ public:
         switch (ev)
         {
             case Json::parse_event_t::object_start:
-                frames_.push_back(Frame{false, 0, {}, {}});
+                _frames.push_back(Frame{false, 0, {}, {}});
                 break;
             case Json::parse_event_t::array_start:
-                frames_.push_back(Frame{true, 0, {}, {}});
+                _frames.push_back(Frame{true, 0, {}, {}});
                 break;
             case Json::parse_event_t::key:
             {
                 std::string key = parsed.get<std::string>();
-                if (!frames_.back().keys.insert(key).second)
+                if (!_frames.back().keys.insert(key).second)
                     fail(
                         pointer() + "/" + escapeToken(key), "field \"" + key + "\" is given twice");
-                frames_.back().key = key;
+                _frames.back().key = key;
                 break;
             }
             case Json::parse_event_t::object_end:
             case Json::parse_event_t::array_end:
-                frames_.pop_back();
+                _frames.pop_back();
                 completed();
                 break;
             case Json::parse_event_t::value:
@@ -677,19 +677,19 @@ private:
     };
     void completed()
     {
-        if (!frames_.empty() && frames_.back().array)
-            frames_.back().index++;
+        if (!_frames.empty() && _frames.back().array)
+            _frames.back().index++;
     }
     // The pointer of the innermost open object.
     std::string pointer() const
     {
         std::string p;
-        for (size_t i = 0; i + 1 < frames_.size(); ++i)
-            p += "/" + (frames_[i].array ? std::to_string(frames_[i].index)
-                                         : escapeToken(frames_[i].key));
+        for (size_t i = 0; i + 1 < _frames.size(); ++i)
+            p += "/" + (_frames[i].array ? std::to_string(_frames[i].index)
+                                         : escapeToken(_frames[i].key));
         return p;
     }
-    std::vector<Frame> frames_;
+    std::vector<Frame> _frames;
 };
 
 std::string lineAndColumn(const std::string& text, size_t byte)

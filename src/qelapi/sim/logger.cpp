@@ -15,21 +15,21 @@ Logger& Logger::instance()
 
 void Logger::configure(const LogConfig& cfg)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    level_ = cfg.level;
-    if (cfg.file == file_ && (out_ != nullptr || cfg.file.empty()))
+    std::lock_guard<std::mutex> g(_mu);
+    _level = cfg.level;
+    if (cfg.file == _file && (_out != nullptr || cfg.file.empty()))
         return;
-    if (out_)
-        std::fclose(out_);
-    out_ = nullptr;
-    file_ = cfg.file;
-    if (!file_.empty())
+    if (_out)
+        std::fclose(_out);
+    _out = nullptr;
+    _file = cfg.file;
+    if (!_file.empty())
     {
-        out_ = std::fopen(file_.c_str(), "ae");
-        if (!out_)
+        _out = std::fopen(_file.c_str(), "ae");
+        if (!_out)
         {
-            std::string failed = file_;
-            file_.clear();
+            std::string failed = _file;
+            _file.clear();
             emit(
                 API_LOG_ERROR,
                 "qelsim: " + failed + ": cannot open the log file; logging to standard error");
@@ -39,17 +39,17 @@ void Logger::configure(const LogConfig& cfg)
 
 void Logger::write(int level, const std::string& text)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    if (capture_)
-        captured_.push_back(LogLine{level, text});
-    if (level <= level_)
+    std::lock_guard<std::mutex> g(_mu);
+    if (_capture)
+        _captured.push_back(LogLine{level, text});
+    if (level <= _level)
         emit(level, text);
 }
 
 bool Logger::wants(int level)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    return capture_ || level <= level_;
+    std::lock_guard<std::mutex> g(_mu);
+    return _capture || level <= _level;
 }
 
 void Logger::emit(int level, const std::string& text)
@@ -75,27 +75,27 @@ void Logger::emit(int level, const std::string& text)
             line += c;
     }
     line += '\n';
-    FILE* f = out_ ? out_ : stderr;
+    FILE* f = _out ? _out : stderr;
     std::fwrite(line.data(), 1, line.size(), f);
     std::fflush(f);
 }
 
 void Logger::setCapture(bool on)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    capture_ = on;
+    std::lock_guard<std::mutex> g(_mu);
+    _capture = on;
 }
 
 std::vector<LogLine> Logger::captured()
 {
-    std::lock_guard<std::mutex> g(mu_);
-    return captured_;
+    std::lock_guard<std::mutex> g(_mu);
+    return _captured;
 }
 
 void Logger::clearCaptured()
 {
-    std::lock_guard<std::mutex> g(mu_);
-    captured_.clear();
+    std::lock_guard<std::mutex> g(_mu);
+    _captured.clear();
 }
 
 }  // namespace qelsim

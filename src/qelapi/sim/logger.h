@@ -33,14 +33,14 @@ public:
 
 private:
     Logger() = default;
-    void emit(int level, const std::string& text);  // the caller holds mu_
+    void emit(int level, const std::string& text);  // the caller holds _mu
 
-    std::mutex mu_;
-    int level_ = API_LOG_FAILURE;
-    std::string file_;
-    FILE* out_ = nullptr;  // null: standard error
-    bool capture_ = false;
-    std::vector<LogLine> captured_;
+    std::mutex _mu;
+    int _level = API_LOG_FAILURE;
+    std::string _file;
+    FILE* _out = nullptr;  // null: standard error
+    bool _capture = false;
+    std::vector<LogLine> _captured;
 };
 
 }  // namespace qelsim

@@ -11,20 +11,20 @@ ApiSemaphore& ApiSemaphore::instance()
 
 void ApiSemaphore::wait()
 {
-    std::unique_lock<std::mutex> lk(mu_);
-    cv_.wait(lk, [this] { return !taken_.load(); });
-    taken_.store(true);
+    std::unique_lock<std::mutex> lk(_mu);
+    _cv.wait(lk, [this] { return !_taken.load(); });
+    _taken.store(true);
 }
 
 bool ApiSemaphore::post()
 {
     {
-        std::lock_guard<std::mutex> g(mu_);
-        if (!taken_.load())
+        std::lock_guard<std::mutex> g(_mu);
+        if (!_taken.load())
             return false;
-        taken_.store(false);
+        _taken.store(false);
     }
-    cv_.notify_one();
+    _cv.notify_one();
     return true;
 }
 

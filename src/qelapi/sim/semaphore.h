@@ -17,12 +17,12 @@ public:
     void wait();
     // false when the semaphore was not taken (the post is refused).
     bool post();
-    bool held() const { return taken_.load(); }
+    bool held() const { return _taken.load(); }
 
 private:
-    std::mutex mu_;
-    std::condition_variable cv_;
-    std::atomic<bool> taken_{false};
+    std::mutex _mu;
+    std::condition_variable _cv;
+    std::atomic<bool> _taken{false};
 };
 
 }  // namespace qelsim

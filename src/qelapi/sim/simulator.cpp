@@ -61,9 +61,9 @@ Result Simulator::failLocked(const std::string& message)
 
 void Simulator::adoptLocked(Model m)
 {
-    model_ = std::move(m);
-    valid_ = true;
-    Logger::instance().configure(model_.log);
+    _model = std::move(m);
+    _valid = true;
+    Logger::instance().configure(_model.log);
 }
 
 Result
@@ -72,17 +72,17 @@ Simulator::seedLocked(const Model& fresh, const std::string& originPath, const s
     Model m = fresh;
     m.origin = Origin{originPath, hash};
     std::string err;
-    if (!store_.write(encodeModel(m), &err))
+    if (!_store.write(encodeModel(m), &err))
         return failLocked(err);
-    stamp_ = store_.stamp();
+    _stamp = _store.stamp();
     adoptLocked(std::move(m));
     return Result{};
 }
 
 Result Simulator::attach(const AttachOptions& options, bool forceSeed)
 {
-    std::lock_guard<std::mutex> g(mu_);
-    attempted_ = true;
+    std::lock_guard<std::mutex> g(_mu);
+    _attempted = true;
     const std::string origin = options.arrayPath.empty() ? kBuiltInOrigin : options.arrayPath;
     std::string text, err;
     if (options.arrayPath.empty())
@@ -91,21 +91,21 @@ Result Simulator::attach(const AttachOptions& options, bool forceSeed)
     }
     else if (!readWholeFile(options.arrayPath, &text, &err))
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(err);
     }
     const std::string baseDir = options.arrayPath.empty() ? "" : absoluteDir(options.arrayPath);
     DecodeResult r = decodeModel(text, baseDir);
     if (!r.ok)
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(r.message(origin));
     }
-    arrayPath_ = options.arrayPath;
-    arrayBaseDir_ = baseDir;
-    store_.close();
-    stamp_ = {};
-    badStamp_ = {};
+    _arrayPath = options.arrayPath;
+    _arrayBaseDir = baseDir;
+    _store.close();
+    _stamp = {};
+    _badStamp = {};
     if (!options.persist)
     {
         adoptLocked(std::move(r.model));
@@ -113,44 +113,44 @@ Result Simulator::attach(const AttachOptions& options, bool forceSeed)
     }
     const std::string path =
         options.statePath.empty() ? defaultStatePath(options.arrayPath) : options.statePath;
-    if (!store_.open(path, &err))
+    if (!_store.open(path, &err))
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(err);
     }
-    StateStore::Lock lock(store_, StateStore::Mode::Exclusive);
+    StateStore::Lock lock(_store, StateStore::Mode::Exclusive);
     if (!lock.held())
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(path + ": cannot lock the state file");
     }
     const std::string hash = contentHash(text);
-    if (!forceSeed && store_.exists())
+    if (!forceSeed && _store.exists())
     {
         std::string saved;
-        if (!store_.read(&saved, &err))
+        if (!_store.read(&saved, &err))
         {
-            valid_ = false;
+            _valid = false;
             return failLocked(err);
         }
         DecodeResult s = decodeModel(saved, "");
         if (!s.ok)
         {
-            valid_ = false;
+            _valid = false;
             return failLocked(
                 s.message(path) +
                 " (the saved state is damaged; \"qelsim reset\" starts again from the array file)");
         }
         if (s.model.origin.hash == hash)
         {
-            stamp_ = store_.stamp();
+            _stamp = _store.stamp();
             adoptLocked(std::move(s.model));
             return Result{};
         }
     }
     Result seeded = seedLocked(r.model, origin, hash);
     if (!seeded.ok)
-        valid_ = false;
+        _valid = false;
     return seeded;
 }
 
@@ -173,11 +173,11 @@ Result Simulator::reseed()
 {
     AttachOptions o;
     {
-        std::lock_guard<std::mutex> g(mu_);
-        if (!store_.enabled())
+        std::lock_guard<std::mutex> g(_mu);
+        if (!_store.enabled())
             return Result{false, "the simulated array has no state file to reset"};
-        o.arrayPath = arrayPath_;
-        o.statePath = store_.path();
+        o.arrayPath = _arrayPath;
+        o.statePath = _store.path();
     }
     return attach(o, true);
 }
@@ -189,36 +189,36 @@ Result Simulator::load(
     const std::string& statePath)
 {
     DecodeResult r = decodeModel(text, baseDir);
-    std::lock_guard<std::mutex> g(mu_);
-    attempted_ = true;
+    std::lock_guard<std::mutex> g(_mu);
+    _attempted = true;
     // A bad description is refused before anything is touched: the current array stays.
     if (!r.ok)
         return failLocked(r.message(origin));
-    store_.close();
-    stamp_ = {};
-    badStamp_ = {};
-    arrayPath_.clear();
-    arrayBaseDir_ = baseDir;
+    _store.close();
+    _stamp = {};
+    _badStamp = {};
+    _arrayPath.clear();
+    _arrayBaseDir = baseDir;
     if (statePath.empty())
     {
         adoptLocked(std::move(r.model));
         return Result{};
     }
     std::string err;
-    if (!store_.open(statePath, &err))
+    if (!_store.open(statePath, &err))
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(err);
     }
-    StateStore::Lock lock(store_, StateStore::Mode::Exclusive);
+    StateStore::Lock lock(_store, StateStore::Mode::Exclusive);
     if (!lock.held())
     {
-        valid_ = false;
+        _valid = false;
         return failLocked(statePath + ": cannot lock the state file");
     }
     Result seeded = seedLocked(r.model, origin, contentHash(text));
     if (!seeded.ok)
-        valid_ = false;
+        _valid = false;
     return seeded;
 }
 
@@ -227,13 +227,13 @@ void Simulator::ensureAttached()
     // The first call of the process attaches as the environment says, unless a
     // test or the tool loaded an array before; other first callers wait for it.
     std::call_once(
-        environmentOnce_,
+        _environmentOnce,
         [this]
         {
             bool needed;
             {
-                std::lock_guard<std::mutex> g(mu_);
-                needed = !attempted_;
+                std::lock_guard<std::mutex> g(_mu);
+                needed = !_attempted;
             }
             if (!needed)
                 return;
@@ -246,34 +246,34 @@ void Simulator::ensureAttached()
 
 int Simulator::refreshLocked(bool haveExclusiveLock)
 {
-    if (!store_.enabled())
+    if (!_store.enabled())
         return API_OK;
-    StateStore::Stamp now = store_.stamp();
-    if (now == stamp_)
+    StateStore::Stamp now = _store.stamp();
+    if (now == _stamp)
         return API_OK;
     std::optional<StateStore::Lock> lock;
     if (!haveExclusiveLock)
     {
-        lock.emplace(store_, StateStore::Mode::Shared);
-        now = store_.stamp();
+        lock.emplace(_store, StateStore::Mode::Shared);
+        now = _store.stamp();
     }
     std::string text, err;
-    if (!store_.read(&text, &err))
+    if (!_store.read(&text, &err))
     {
-        if (now != badStamp_)
+        if (now != _badStamp)
             Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
-        badStamp_ = now;
+        _badStamp = now;
         return API_ERR_IO;
     }
     DecodeResult r = decodeModel(text, "");
     if (!r.ok)
     {
-        if (now != badStamp_)
-            Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(store_.path()) + "\n");
-        badStamp_ = now;
+        if (now != _badStamp)
+            Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(_store.path()) + "\n");
+        _badStamp = now;
         return API_ERR_IO;
     }
-    stamp_ = now;
+    _stamp = now;
     adoptLocked(std::move(r.model));
     return API_OK;
 }
@@ -281,45 +281,45 @@ int Simulator::refreshLocked(bool haveExclusiveLock)
 int Simulator::read(const std::function<int(const Model&)>& f)
 {
     ensureAttached();
-    std::lock_guard<std::mutex> g(mu_);
-    if (!valid_)
+    std::lock_guard<std::mutex> g(_mu);
+    if (!_valid)
         return API_ERR_IO;
     // A state another process damaged is reported once; reads go on with the last good one.
     refreshLocked(false);
-    return f(model_);
+    return f(_model);
 }
 
 int Simulator::change(const std::function<int(Model&)>& f)
 {
     ensureAttached();
-    std::lock_guard<std::mutex> g(mu_);
-    if (!valid_)
+    std::lock_guard<std::mutex> g(_mu);
+    if (!_valid)
         return API_ERR_IO;
     std::optional<StateStore::Lock> lock;
-    if (store_.enabled())
+    if (_store.enabled())
     {
-        lock.emplace(store_, StateStore::Mode::Exclusive);
+        lock.emplace(_store, StateStore::Mode::Exclusive);
         if (!lock->held())
         {
             Logger::instance().write(
-                API_LOG_ERROR, "qelsim: " + store_.path() + ": cannot lock the state file\n");
+                API_LOG_ERROR, "qelsim: " + _store.path() + ": cannot lock the state file\n");
             return API_ERR_IO;
         }
         if (int rc = refreshLocked(true))
             return rc;
     }
-    Model next = model_;
+    Model next = _model;
     if (int rc = f(next))
         return rc;
-    if (store_.enabled())
+    if (_store.enabled())
     {
         std::string err;
-        if (!store_.write(encodeModel(next), &err))
+        if (!_store.write(encodeModel(next), &err))
         {
             Logger::instance().write(API_LOG_ERROR, "qelsim: change not saved: " + err + "\n");
             return API_ERR_IO;
         }
-        stamp_ = store_.stamp();
+        _stamp = _store.stamp();
     }
     adoptLocked(std::move(next));
     stats().changesSaved++;
@@ -370,11 +370,11 @@ bool Simulator::takeFault(const char* call, int* code)
 
 std::string Simulator::auditPathLocked() const
 {
-    if (!model_.auditFile.empty())
-        return model_.auditFile;
-    if (!store_.enabled())
+    if (!_model.auditFile.empty())
+        return _model.auditFile;
+    if (!_store.enabled())
         return "";
-    std::string p = store_.path();
+    std::string p = _store.path();
     const std::string suffix = ".state.json";
     if (p.size() > suffix.size() && p.compare(p.size() - suffix.size(), suffix.size(), suffix) == 0)
         p.resize(p.size() - suffix.size());
@@ -385,7 +385,7 @@ void Simulator::audit(const AuditEntry& e)
 {
     std::string path;
     {
-        std::lock_guard<std::mutex> g(mu_);
+        std::lock_guard<std::mutex> g(_mu);
         path = auditPathLocked();
     }
     if (path.empty())
@@ -397,8 +397,8 @@ void Simulator::audit(const AuditEntry& e)
 
 std::string Simulator::statePath()
 {
-    std::lock_guard<std::mutex> g(mu_);
-    return store_.path();
+    std::lock_guard<std::mutex> g(_mu);
+    return _store.path();
 }
 
 }  // namespace qelsim

@@ -56,16 +56,16 @@ private:
     Result seedLocked(const Model& fresh, const std::string& originPath, const std::string& hash);
     std::string auditPathLocked() const;
 
-    std::mutex mu_;
-    std::once_flag environmentOnce_;
-    bool attempted_ = false;  // an attach was tried (lazily or on request)
-    bool valid_ = false;      // model_ holds a valid array
-    Model model_;
-    StateStore store_;
-    StateStore::Stamp stamp_;     // the state file version model_ reflects
-    StateStore::Stamp badStamp_;  // a state version that failed to load (reported once)
-    std::string arrayPath_;       // "" for the built-in demo array
-    std::string arrayBaseDir_;
+    std::mutex _mu;
+    std::once_flag _environmentOnce;
+    bool _attempted = false;  // an attach was tried (lazily or on request)
+    bool _valid = false;      // _model holds a valid array
+    Model _model;
+    StateStore _store;
+    StateStore::Stamp _stamp;     // the state file version _model reflects
+    StateStore::Stamp _badStamp;  // a state version that failed to load (reported once)
+    std::string _arrayPath;       // "" for the built-in demo array
+    std::string _arrayBaseDir;
 };
 
 // The built-in demo array (examples/demo-array.json, compiled in).

@@ -29,24 +29,24 @@ bool StateStore::open(const std::string& statePath, std::string* error)
         *error = lockPath + ": cannot open the lock file: " + std::strerror(errno);
         return false;
     }
-    lockFd_ = fd;
-    path_ = statePath;
+    _lockFd = fd;
+    _path = statePath;
     removeStaleTemporaries(statePath);
     return true;
 }
 
 void StateStore::close()
 {
-    if (lockFd_ >= 0)
-        ::close(lockFd_);
-    lockFd_ = -1;
-    path_.clear();
+    if (_lockFd >= 0)
+        ::close(_lockFd);
+    _lockFd = -1;
+    _path.clear();
 }
 
 bool StateStore::exists() const
 {
     struct stat st;
-    return ::stat(path_.c_str(), &st) == 0;
+    return ::stat(_path.c_str(), &st) == 0;
 }
 
 bool StateStore::Stamp::operator==(const Stamp& o) const
@@ -58,7 +58,7 @@ bool StateStore::Stamp::operator==(const Stamp& o) const
 uint64_t StateStore::generation() const
 {
     uint64_t g = 0;
-    if (::pread(lockFd_, &g, sizeof g, 0) != static_cast<ssize_t>(sizeof g))
+    if (::pread(_lockFd, &g, sizeof g, 0) != static_cast<ssize_t>(sizeof g))
         return 0;
     return g;
 }
@@ -66,11 +66,11 @@ uint64_t StateStore::generation() const
 StateStore::Stamp StateStore::stamp() const
 {
     Stamp s;
-    if (lockFd_ < 0)
+    if (_lockFd < 0)
         return s;
     s.generation = generation();
     struct stat st;
-    if (::stat(path_.c_str(), &st) == 0)
+    if (::stat(_path.c_str(), &st) == 0)
     {
         s.dev = st.st_dev;
         s.ino = st.st_ino;
@@ -80,37 +80,37 @@ StateStore::Stamp StateStore::stamp() const
     return s;
 }
 
-StateStore::Lock::Lock(const StateStore& s, Mode m) : fd_(s.lockFd_), held_(false)
+StateStore::Lock::Lock(const StateStore& s, Mode m) : _fd(s._lockFd), _held(false)
 {
-    if (fd_ < 0)
+    if (_fd < 0)
         return;
     int rc;
     do
     {
-        rc = ::flock(fd_, m == Mode::Shared ? LOCK_SH : LOCK_EX);
+        rc = ::flock(_fd, m == Mode::Shared ? LOCK_SH : LOCK_EX);
     } while (rc != 0 && errno == EINTR);
-    held_ = rc == 0;
+    _held = rc == 0;
 }
 
 StateStore::Lock::~Lock()
 {
-    if (held_)
-        ::flock(fd_, LOCK_UN);
+    if (_held)
+        ::flock(_fd, LOCK_UN);
 }
 
 bool StateStore::read(std::string* text, std::string* error) const
 {
-    return readWholeFile(path_, text, error);
+    return readWholeFile(_path, text, error);
 }
 
 bool StateStore::write(const std::string& text, std::string* error)
 {
-    if (!writeFileAtomically(path_, text, error))
+    if (!writeFileAtomically(_path, text, error))
         return false;
     // The state is durable now; should the generation not be written, readers
     // still notice the replaced file by its identity, so this is not a failure.
     uint64_t g = generation() + 1;
-    (void)!::pwrite(lockFd_, &g, sizeof g, 0);
+    (void)!::pwrite(_lockFd, &g, sizeof g, 0);
     return true;
 }
 

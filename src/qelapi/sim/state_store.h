@@ -27,8 +27,8 @@ public:
     // Opens (creating if needed) the lock file of statePath and its folder.
     bool open(const std::string& statePath, std::string* error);
     void close();
-    bool enabled() const { return lockFd_ >= 0; }
-    const std::string& path() const { return path_; }
+    bool enabled() const { return _lockFd >= 0; }
+    const std::string& path() const { return _path; }
     bool exists() const;
 
     // What identifies one version of the state file.
@@ -59,11 +59,11 @@ public:
         ~Lock();
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;
-        bool held() const { return held_; }
+        bool held() const { return _held; }
 
     private:
-        int fd_;
-        bool held_;
+        int _fd;
+        bool _held;
     };
 
     bool read(std::string* text, std::string* error) const;
@@ -73,8 +73,8 @@ public:
 private:
     uint64_t generation() const;
 
-    std::string path_;
-    int lockFd_ = -1;
+    std::string _path;
+    int _lockFd = -1;
 };
 
 }  // namespace qelsim
