@@ -1,4 +1,6 @@
-// qel-cimserver's command line.
+// qel-cimserver's settings: one table of options, each read from its command-line flag
+// ("--name VALUE"). Adding a setting means adding one row to the table in
+// ServerCommandLine.cpp; the parser and --help follow from it.
 #ifndef QEL_SERVER_MAIN_SERVERCOMMANDLINE_H
 #define QEL_SERVER_MAIN_SERVERCOMMANDLINE_H
 
@@ -6,6 +8,7 @@
 
 #include <Server/core/ServerLog.h>
 
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -22,6 +25,8 @@ struct ServerCommandLine
     bool demo = false;      // generate users and passwords for the simulated array's users
     std::string arrayFile;  // --array: the simulated array description (sets QELSIM_ARRAY)
     bool help = false;
+    // Names of the options that were set (not left at their defaults).
+    std::set<std::string> given;
 };
 
 class CommandLineError : public std::runtime_error
@@ -29,6 +34,35 @@ class CommandLineError : public std::runtime_error
 public:
     using std::runtime_error::runtime_error;
 };
+
+// One setting of the server.
+struct ServerOption
+{
+    const char* name;       // "port": --port on the command line
+    const char* valueName;  // "N" in --help; nullptr for a switch, which takes no value
+    const char* help;       // its --help text; "\n" starts a continuation line
+    bool repeatable;        // each use adds a value; the first use replaces the default list
+    // Reads `value` into the settings (a switch gets ""). `first` is true on the first use
+    // of a repeatable option. Throws CommandLineError with what is wrong with the value,
+    // without the option's name (the caller says where it came from).
+    void (*apply)(ServerCommandLine& settings, const std::string& value, bool first);
+};
+
+// Every option, in --help order.
+const std::vector<ServerOption>& serverOptions();
+// nullptr when there is none of that name.
+const ServerOption* findServerOption(const std::string& name);
+
+// Applies one option to `settings`, recording it in settings.given; errors are prefixed with
+// `where` (e.g. "--port").
+void applyServerOption(
+    ServerCommandLine& settings,
+    const ServerOption& option,
+    const std::string& value,
+    const std::string& where);
+
+// Checks the settings as a whole (combinations no single option can judge).
+void checkServerSettings(const ServerCommandLine& settings);
 
 // Defaults (schema, provider directories) come from the build; throws CommandLineError
 // naming the offending option.

@@ -50,16 +50,9 @@ std::string demoPasswordFile()
 int main(int argc, char** argv)
 {
     ServerCommandLine cmd;
-    bool passwordGiven = false, arrayGiven = false;
     try
     {
-        std::vector<std::string> args(argv + 1, argv + argc);
-        for (const std::string& a : args)
-        {
-            passwordGiven |= a == "--password-file";
-            arrayGiven |= a == "--array";
-        }
-        cmd = parseCommandLine(args, buildDefaults());
+        cmd = parseCommandLine(std::vector<std::string>(argv + 1, argv + argc), buildDefaults());
     }
     catch (const CommandLineError& e)
     {
@@ -74,13 +67,13 @@ int main(int argc, char** argv)
     Pegasus::ServerLog::setThreshold(cmd.logLevel);
 
     // The simulated array is chosen through its environment before any provider loads.
-    if (arrayGiven || !std::getenv("QELSIM_ARRAY"))
+    if (cmd.given.count("array") || !std::getenv("QELSIM_ARRAY"))
         ::setenv("QELSIM_ARRAY", cmd.arrayFile.c_str(), 1);
 
     std::vector<DemoUser> demoUsers;
     if (cmd.demo)
     {
-        if (!passwordGiven)
+        if (!cmd.given.count("password-file"))
             cmd.server.passwordFile = demoPasswordFile();
         try
         {
