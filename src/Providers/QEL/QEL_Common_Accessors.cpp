@@ -10,15 +10,6 @@ PEGASUS_NAMESPACE_BEGIN
 
 using namespace QEL_CommonInternal;
 
-Uint32 QEL_CommonInternal::_findProperty(const CIMInstance& instance, const String& name)
-{
-    if (!CIMName::legal(name))
-    {
-        return PEG_NOT_FOUND;
-    }
-    return instance.findProperty(CIMName(name));
-}
-
 String QEL_CommonInternal::_lastKeyValue(const CIMObjectPath& path, const String& name)
 {
     String result;
@@ -35,6 +26,19 @@ String QEL_CommonInternal::_lastKeyValue(const CIMObjectPath& path, const String
 
 namespace
 {
+
+// Index of the property named `name`, or PEG_NOT_FOUND. The lookup goes by a
+// CIMName made of the text, so a text that is no legal CIM name lets the
+// object model's InvalidNameException through. The empty name reads as
+// absent without a lookup (the readers' answer to "no name"); intended.
+Uint32 _findProperty(const CIMInstance& instance, const String& name)
+{
+    if (name.size() == 0)
+    {
+        return PEG_NOT_FOUND;
+    }
+    return instance.findProperty(CIMName(name));
+}
 
 // The getProperty algorithm shared by every overload: 3 absent, 4 null,
 // else 0 after the typed extraction (whose type mismatch passes through).

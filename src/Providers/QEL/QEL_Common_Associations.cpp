@@ -263,7 +263,10 @@ Boolean QEL_Common::_isInstanceValidReference(
 {
     if (role.size() != 0)
     {
-        Uint32 pos = _findProperty(instance, role);
+        // A role that is no legal CIM name names no property of the instance:
+        // the same invalid-parameter refusal as an absent one.
+        Uint32 pos =
+            CIMName::legal(role) ? instance.findProperty(CIMName(role)) : Uint32(PEG_NOT_FOUND);
         if (pos == PEG_NOT_FOUND || instance.getProperty(pos).getType() != CIMTYPE_REFERENCE)
         {
             throw CIMException(CIM_ERR_INVALID_PARAMETER, String());

@@ -17,10 +17,6 @@ namespace QEL_CommonInternal
 // The namespace of the array's classes.
 const char ARRAY_NAMESPACE[] = "root/qel";
 
-// Index of the property named `name`, or PEG_NOT_FOUND. A text that is no
-// legal CIM name cannot name a property, so it is absent rather than an error.
-Uint32 _findProperty(const CIMInstance& instance, const String& name);
-
 // Value text of the key binding named `name` (any letter case) as it stands,
 // whatever its type; with several of that name the last one wins.
 String _lastKeyValue(const CIMObjectPath& path, const String& name);
