@@ -11,6 +11,7 @@
 #include "QEL_FCPortList.h"
 #include "QEL_FCPortProvider.h"
 #include "QEL_FCPortStatisticsProvider.h"
+#include "QEL_PortWWN.h"
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/Exception.h>
@@ -18,7 +19,6 @@
 
 #include <QEL_Common.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -251,8 +251,7 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
     else
     {
         key = QEL_Common::getStringProperty(objectName, "DeviceID");
-        const CString text = key.getCString();
-        sscanf(text, "%016LX", &filter);
+        filter = QEL_scanWWN(key.getCString());
     }
     if (key.size() == 0 || filter == QEL_ALL_PORTS)
     {

@@ -4,6 +4,7 @@
 
 #include "QEL_FCPortProvider.h"
 #include "QEL_FCPortList.h"
+#include "QEL_PortWWN.h"
 #include "QEL_ProviderFrame.h"
 
 #include <Pegasus/Common/CIMValue.h>
@@ -68,13 +69,6 @@ static void _readPorts(QEL_FCPortList& list, const CIMName& className, Uint64 fi
     {
         list.readFCALPorts(filter);
     }
-}
-
-static String _wwnText(Uint64 wwn)
-{
-    char text[32];
-    snprintf(text, sizeof(text), "%016LX", wwn);
-    return String(text);
 }
 
 static Array<Uint16> _uint16s(Uint16 first)
@@ -207,7 +201,7 @@ CIMInstance QEL_FCPortProvider::buildInstance(
     }
     QEL_Common::setPropertyValue(instance, "PortType", portType);
 
-    QEL_Common::setPropertyValue(instance, "PermanentAddress", _wwnText(port.portWwn));
+    QEL_Common::setPropertyValue(instance, "PermanentAddress", QEL_wwnText(port.portWwn));
     QEL_Common::setPropertyValue(instance, "NodeWWN", nodeWwn);
     QEL_Common::setPropertyValue(instance, "Speed", rate_to_bits(port.currentRate));
 
@@ -399,7 +393,7 @@ static CIMInstance _findPortInstance(
 
 CIMInstance QEL_FCPortProvider::_getPortInstance(Uint64 portWWN, Array<CIMInstance> instances)
 {
-    const String wwn = _wwnText(portWWN);
+    const String wwn = QEL_wwnText(portWWN);
     log_message(
         QEL_TRACE_FLOW,
         "--> QEL_FCPortProvider::_getPortInstance: +++ searching for port wwn = %s\n",
@@ -443,7 +437,7 @@ void QEL_FCPortProvider::getInstance(
         if (keys[i].getName() == CIMName("DeviceID"))
         {
             deviceID = keys[i].getValue();
-            sscanf(deviceID.getCString(), "%016LX", &portwwn);
+            portwwn = QEL_scanWWN(deviceID.getCString());
             keyFound = true;
             break;
         }

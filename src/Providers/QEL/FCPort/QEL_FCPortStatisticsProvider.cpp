@@ -5,6 +5,7 @@
 
 #include "QEL_FCPortStatisticsProvider.h"
 #include "QEL_FCPortList.h"
+#include "QEL_PortWWN.h"
 #include "QEL_ProviderFrame.h"
 
 #include <Pegasus/Common/CIMValue.h>
@@ -13,7 +14,6 @@
 
 #include <QEL_Common.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -36,10 +36,9 @@ static const char STATISTICS_CLASS[] = "QEL_FCPortLESBStatistics";
 static const char NAMESPACE[] = "root/qel";
 static const char RESET_METHOD[] = "ResetSelectedStats";
 
-// The InstanceID is built from these parts and read back with the pattern.
-static const char INSTANCE_ID_PREFIX[] = "ZEPHRAN";
-static const char INSTANCE_ID_SUFFIX[] = "-Stats";
-static const char INSTANCE_ID_PATTERN[] = "ZEPHRAN:%016llX-Stats";
+// The InstanceID: this head, the port's DeviceID text and this tail.
+static const char INSTANCE_ID_HEAD[] = "ZEPHRAN:";
+static const char INSTANCE_ID_TAIL[] = "-Stats";
 
 // The most characters of a port text that go into a key.
 static const size_t PORT_TEXT_MAX = sizeof(api_portLESB_t::portText) - 1;
@@ -118,18 +117,21 @@ void QEL_FCPortStatisticsProvider::terminate()
 
 String QEL_FCPortStatisticsProvider::makeInstanceID(const api_portLESB_t& lesb)
 {
-    return String(INSTANCE_ID_PREFIX) + ":" + QEL_recordText(lesb.portText) + INSTANCE_ID_SUFFIX;
+    return String(INSTANCE_ID_HEAD) + QEL_recordText(lesb.portText) + INSTANCE_ID_TAIL;
 }
 
 Uint64 QEL_FCPortStatisticsProvider::getPortWWN(const String& instanceId)
 {
-    // The scan's count is deliberately not looked at: a text that does not
-    // scan leaves the every-port selector, and a hexadecimal part without the
-    // "-Stats" tail still gives the number read. Callers rely on both.
-    unsigned long long wwn = QEL_ALL_PORTS;
+    // Only the head must match: a text that gives no WWN behind it reads as
+    // the every-port selector, and a WWN without the "-Stats" tail still
+    // gives the number read. Callers rely on both.
     const CString text = instanceId.getCString();
-    sscanf(text, INSTANCE_ID_PATTERN, &wwn);
-    return wwn;
+    const size_t head = sizeof(INSTANCE_ID_HEAD) - 1;
+    if (std::strncmp(text, INSTANCE_ID_HEAD, head) != 0)
+    {
+        return QEL_ALL_PORTS;
+    }
+    return QEL_scanWWN(static_cast<const char*>(text) + head);
 }
 
 CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
