@@ -158,25 +158,17 @@ private:
 // The port that the InstanceID key of the path written in text names, for
 // the narrowing of getInstance. A port path has no InstanceID, so a
 // well-formed association reference keeps every port (the path match decides
-// afterwards); text that is empty or no path at all narrows nothing either.
+// afterwards). Only an empty text is not parsed; a text that is no object
+// path ends the request with the parse's own exception.
 static Uint64 _narrowingFilter(const String& text)
 {
     if (text.size() == 0)
     {
         return QEL_ALL_PORTS;
     }
-    CIMObjectPath path;
-    try
-    {
-        path.set(text);
-    }
-    catch (const Exception&)
-    {
-        return QEL_ALL_PORTS;
-    }
-    const String instanceId = QEL_Common::getStringProperty(path, "InstanceID");
-    return instanceId.size() == 0 ? QEL_ALL_PORTS
-                                  : QEL_FCPortStatisticsProvider::getPortWWN(instanceId);
+    const CIMObjectPath path(text);
+    return QEL_FCPortStatisticsProvider::getPortWWN(
+        QEL_Common::getStringProperty(path, "InstanceID"));
 }
 
 class QEL_FCPortElementStatisticalDataProvider::_Lists : public QEL_AssociationFrame::Lists
