@@ -9,6 +9,7 @@
 #include "QEL_FCPortElementStatisticalDataProvider.h"
 #include "QEL_ProviderFrame.h"
 #include "QEL_FCPortList.h"
+#include "QEL_LESBList.h"
 #include "QEL_FCPortProvider.h"
 #include "QEL_FCPortStatisticsProvider.h"
 #include "QEL_PortWWN.h"
@@ -18,9 +19,6 @@
 #include <Pegasus/Provider/ProviderException.h>
 
 #include <QEL_Common.h>
-
-#include <cstdlib>
-#include <cstring>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -124,36 +122,6 @@ static const QEL_AssociationProfile PROFILE = {
     {585, "--> QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n", 0, 0,
      "<-- QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n"},
 };
-
-static const char NAMESPACE[] = "root/qel";
-
-namespace
-{
-
-// The LESB records of one port: the list starts zeroed, is filled by one
-// serialised read and its array goes back with free() however the scope is
-// left, also after a failed read or an empty answer.
-class LESBRecords
-{
-public:
-    LESBRecords() { std::memset(&_list, 0, sizeof(_list)); }
-    ~LESBRecords() { std::free(_list.lesb); }
-    LESBRecords(const LESBRecords&) = delete;
-    LESBRecords& operator=(const LESBRecords&) = delete;
-
-    int read(Uint64 wwn)
-    {
-        return QEL_ProviderFrame::serialized([&] { return api_getPortLESB(wwn, &_list); });
-    }
-
-    Uint32 size() const { return _list.lesb == 0 ? 0 : _list.count; }
-    const api_portLESB_t& operator[](Uint32 i) const { return _list.lesb[i]; }
-
-private:
-    api_portLESBList_t _list;
-};
-
-}  // namespace
 
 // The port that the InstanceID key of the path written in text names, for
 // the narrowing of getInstance. A port path has no InstanceID, so a
@@ -267,17 +235,16 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
                 _portClassName, _hostName, QEL_recordText(port.fcSystemName),
                 QEL_recordText(port.wwnText));
             related.append(_cimom.getInstance(
-                context, CIMNamespaceName(NAMESPACE), portPath, false, includeQualifiers,
+                context, CIMNamespaceName(QEL_NAMESPACE), portPath, false, includeQualifiers,
                 includeClassOrigin, propertyList));
         }
         ports.release();
     }
     else if (objectClass == _portClassName)
     {
-        CIMClass statsClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _statsClassName, false,
-            includeQualifiers, includeClassOrigin, propertyList);
-        LESBRecords records;
+        CIMClass statsClass = QEL_ProviderFrame::storedClass(
+            _cimom, _statsClassName, includeQualifiers, includeClassOrigin, propertyList);
+        QEL_LESBList records;
         records.read(filter);
         // The first record of the port; the DeviceID is compared with letter
         // case.
@@ -305,14 +272,8 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstan
         QEL_TRACE_FLOW,
         "-->QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames: className = %s \n",
         (const char*)objectName.getClassName().getString().getCString());
-    const Array<CIMInstance> related =
-        _getRelatedInstances(objectName, context, false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(related.size());
-    for (Uint32 i = 0; i < related.size(); i++)
-    {
-        names.append(related[i].getPath());
-    }
+    const Array<CIMObjectPath> names = QEL_AssociationFrame::pathsOf(
+        _getRelatedInstances(objectName, context, false, false, CIMPropertyList()));
     log_message(
         QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames\n");
     return names;
@@ -339,7 +300,7 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
         for (Uint32 i = 0; i < ports.size(); i++)
         {
             const api_FCPort_t& port = ports[i];
-            LESBRecords records;
+            QEL_LESBList records;
             if (records.read(port.portWwn) != 0 || records.size() == 0)
             {
                 continue;
@@ -365,14 +326,8 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
 Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getInstanceNames()
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
-    const Array<CIMInstance> associations =
-        _getInstances(CIMObjectPath(), false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(associations.size());
-    for (Uint32 i = 0; i < associations.size(); i++)
-    {
-        names.append(associations[i].getPath());
-    }
+    const Array<CIMObjectPath> names = QEL_AssociationFrame::pathsOf(
+        _getInstances(CIMObjectPath(), false, false, CIMPropertyList()));
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
     return names;
 }

@@ -26,14 +26,11 @@ static const char SOURCE[] = "QEL_FCPortProvider";
 static const Uint32 LINE_GET_INSTANCE = 103;
 static const Uint32 LINE_ENUMERATE_INSTANCES = 203;
 static const Uint32 LINE_ENUMERATE_INSTANCE_NAMES = 252;
-static const Uint32 LINE_MODIFY_SESSION = 295;
-static const Uint32 LINE_MODIFY_AUTHORIZE = 296;
-static const Uint32 LINE_METHOD_SESSION = 528;
-static const Uint32 LINE_METHOD_AUTHORIZE = 529;
+static const QEL_ProviderFrame::ChangeSite MODIFY_SITE = {SOURCE, 295, 296};
+static const QEL_ProviderFrame::ChangeSite METHOD_SITE = {SOURCE, 528, 529};
 
 static const char FC_PORT_CLASS[] = "QEL_FCPort";
 static const char FCAL_PORT_CLASS[] = "QEL_FCALPort";
-static const char NAMESPACE[] = "root/qel";
 
 // The configured rate that asks the port to sense its speed itself.
 static const Sint32 RATE_AUTOMATIC = 3;
@@ -296,7 +293,7 @@ CIMObjectPath QEL_FCPortProvider::buildObjectPath(
     keys.append(
         CIMKeyBinding("CreationClassName", inputClassName.getString(), CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("DeviceID", deviceID, CIMKeyBinding::STRING));
-    CIMObjectPath path(hostAddr, CIMNamespaceName(NAMESPACE), inputClassName, keys);
+    CIMObjectPath path(hostAddr, CIMNamespaceName(QEL_NAMESPACE), inputClassName, keys);
 
     log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::buildObjectPath\n");
     return path;
@@ -322,9 +319,8 @@ Array<CIMInstance> QEL_FCPortProvider::buildInstances(
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::_build_instance\n");
     _checkClass(className);
 
-    CIMClass portClass = QEL_Common::getStoredCIMClass(
-        cimom, OperationContext(), CIMNamespaceName(NAMESPACE), className, false, includeQualifiers,
-        includeClassOrigin, propertyList);
+    CIMClass portClass = QEL_ProviderFrame::storedClass(
+        cimom, className, includeQualifiers, includeClassOrigin, propertyList);
 
     QEL_FCPortList list;
     _readPorts(list, className, portwwn);
@@ -370,6 +366,19 @@ Array<CIMObjectPath> QEL_FCPortProvider::_build_ref(const CIMName& className)
 
     log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::_build_ref\n");
     return paths;
+}
+
+// The LPID of the port that ref's DeviceID key names; an unknown port is
+// refused with the "Device not found" text of operation.
+static Uint16 _portLPID(const CIMObjectPath& ref, const char* operation)
+{
+    const String deviceID = QEL_Common::getStringProperty(ref, "DeviceID");
+    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
+    if (lpid == QEL_NO_SUCH_PORT)
+    {
+        QEL_ProviderFrame::deviceNotFound(ClassName, operation, "DeviceID", deviceID);
+    }
+    return lpid;
 }
 
 // Both lookups: the first instance whose string property propertyName equals
@@ -426,40 +435,21 @@ void QEL_FCPortProvider::getInstance(
     const CIMName className = instRef.getClassName();
     _checkClass(className);
 
-    // A DeviceID that does not scan leaves the filter at every port; the
-    // path match below still decides.
-    Uint64 portwwn = QEL_ALL_PORTS;
     String deviceID;
-    bool keyFound = false;
-    const Array<CIMKeyBinding> keys = instRef.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size(); i++)
-    {
-        if (keys[i].getName() == CIMName("DeviceID"))
-        {
-            deviceID = keys[i].getValue();
-            portwwn = QEL_scanWWN(deviceID.getCString());
-            keyFound = true;
-            break;
-        }
-    }
-    if (!keyFound)
+    if (!QEL_ProviderFrame::keyValue(instRef, "DeviceID", deviceID))
     {
         throw CIMInvalidParameterException(ClassName + " DeviceID key not found.");
     }
+    // A DeviceID that does not scan leaves the filter at every port; the
+    // path match below still decides.
+    const Uint64 portwwn = QEL_scanWWN(deviceID.getCString());
 
     const Array<CIMInstance> candidates = buildInstances(
         _cimom, className, portwwn, includeQualifiers, includeClassOrigin, propertyList, _hostName);
-
-    for (Uint32 i = 0; i < candidates.size(); i++)
+    if (QEL_ProviderFrame::deliverMatch(instRef, candidates, handler))
     {
-        if (QEL_Common::matchObjectPath(instRef, candidates[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(candidates[i]);
-            handler.complete();
-            log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::getInstance\n");
-            return;
-        }
+        log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::getInstance\n");
+        return;
     }
     // The device ID follows the text without a blank, as it always has.
     throw CIMObjectNotFoundException(className.getString() + " CIM Object not found." + deviceID);
@@ -528,22 +518,10 @@ void QEL_FCPortProvider::modifyInstance(
     const String className = objectRef.getClassName().getString();
 
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortProvider::modifyInstance()\n");
-    QEL_ProviderFrame::checkSession(context, SOURCE, LINE_MODIFY_SESSION);
-    QEL_ProviderFrame::authorize(who, className, OPERATION_KEY, SOURCE, LINE_MODIFY_AUTHORIZE);
+    api_evtparam_t apiEvent =
+        QEL_ProviderFrame::openChange(context, who, className, OPERATION_KEY, MODIFY_SITE);
 
-    api_evtparam_t apiEvent;
-    std::memset(&apiEvent, 0, sizeof(apiEvent));
-    QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), OPERATION_KEY, "", who.userName.getCString(),
-        who.clientAddress.getCString());
-
-    const String deviceID = QEL_Common::getStringProperty(objectRef, "DeviceID");
-    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
-    if (lpid == QEL_NO_SUCH_PORT)
-    {
-        QEL_ProviderFrame::deviceNotFound(ClassName, "modifyInstance", "DeviceID", deviceID);
-    }
-    QEL_PortIdList IDs(lpid, ClassName, "modifyInstance");
+    QEL_PortIdList IDs(_portLPID(objectRef, "modifyInstance"), ClassName, "modifyInstance");
 
     // Zero means "not requested" for the five numeric settings; a client
     // cannot set any of them to 0. The speed is applied whenever it is given.
@@ -695,24 +673,12 @@ void QEL_FCPortProvider::invokeMethod(
         "-->QEL_FCPortProvider::invokeMethod()\n\t className = %s, methodName = %s\n",
         (const char*)className.getCString(), (const char*)method.getCString());
 
-    QEL_ProviderFrame::checkSession(context, SOURCE, LINE_METHOD_SESSION);
-    QEL_ProviderFrame::authorize(who, className, method, SOURCE, LINE_METHOD_AUTHORIZE);
+    // The event record is filled before the port is looked up: an unknown
+    // port still counts as an attempted operation.
+    api_evtparam_t apiEvent =
+        QEL_ProviderFrame::openChange(context, who, className, method, METHOD_SITE);
 
-    // Filled before the port is looked up: an unknown port still counts as an
-    // attempted operation.
-    api_evtparam_t apiEvent;
-    std::memset(&apiEvent, 0, sizeof(apiEvent));
-    QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), method.getCString(), "", who.userName.getCString(),
-        who.clientAddress.getCString());
-
-    const String deviceID = QEL_Common::getStringProperty(objectReference, "DeviceID");
-    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
-    if (lpid == QEL_NO_SUCH_PORT)
-    {
-        QEL_ProviderFrame::deviceNotFound(ClassName, "invokeMethod", "DeviceID", deviceID);
-    }
-    QEL_PortIdList IDs(lpid, ClassName, "invokeMethod");
+    QEL_PortIdList IDs(_portLPID(objectReference, "invokeMethod"), ClassName, "invokeMethod");
     Uint16* ids = IDs.ids();
     const int count = IDs.count();
 
