@@ -116,17 +116,16 @@ CIMInstance _assocInstance(
     return instance;
 }
 
-// Calls visit(property name, referenced path) for every non-null reference
-// property of the association instance that does not name the source end.
-template <class Visit>
-void _forEachFarEnd(
-    const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath,
-    Visit visit)
+// Calls found(property name, referenced path) for the reference properties
+// of the instance in order, until it answers true; true then. Null values
+// and arrays of references name no object and are skipped: a choice, the
+// helpers that walk them must not throw.
+template <class Found>
+Boolean _findReference(const CIMInstance& instance, Found found)
 {
-    for (Uint32 i = 0; i < assocInstance.getPropertyCount(); i++)
+    for (Uint32 i = 0; i < instance.getPropertyCount(); i++)
     {
-        CIMConstProperty prop = assocInstance.getProperty(i);
+        CIMConstProperty prop = instance.getProperty(i);
         if (prop.getType() != CIMTYPE_REFERENCE || prop.isArray())
         {
             continue;
@@ -138,12 +137,32 @@ void _forEachFarEnd(
         }
         CIMObjectPath value;
         v.get(value);
-        if (QEL_Common::matchObjectPath(targetObjectPath, value))
+        if (found(prop.getName(), value))
         {
-            continue;
+            return true;
         }
-        visit(prop.getName(), value);
     }
+    return false;
+}
+
+// Calls visit(property name, referenced path) for every reference of the
+// association instance that does not name the source end.
+template <class Visit>
+void _forEachFarEnd(
+    const CIMInstance& assocInstance,
+    const CIMObjectPath& targetObjectPath,
+    Visit visit)
+{
+    _findReference(
+        assocInstance,
+        [&](const CIMName& name, const CIMObjectPath& value)
+        {
+            if (!QEL_Common::matchObjectPath(targetObjectPath, value))
+            {
+                visit(name, value);
+            }
+            return false;
+        });
 }
 
 // Appends, for one far end, once per entry of resultClass naming its class
@@ -272,26 +291,9 @@ Boolean QEL_Common::_isInstanceValidReference(
             throw CIMException(CIM_ERR_INVALID_PARAMETER, String());
         }
     }
-    for (Uint32 i = 0; i < instance.getPropertyCount(); i++)
-    {
-        CIMConstProperty prop = instance.getProperty(i);
-        if (prop.getType() != CIMTYPE_REFERENCE || prop.isArray())
-        {
-            continue;
-        }
-        CIMValue v = prop.getValue();
-        if (v.isNull())
-        {
-            continue;
-        }
-        CIMObjectPath ref;
-        v.get(ref);
-        if (_roleMatches(role, prop.getName()) && matchObjectPath(target, _bareReference(ref)))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _findReference(
+        instance, [&](const CIMName& name, const CIMObjectPath& ref)
+        { return _roleMatches(role, name) && matchObjectPath(target, _bareReference(ref)); });
 }
 
 Array<CIMInstance> QEL_Common::filterReferenceNames(

@@ -21,6 +21,27 @@ const char KEY_SET_VOLUME[] =
     "qel_storageconfigurationservice.createormodifyelementfromstoragepool.setvolume";
 const char KEY_RETURN_TO_POOL[] = "qel_storageconfigurationservice.returntostoragepool";
 
+// A sub-operation code and the key it is authorized with.
+struct CodeKey
+{
+    Uint16 code;
+    const char* key;
+};
+
+// The key of code in table; null when the table does not name the code.
+template <size_t N>
+const char* _keyOf(const CodeKey (&table)[N], Uint16 code)
+{
+    for (const CodeKey& entry : table)
+    {
+        if (entry.code == code)
+        {
+            return entry.key;
+        }
+    }
+    return NULL;
+}
+
 int _authorize(const String& userName, const String& ipAddr, const String& key)
 {
     return api_authorizeCIMUser(QEL_CSTR(userName), QEL_CSTR(ipAddr), QEL_CSTR(key));
@@ -190,33 +211,20 @@ int authorize_ModifySynchronization(
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
+    static const CodeKey keys[] = {
+        {2, "qel_storageconfigurationservice.modifysynchronization.detach"},
+        {4, "qel_storageconfigurationservice.modifysynchronization.resync"},
+        {5, "qel_storageconfigurationservice.modifysynchronization.restore"},
+        {12, "qel_storageconfigurationservice.modifysynchronization.startcopy"},
+        {13, "qel_storageconfigurationservice.modifysynchronization.stopcopy"},
+    };
     Uint16 operation = 0;
     if (!_uint16Param(inParameters, "Operation", operation))
     {
         return 3;
     }
-    const char* key = NULL;
-    switch (operation)
-    {
-        case 2:
-            key = "qel_storageconfigurationservice.modifysynchronization.detach";
-            break;
-        case 4:
-            key = "qel_storageconfigurationservice.modifysynchronization.resync";
-            break;
-        case 5:
-            key = "qel_storageconfigurationservice.modifysynchronization.restore";
-            break;
-        case 12:
-            key = "qel_storageconfigurationservice.modifysynchronization.startcopy";
-            break;
-        case 13:
-            key = "qel_storageconfigurationservice.modifysynchronization.stopcopy";
-            break;
-        default:
-            return 3;
-    }
-    return _authorize(userName, ipAddr, key);
+    const char* key = _keyOf(keys, operation);
+    return key == NULL ? 3 : _authorize(userName, ipAddr, key);
 }
 
 int authorize_CreateOrModifyStoragePool(
@@ -296,13 +304,12 @@ namespace
 
 // SyncType and Mode must both be given; only SyncType chooses the key.
 // Without both the library is not asked (the method rejects the request).
+template <size_t N>
 int _authorizeReplica(
     const String& userName,
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters,
-    const char* const* keysBySyncType,
-    Uint16 firstSyncType,
-    Uint16 lastSyncType)
+    const CodeKey (&keysBySyncType)[N])
 {
     Uint16 syncType = 0;
     Uint16 mode = 0;
@@ -311,12 +318,14 @@ int _authorizeReplica(
     {
         return 0;
     }
-    if (syncType < firstSyncType || syncType > lastSyncType ||
-        keysBySyncType[syncType - firstSyncType] == NULL)
-    {
-        return 3;
-    }
-    return _authorize(userName, ipAddr, keysBySyncType[syncType - firstSyncType]);
+    const char* key = _keyOf(keysBySyncType, syncType);
+    return key == NULL ? 3 : _authorize(userName, ipAddr, key);
+}
+
+// The volume a synchronization path names by its "SyncedElement" key.
+CIMObjectPath _syncedVolume(const CIMObjectPath& synchronization)
+{
+    return _referenceKey(synchronization, "SyncedElement");
 }
 
 }  // anonymous namespace
@@ -326,11 +335,11 @@ int authorize_CreateElementReplica(
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
-    static const char* const keys[] = {
-        "qel_replicationservice.createelementreplica.createsv",      // 7
-        "qel_replicationservice.createelementreplica.createvvcopy",  // 8
+    static const CodeKey keys[] = {
+        {7, "qel_replicationservice.createelementreplica.createsv"},
+        {8, "qel_replicationservice.createelementreplica.createvvcopy"},
     };
-    return _authorizeReplica(userName, ipAddr, inParameters, keys, 7, 8);
+    return _authorizeReplica(userName, ipAddr, inParameters, keys);
 }
 
 int authorize_CreateGroupReplica(
@@ -338,21 +347,35 @@ int authorize_CreateGroupReplica(
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
-    static const char* const keys[] = {
-        "qel_replicationservice.creategroupreplica.createmirror",       // 6
-        "qel_replicationservice.creategroupreplica.creategroupsv",      // 7
-        "qel_replicationservice.creategroupreplica.creategroupvvcopy",  // 8
+    static const CodeKey keys[] = {
+        {6, "qel_replicationservice.creategroupreplica.createmirror"},
+        {7, "qel_replicationservice.creategroupreplica.creategroupsv"},
+        {8, "qel_replicationservice.creategroupreplica.creategroupvvcopy"},
     };
-    return _authorizeReplica(userName, ipAddr, inParameters, keys, 6, 8);
+    return _authorizeReplica(userName, ipAddr, inParameters, keys);
 }
 
 // Without an Operation the request is let through unasked (result 0); the
-// abort key ends in a blank. Both are intended and kept.
+// abort key ends in a blank. Both are intended and kept. Operation 19 takes
+// the key of the synchronized volume; when none is chosen the library is not
+// asked.
 int authorize_ModifyReplicaSynchronization(
     const String& userName,
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
+    static const CodeKey keys[] = {
+        {2, "qel_replicationservice.modifyreplicasynchronization.abort "},
+        {4, "qel_replicationservice.modifyreplicasynchronization.syncrcopy"},
+        {8, "qel_replicationservice.modifyreplicasynchronization.dissolve"},
+        {9, "qel_replicationservice.modifyreplicasynchronization.dissolve"},
+        {10, "qel_replicationservice.modifyreplicasynchronization.setrcopygroup"},
+        {11, "qel_replicationservice.modifyreplicasynchronization.setrcopygroup"},
+        {14, "qel_replicationservice.modifyreplicasynchronization.resync"},
+        {15, "qel_replicationservice.modifyreplicasynchronization.restore"},
+        {20, "qel_replicationservice.modifyreplicasynchronization.setrcopygroup"},
+        {21, "qel_replicationservice.modifyreplicasynchronization.split"},
+    };
     Uint16 operation = 0;
     if (!_uint16Param(inParameters, "Operation", operation))
     {
@@ -360,45 +383,22 @@ int authorize_ModifyReplicaSynchronization(
     }
     String key;
     int rc = 0;
-    switch (operation)
+    if (operation == 19)
     {
-        case 2:
-            key = "qel_replicationservice.modifyreplicasynchronization.abort ";
-            break;
-        case 4:
-            key = "qel_replicationservice.modifyreplicasynchronization.syncrcopy";
-            break;
-        case 8:
-        case 9:
-            key = "qel_replicationservice.modifyreplicasynchronization.dissolve";
-            break;
-        case 10:
-        case 11:
-        case 20:
-            key = "qel_replicationservice.modifyreplicasynchronization.setrcopygroup";
-            break;
-        case 14:
-            key = "qel_replicationservice.modifyreplicasynchronization.resync";
-            break;
-        case 15:
-            key = "qel_replicationservice.modifyreplicasynchronization.restore";
-            break;
-        case 21:
-            key = "qel_replicationservice.modifyreplicasynchronization.split";
-            break;
-        case 19:
+        CIMObjectPath sync;
+        if (_referenceParam(inParameters, "Synchronization", sync))
         {
-            CIMObjectPath sync;
-            if (_referenceParam(inParameters, "Synchronization", sync))
-            {
-                CIMObjectPath volume = _referenceKey(sync, "SyncedElement");
-                rc = handleDeleteVolumeMethod(volume, key);
-            }
-            break;
+            CIMObjectPath volume = _syncedVolume(sync);
+            rc = handleDeleteVolumeMethod(volume, key);
         }
-        default:
-            rc = 3;
-            break;
+    }
+    else if (const char* known = _keyOf(keys, operation))
+    {
+        key = known;
+    }
+    else
+    {
+        rc = 3;
     }
     if (rc == 0 && key.size() != 0)
     {
@@ -409,60 +409,50 @@ int authorize_ModifyReplicaSynchronization(
 
 // Without an Operation the request is let through unasked (result 0); kept.
 // Operation 19 without a target group deletes the synchronized volumes: each
-// one is authorized with its own key.
+// one is authorized with its own key, starting from the empty key, so a
+// volume that is not found is asked with it and refused by the library; a
+// choice (docs/module-choices.md).
 int authorize_ModifyListSynchronization(
     const String& userName,
     const String& ipAddr,
     const Array<CIMParamValue>& inParameters)
 {
+    static const CodeKey keys[] = {
+        {2, "qel_replicationservice.modifylistsynchronization.abort"},
+        {8, "qel_replicationservice.modifylistsynchronization.dissolve"},
+        {9, "qel_replicationservice.modifylistsynchronization.dissolve"},
+        {14, "qel_replicationservice.modifylistsynchronization.resync"},
+        {15, "qel_replicationservice.modifylistsynchronization.restore"},
+    };
     Uint16 operation = 0;
     if (!_uint16Param(inParameters, "Operation", operation))
     {
         return 0;
     }
-    const char* key = NULL;
-    switch (operation)
+    if (operation != 19)
     {
-        case 2:
-            key = "qel_replicationservice.modifylistsynchronization.abort";
-            break;
-        case 8:
-        case 9:
-            key = "qel_replicationservice.modifylistsynchronization.dissolve";
-            break;
-        case 14:
-            key = "qel_replicationservice.modifylistsynchronization.resync";
-            break;
-        case 15:
-            key = "qel_replicationservice.modifylistsynchronization.restore";
-            break;
-        case 19:
-        {
-            CIMValue group;
-            if (_paramValue(inParameters, "TargetGroup", group))
-            {
-                key = "qel_replicationservice.deletegroup";
-                break;
-            }
-            Array<CIMObjectPath> volumes;
-            CIMValue syncs;
-            if (_paramValue(inParameters, "Synchronization", syncs) &&
-                syncs.getType() == CIMTYPE_REFERENCE && syncs.isArray())
-            {
-                Array<CIMObjectPath> refs;
-                syncs.get(refs);
-                for (Uint32 i = 0; i < refs.size(); i++)
-                {
-                    volumes.append(_referenceKey(refs[i], "SyncedElement"));
-                }
-            }
-            String volumeKey;
-            return _authorizeVolumes(userName, ipAddr, volumes, volumeKey);
-        }
-        default:
-            return 3;
+        const char* key = _keyOf(keys, operation);
+        return key == NULL ? 3 : _authorize(userName, ipAddr, key);
     }
-    return _authorize(userName, ipAddr, key);
+    CIMValue group;
+    if (_paramValue(inParameters, "TargetGroup", group))
+    {
+        return _authorize(userName, ipAddr, "qel_replicationservice.deletegroup");
+    }
+    Array<CIMObjectPath> volumes;
+    CIMValue syncs;
+    if (_paramValue(inParameters, "Synchronization", syncs) &&
+        syncs.getType() == CIMTYPE_REFERENCE && syncs.isArray())
+    {
+        Array<CIMObjectPath> refs;
+        syncs.get(refs);
+        for (Uint32 i = 0; i < refs.size(); i++)
+        {
+            volumes.append(_syncedVolume(refs[i]));
+        }
+    }
+    String volumeKey;
+    return _authorizeVolumes(userName, ipAddr, volumes, volumeKey);
 }
 
 int authorize_ReplicationServiceCapabilitiesMethod(
