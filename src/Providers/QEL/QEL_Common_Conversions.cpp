@@ -82,6 +82,7 @@ int _numberAt(const char* text, size_t from, size_t n)
 }
 
 // Cached system addresses; asked of the library while the IPv4 text is empty.
+// The lock is a choice: request threads would otherwise race on the texts.
 struct SystemAddressCache
 {
     std::mutex lock;
@@ -95,7 +96,8 @@ SystemAddressCache& _addressCache()
     return cache;
 }
 
-// Generator state of generate_random_string, seeded on first use.
+// Generator state of generate_random_string, seeded on first use. The lock
+// is a choice: random_r on one shared state from request threads would race.
 struct RandomState
 {
     std::mutex lock;
@@ -130,6 +132,7 @@ CIMDateTime QEL_Common::getCIMDateTime(time_t time)
 {
     struct tm local;
     memset(&local, 0, sizeof(local));
+    // A time the C library cannot break down has no date-time: a choice.
     if (localtime_r(&time, &local) == NULL)
     {
         char text[32];
@@ -172,6 +175,7 @@ time_t QEL_Common::getDateTime(const CIMDateTime& cimTime)
 // Microseconds and the UTC offset are ignored: the text is read as local time.
 int QEL_Common::_formatDateTime(const char* timeString, struct tm* tmval)
 {
+    // Nothing to read is refused like an unreadable text: a choice.
     if (timeString == NULL || tmval == NULL)
     {
         return 0;
@@ -244,6 +248,7 @@ QEL_PortIDs QEL_Common::getPortIDs(Array<String> lpids)
 {
     QEL_PortIDs result;
     result.count = lpids.size();
+    // No text, no array: a choice.
     result.portIDs = result.count == 0 ? NULL : new Uint16[result.count]();
     for (Uint32 i = 0; i < result.count; i++)
     {

@@ -162,6 +162,7 @@ String QEL_Common::getSystemName(CIMOMHandle& cimom)
     return _askIdentity<String>(&cimom, "GetSystemName", "SystemName", String());
 }
 
+// 0 when no answer comes, for the three numeric answers: a choice.
 Uint32 QEL_Common::getSystemID()
 {
     return _askIdentity<Uint32>(NULL, "GetSystemID", "SystemID", 0);
