@@ -20,6 +20,17 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
+// True, after the level-2 trace given, when there is no event record to fill.
+bool _noRecord(const api_evtparam_t* eventp, const char* trace)
+{
+    if (eventp != NULL)
+    {
+        return false;
+    }
+    log_message(2, "%s", trace);
+    return true;
+}
+
 // Copies src into a fixed-size field, at most size - 1 characters and always
 // terminated; a null src empties the field.
 void _copyField(char* field, size_t size, const char* src)
@@ -359,11 +370,10 @@ int QEL_Common::setEventParam(
     const char* user,
     const char* addr)
 {
-    if (eventp == NULL)
+    if (_noRecord(
+            eventp,
+            "setEventParam: Unable to log event data. The control block pointer (eventp) is null.\n"))
     {
-        log_message(
-            2,
-            "setEventParam: Unable to log event data. The control block pointer (eventp) is null.\n");
         return 1;
     }
     eventp->inst_param[0] = '\0';
@@ -412,11 +422,10 @@ int QEL_Common::setEventParam(
 
 int QEL_Common::setEventOp(api_evtparam_t* eventp, const char* op)
 {
-    if (eventp == NULL)
+    if (_noRecord(
+            eventp,
+            "setEventOp: Unable to log event data. The control block pointer (eventp) is null.\n"))
     {
-        log_message(
-            2,
-            "setEventOp: Unable to log event data. The control block pointer (eventp) is null.\n");
         return 1;
     }
     _copyField(eventp->inst_op, sizeof(eventp->inst_op), op);

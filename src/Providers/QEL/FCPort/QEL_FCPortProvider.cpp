@@ -554,33 +554,35 @@ void QEL_FCPortProvider::modifyInstance(
         }
     }
 
+    // The numeric settings by property name.
+    const struct
+    {
+        const char* property;
+        Uint16* value;
+    } settings[] = {
+        {"Mode", &mode}, {"ConnectionType", &connType},     {"Class2Support", &class2},
+        {"VCN", &vcn},   {"InterruptCoalescing", &intCoal},
+    };
     for (Uint32 i = 0; i < names.size(); i++)
     {
         const String& name = names[i];
         const CIMName property(name);
-        if (property == CIMName("Mode"))
+        Uint16* setting = 0;
+        for (const auto& s : settings)
         {
-            QEL_Common::getProperty(instance, name, mode);
+            if (property == CIMName(s.property))
+            {
+                setting = s.value;
+                break;
+            }
+        }
+        if (setting != 0)
+        {
+            QEL_Common::getProperty(instance, name, *setting);
         }
         else if (property == CIMName("ModeChangeAllowed"))
         {
             QEL_Common::getProperty(instance, name, forceMode);
-        }
-        else if (property == CIMName("ConnectionType"))
-        {
-            QEL_Common::getProperty(instance, name, connType);
-        }
-        else if (property == CIMName("Class2Support"))
-        {
-            QEL_Common::getProperty(instance, name, class2);
-        }
-        else if (property == CIMName("VCN"))
-        {
-            QEL_Common::getProperty(instance, name, vcn);
-        }
-        else if (property == CIMName("InterruptCoalescing"))
-        {
-            QEL_Common::getProperty(instance, name, intCoal);
         }
         else if (property == CIMName("RequestedSpeed"))
         {
@@ -597,42 +599,34 @@ void QEL_FCPortProvider::modifyInstance(
     // when a later change fails. These texts carry no class prefix.
     Uint16* ids = IDs.ids();
     const int count = IDs.count();
-    if (mode != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); }) != 0)
+    // A requested change in its own bracket; a failure ends the request.
+    const auto apply = [](bool requested, const char* failure, auto&& change)
     {
-        throw CIMOperationFailedException("Failed to set port mode");
-    }
-    if (connType != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortConnType(&apiEvent, count, ids, connType); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port connection type");
-    }
-    if (class2 != 0 && QEL_ProviderFrame::serialized(
-                           [&] { return api_setFCPortClass2(&apiEvent, count, ids, class2); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port class2");
-    }
-    if (vcn != 0 && QEL_ProviderFrame::serialized(
-                        [&] { return api_setFCPortVCN(&apiEvent, count, ids, vcn); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port VCN");
-    }
-    if (intCoal != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port interrupt coalesce");
-    }
+        if (requested && QEL_ProviderFrame::serialized(change) != 0)
+        {
+            throw CIMOperationFailedException(failure);
+        }
+    };
+    apply(
+        mode != 0, "Failed to set port mode",
+        [&] { return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); });
+    apply(
+        connType != 0, "Failed to set port connection type",
+        [&] { return api_setFCPortConnType(&apiEvent, count, ids, connType); });
+    apply(
+        class2 != 0, "Failed to set port class2",
+        [&] { return api_setFCPortClass2(&apiEvent, count, ids, class2); });
+    apply(
+        vcn != 0, "Failed to set port VCN",
+        [&] { return api_setFCPortVCN(&apiEvent, count, ids, vcn); });
+    apply(
+        intCoal != 0, "Failed to set port interrupt coalesce",
+        [&] { return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); });
     // Whole gigabits per second by a plain shift: not the inverse of
     // rate_to_bits (1.5 Gbit/s gives 1, 100 Mbit/s gives 0), as intended.
-    if (setSpeed &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port speed");
-    }
+    apply(
+        setSpeed, "Failed to set port speed",
+        [&] { return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); });
 
     IDs.release();
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortProvider::modifyInstance()\n");
