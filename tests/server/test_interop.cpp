@@ -3,20 +3,14 @@
 // each class publishes, how its associations are followed (down to the FC
 // ports in root/qel) and filtered, and what a user the array refuses still
 // sees.
-#include "ServerFixture.h"
+#include "DiscoveryFixture.h"
 
-#include <Server/core/Dispatcher.h>
 #include <Server/core/ProviderRegistry.h>
 #include <Server/interop/InteropFacts.h>
 #include <Server/interop/InteropNamespace.h>
-#include <Server/interop/InteropRegistration.h>
 #include <Server/interop/RegisteredProfiles.h>
 #include <Server/mof/MofCompiler.h>
 #include <Server/repository/ClassRepository.h>
-
-#include <Pegasus/Common/CIMProperty.h>
-
-#include <qelsim_control.h>
 
 #include <set>
 
@@ -26,16 +20,6 @@ using namespace servertest;
 namespace
 {
 
-const CIMNamespaceName interopNs("root/interop");
-const CIMNamespaceName qelNs("root/qel");
-
-std::string value(const CIMInstance& instance, const char* name)
-{
-    Uint32 pos = instance.findProperty(name);
-    return pos == PEG_NOT_FOUND ? "(absent)"
-                                : text(instance.getProperty(pos).getValue().toString());
-}
-
 std::set<std::string> texts(const Array<CIMObjectPath>& paths)
 {
     std::set<std::string> result;
@@ -43,62 +27,6 @@ std::set<std::string> texts(const Array<CIMObjectPath>& paths)
         result.insert(text(paths[i].toString()));
     return result;
 }
-
-class DiscoveryServer : public ServerTest
-{
-protected:
-    void SetUp() override
-    {
-        qelsim::Result loaded = qelsim::loadArrayText(qelsim::demoArrayText());
-        ASSERT_TRUE(loaded.ok) << loaded.error;
-        qelsim::clearFaults();
-        accessPoints = std::make_shared<std::vector<qel::interop::AccessPoint>>();
-        accessPoints->push_back({"http://127.0.0.1:5988", {qel::interop::basicAuthentication()}});
-        qel::interop::InteropOptions options;
-        options.version = "9.8.7";
-        options.accessPoints = [points = accessPoints] { return *points; };
-        builtInProviders = {qel::interop::registration(options)};
-        before = CIMDateTime::getCurrentDateTime();
-        ServerTest::SetUp();
-        after = CIMDateTime::getCurrentDateTime();
-        refused = context;  // alice: no user of the array
-        context = Dispatcher::requestContext("monitor", "192.0.2.7");
-    }
-
-    Array<CIMObjectPath> names(const char* className)
-    {
-        return dispatcher().enumerateInstanceNames(context, interopNs, className);
-    }
-    CIMInstance only(const char* className)
-    {
-        Array<CIMInstance> all = dispatcher().enumerateInstances(context, interopNs, className);
-        EXPECT_EQ(all.size(), 1u) << className;
-        return all.size() ? all[0] : CIMInstance(className);
-    }
-    // The registered profile of this RegisteredName.
-    CIMObjectPath profile(const std::string& name)
-    {
-        const Array<CIMInstance> all =
-            dispatcher().enumerateInstances(context, interopNs, "CIM_RegisteredProfile");
-        for (Uint32 i = 0; i < all.size(); ++i)
-        {
-            if (value(all[i], "RegisteredName") == name)
-                return all[i].getPath();
-        }
-        ADD_FAILURE() << "no registered profile " << name;
-        return CIMObjectPath();
-    }
-    CIMObjectPath objectManager() { return names("CIM_ObjectManager")[0]; }
-    Uint32 namespaceCount() { return server().repository().enumerateNamespaces().size(); }
-    Array<CIMObjectPath> ports()
-    {
-        return dispatcher().enumerateInstanceNames(context, qelNs, "QEL_FCPort");
-    }
-
-    std::shared_ptr<std::vector<qel::interop::AccessPoint>> accessPoints;
-    CIMDateTime before, after;
-    OperationContext refused;
-};
 
 }  // namespace
 
