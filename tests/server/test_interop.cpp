@@ -396,3 +396,40 @@ TEST_F(DiscoveryServer, ObjectsNoAssociationReferencesAnswerNothing)
     EXPECT_EQ(dispatcher().references(context, qelNs, loop).size(), 0u);
     EXPECT_EQ(dispatcher().referenceNames(context, qelNs, loop).size(), 0u);
 }
+
+// The array's port list is read only by the requests that need the ports,
+// once per class of objects they return, and every list goes back.
+TEST_F(DiscoveryServer, ThePortListIsReadOnlyWhereThePortsAreNeeded)
+{
+    const CIMObjectPath fc = profile("FC Target Ports");
+    const CIMObjectPath serverProfile = profile("Server");
+    const CIMObjectPath manager = objectManager();
+    ports();  // the port provider is made and initialized before counting
+    const struct
+    {
+        const char* what;
+        std::function<void()> request;
+        uint64_t listReads;
+    } cases[] = {
+        {"object manager", [&] { only("CIM_ObjectManager"); }, 0},
+        {"server profile's elements",
+         [&] { dispatcher().associators(context, interopNs, serverProfile); }, 0},
+        {"object manager's links", [&] { dispatcher().references(context, interopNs, manager); },
+         0},
+        {"fc profile's element names",
+         [&] { dispatcher().associatorNames(context, interopNs, fc); }, 1},
+        {"fc profile's elements", [&] { dispatcher().associators(context, interopNs, fc); }, 2},
+        {"every conformance",
+         [&]
+         { dispatcher().enumerateInstances(context, interopNs, "CIM_ElementConformsToProfile"); },
+         1},
+    };
+    for (const auto& c : cases)
+    {
+        const qelsim::Counters start = qelsim::counters();
+        c.request();
+        const qelsim::Counters end = qelsim::counters();
+        EXPECT_EQ(end.fcListsHandedOut - start.fcListsHandedOut, c.listReads) << c.what;
+        EXPECT_EQ(qelsim::outstandingFCLists(end), 0u) << c.what;
+    }
+}
