@@ -361,6 +361,12 @@ TEST_F(DiscoveryServer, AUserTheArrayRefusesStillSeesTheServer)
         namespaceCount() + 2);
     EXPECT_EQ(
         dispatcher().enumerateInstances(refused, interopNs, "CIM_RegisteredProfile").size(), 2u);
+    // The object manager's own conformance is found without the ports.
+    const CIMObjectPath conformance = dispatcher().referenceNames(
+        refused, interopNs, objectManager(), "CIM_ElementConformsToProfile")[0];
+    EXPECT_EQ(
+        text(dispatcher().getInstance(refused, interopNs, conformance).getPath().toString()),
+        text(conformance.toString()));
 }
 
 TEST_F(DiscoveryServer, TheNamespaceOnlyTells)

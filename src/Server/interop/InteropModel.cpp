@@ -61,7 +61,8 @@ InteropModel::InteropModel(
 {
 }
 
-std::vector<CIMInstance> InteropModel::instances(const CIMName& className)
+std::vector<CIMInstance>
+InteropModel::instances(const CIMName& className, const CIMObjectPath* near)
 {
     if (named(className, "CIM_ObjectManager"))
         return {objectManager(_scope)};
@@ -72,7 +73,7 @@ std::vector<CIMInstance> InteropModel::instances(const CIMName& className)
     if (named(className, "CIM_RegisteredProfile"))
         return profileInstances(_scope, publishedProfiles(_facts));
     std::vector<CIMInstance> result;
-    for (const Link& link : links(className))
+    for (const Link& link : links(className, near))
         result.push_back(instanceOf(link));
     return result;
 }

@@ -40,8 +40,9 @@ public:
         Pegasus::Boolean includeClassOrigin);
 
     // The instances of exactly this class (one of servedClasses(), else
-    // CIM_ERR_NOT_SUPPORTED).
-    std::vector<Pegasus::CIMInstance> instances(const Pegasus::CIMName& className);
+    // CIM_ERR_NOT_SUPPORTED); `near` as for links().
+    std::vector<Pegasus::CIMInstance>
+    instances(const Pegasus::CIMName& className, const Pegasus::CIMObjectPath* near = nullptr);
 
     // The links of exactly this association class. With `near`, links that
     // cannot reference it may be left out (so that a request about the

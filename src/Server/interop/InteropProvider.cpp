@@ -49,6 +49,19 @@ std::vector<const CIMObjectPath*> associated(
     return result;
 }
 
+// The object the first reference key of a path names; an empty path when
+// it has none.
+CIMObjectPath firstReference(const CIMObjectPath& path)
+{
+    const Array<CIMKeyBinding>& keys = path.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); ++i)
+    {
+        if (keys[i].getType() == CIMKeyBinding::REFERENCE)
+            return CIMObjectPath(keys[i].getValue());
+    }
+    return CIMObjectPath();
+}
+
 }  // namespace
 
 InteropProvider::InteropProvider(ServerFacts facts) : _facts(std::move(facts))
@@ -74,8 +87,11 @@ void InteropProvider::getInstance(
     InstanceResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, includeQualifiers, includeClassOrigin);
+    // An association instance is among the links of either of its ends.
+    const CIMObjectPath end = firstReference(instanceReference);
+    const CIMObjectPath* near = end.getClassName().isNull() ? nullptr : &end;
     handler.processing();
-    for (const CIMInstance& instance : model.instances(instanceReference.getClassName()))
+    for (const CIMInstance& instance : model.instances(instanceReference.getClassName(), near))
     {
         if (sameObject(instanceReference, instance.getPath()))
         {
