@@ -168,10 +168,13 @@ int ServerProcess::stop()
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ServerProcess::url(const std::string& user, const std::string& password) const
+std::string ServerProcess::url(
+    const std::string& user,
+    const std::string& password,
+    const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
-    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/root/qel";
+    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/" + nameSpace;
 }
 
 std::string ServerProcess::log() const

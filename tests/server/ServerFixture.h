@@ -83,6 +83,8 @@ protected:
     // A request of alice from 192.0.2.7.
     Pegasus::OperationContext context;
     std::unique_ptr<LogCapture> log;
+    // Providers compiled into the server, for the next restart().
+    std::vector<std::function<Pegasus::BuiltInProvider(Pegasus::CIMServer&)>> builtInProviders;
 
 private:
     std::unique_ptr<Pegasus::CIMServer> _server;

@@ -75,10 +75,17 @@ TEST_F(AssociationDispatch, ChoiceOfAssociationClasses)
     // A subclass instance is referenced through its parent's association.
     EXPECT_EQ(d.associatorNames(context, ns, item("s1", "Test_SubItem")).size(), 0u);
     EXPECT_EQ(d.references(context, ns, item("a"), "Test_Link").size(), 1u);
-    // Only an association nobody serves references the object.
-    EXPECT_EQ(
-        cimErrorOf([&] { d.associators(context, ns, item("u", "Test_Unserved")); }).getCode(),
-        CIM_ERR_NOT_SUPPORTED);
+    // An object only an association nobody serves references, and one no
+    // association class references at all: every request answers nothing.
+    for (const char* cls : {"Test_Unserved", "Test_Lifecycle"})
+    {
+        SCOPED_TRACE(cls);
+        const CIMObjectPath object = item("u", cls);
+        EXPECT_EQ(d.associators(context, ns, object).size(), 0u);
+        EXPECT_EQ(d.associatorNames(context, ns, object).size(), 0u);
+        EXPECT_EQ(d.references(context, ns, object).size(), 0u);
+        EXPECT_EQ(d.referenceNames(context, ns, object).size(), 0u);
+    }
     for (const auto& call :
          std::vector<std::function<void()>>{
              [&] { d.associators(context, ns, item("a", "Test_Nope")); },

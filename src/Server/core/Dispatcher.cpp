@@ -666,13 +666,10 @@ std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
         }
         return found;
     };
-    std::vector<AssociationTarget> targets = served(classFilter, role);
-    // Filters that rule out every association served for the object leave
-    // nobody to ask: an empty answer, as OpenPegasus gives. None served for
-    // the object at all: the request cannot be answered.
-    if (targets.empty() && served(CIMName(), String()).empty())
-        throw notSupportedForClass(className);
-    return targets;
+    // No association served for the object, or filters that rule out every
+    // one served, leave nobody to ask: an empty answer, as DSP0200 and
+    // OpenPegasus (with its repository as default provider) give.
+    return served(classFilter, role);
 }
 
 Array<CIMObject> Dispatcher::_classObjects(

@@ -12,9 +12,8 @@
 //   unknown method                       CIM_ERR_METHOD_NOT_FOUND
 //   no provider for the operation        CIM_ERR_NOT_SUPPORTED
 //                                        (InvokeMethod: CIM_ERR_METHOD_NOT_AVAILABLE;
-//                                        associations: when none serves the
-//                                        object, while filters that rule out
-//                                        every one served answer nothing)
+//                                        associations of an object no served
+//                                        association references: an empty answer)
 //   provider's CIMException              its code and message
 //   provider's other exceptions          CIM_ERR_FAILED with their text
 //
@@ -174,7 +173,7 @@ public:
     // Association operations. An objectName with key bindings is an
     // instance request, answered by the association providers registered
     // for the association classes that can reference the object's class
-    // (filters that leave none of them: an empty answer, as OpenPegasus gives);
+    // (none, or filters that leave none of them: an empty answer);
     // one without keys is a class request, answered from the repository.
     Array<CIMObject> associators(
         const OperationContext& context,

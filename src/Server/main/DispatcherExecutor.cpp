@@ -1,5 +1,7 @@
 #include "DispatcherExecutor.h"
 
+#include <Server/interop/InteropNamespace.h>
+
 #include <Pegasus/Common/CIMStatusCode.h>
 
 #include <exception>
@@ -46,7 +48,8 @@ void DispatcherExecutor::execute(
 void DispatcherExecutor::run(const CimRequest& r, const OperationContext& ctx, CimResponse& out)
 {
     Dispatcher& d = _dispatcher;
-    const CIMNamespaceName& ns = r.nameSpace;
+    // Clients may name the discovery namespace by its short alias.
+    const CIMNamespaceName ns = interop::resolveNamespaceAlias(r.nameSpace);
     switch (r.operation)
     {
         case Operation::GetClass:

@@ -6,8 +6,11 @@
 #include <Server/clienttransport/InstallTransports.h>
 #include <Server/core/ThreadPool.h>
 #include <Server/http/CimHttpService.h>
+#include <Server/interop/InteropRegistration.h>
 
 #include <Pegasus/Client/ClientTransport.h>
+
+#include <mutex>
 
 namespace qel
 {
@@ -23,6 +26,11 @@ struct WireServer::Parts
     std::unique_ptr<http::HttpServer> http;
     Pegasus::LocalTransportFactory previousLocal;
     bool installedLocal = false;
+
+    // Where clients reach the server, for the discovery provider: known once
+    // the listeners run, read by request threads.
+    std::mutex accessMutex;
+    std::vector<interop::AccessPoint> accessPoints;  // guarded by accessMutex
 };
 
 WireServer::WireServer(WireServerOptions options) : _options(std::move(options))
@@ -46,6 +54,15 @@ void WireServer::start()
     Pegasus::CIMServerOptions coreOptions = _options.core;
     if (_options.localCallsOverSocket)
         coreOptions.installLocalTransport = false;
+    // The parts outlive every request: the core stops before they go.
+    Parts* published = parts.get();
+    interop::InteropOptions discovery;
+    discovery.accessPoints = [published]()
+    {
+        std::lock_guard<std::mutex> lock(published->accessMutex);
+        return published->accessPoints;
+    };
+    coreOptions.builtInProviders.push_back(interop::registration(discovery));
     _core = std::make_unique<Pegasus::CIMServer>(coreOptions);
     _core->start();
 
@@ -64,6 +81,15 @@ void WireServer::start()
             [localPool](std::function<void()> job) { return localPool->submit(std::move(job)); });
         parts->http = std::make_unique<http::HttpServer>(_options.http, *parts->service);
         parts->http->start();
+        if (_options.http.port >= 0)
+        {
+            std::lock_guard<std::mutex> lock(parts->accessMutex);
+            const std::string& host = _options.http.bindAddress;
+            parts->accessPoints.push_back(interop::AccessPoint{
+                "http://" + (host.find(':') == std::string::npos ? host : "[" + host + "]") + ":" +
+                    std::to_string(parts->http->tcpPort()),
+                {interop::basicAuthentication()}});
+        }
         if (_options.localCallsOverSocket && !_options.http.socketPath.empty())
         {
             client::installLocalTransport(_options.http.socketPath);
