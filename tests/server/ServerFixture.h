@@ -76,7 +76,8 @@ protected:
     // Starts with `extraMof` compiled after the standard files.
     void restart(const std::vector<std::string>& extraMof = {});
 
-    Pegasus::Dispatcher& dispatcher() { return _server->dispatcher(); }
+    // The server as a provider's CIMOMHandle reaches it.
+    Pegasus::CIMOMHandle cimom() { return _server->handle(); }
     Pegasus::CIMServer& server() { return *_server; }
 
     static const Pegasus::CIMNamespaceName ns;
