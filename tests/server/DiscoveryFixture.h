@@ -59,12 +59,12 @@ protected:
 
     Pegasus::Array<Pegasus::CIMObjectPath> names(const char* className)
     {
-        return dispatcher().enumerateInstanceNames(context, interopNs, className);
+        return calls().enumerateInstanceNames(context, interopNs, className);
     }
     Pegasus::CIMInstance only(const char* className)
     {
         Pegasus::Array<Pegasus::CIMInstance> all =
-            dispatcher().enumerateInstances(context, interopNs, className);
+            calls().enumerateInstances(context, interopNs, className);
         EXPECT_EQ(all.size(), 1u) << className;
         return all.size() ? all[0] : Pegasus::CIMInstance(className);
     }
@@ -72,7 +72,7 @@ protected:
     Pegasus::CIMObjectPath profile(const std::string& name)
     {
         const Pegasus::Array<Pegasus::CIMInstance> all =
-            dispatcher().enumerateInstances(context, interopNs, "CIM_RegisteredProfile");
+            calls().enumerateInstances(context, interopNs, "CIM_RegisteredProfile");
         for (Pegasus::Uint32 i = 0; i < all.size(); ++i)
         {
             if (value(all[i], "RegisteredName") == name)
@@ -85,7 +85,7 @@ protected:
     Pegasus::Uint32 namespaceCount() { return server().repository().enumerateNamespaces().size(); }
     Pegasus::Array<Pegasus::CIMObjectPath> ports()
     {
-        return dispatcher().enumerateInstanceNames(context, qelNs, "QEL_FCPort");
+        return calls().enumerateInstanceNames(context, qelNs, "QEL_FCPort");
     }
 
     std::shared_ptr<std::vector<qel::interop::AccessPoint>> accessPoints;

@@ -105,14 +105,14 @@ TEST_F(DiscoveryServer, EveryClassPublishesItsInstances)
         SCOPED_TRACE(c.className);
         const Array<CIMObjectPath> paths = names(c.className);
         const Array<CIMInstance> instances =
-            dispatcher().enumerateInstances(context, interopNs, c.className);
+            calls().enumerateInstances(context, interopNs, c.className);
         ASSERT_EQ(paths.size(), c.count);
         ASSERT_EQ(instances.size(), c.count);
         for (Uint32 i = 0; i < c.count; ++i)
         {
             EXPECT_EQ(text(instances[i].getPath().toString()), text(paths[i].toString()));
             // Every name leads back to its instance.
-            CIMInstance again = dispatcher().getInstance(context, interopNs, paths[i]);
+            CIMInstance again = calls().getInstance(context, interopNs, paths[i]);
             EXPECT_EQ(text(again.getPath().toString()), text(paths[i].toString()));
             EXPECT_EQ(again.getPropertyCount(), instances[i].getPropertyCount());
         }
@@ -152,7 +152,7 @@ TEST_F(DiscoveryServer, TheObjectManagerDescribesTheRunningServer)
         expected.insert(text(all[i].getString()));
     std::set<std::string> published;
     const Array<CIMInstance> namespaces =
-        dispatcher().enumerateInstances(context, interopNs, "CIM_Namespace");
+        calls().enumerateInstances(context, interopNs, "CIM_Namespace");
     for (Uint32 i = 0; i < namespaces.size(); ++i)
     {
         published.insert(value(namespaces[i], "Name"));
@@ -176,7 +176,7 @@ TEST_F(DiscoveryServer, CommunicationMechanismsFollowTheAccessPoints)
     {
         SCOPED_TRACE(points.size());
         *accessPoints = points;
-        const Array<CIMInstance> mechanisms = dispatcher().enumerateInstances(
+        const Array<CIMInstance> mechanisms = calls().enumerateInstances(
             context, interopNs, "CIM_ObjectManagerCommunicationMechanism");
         ASSERT_EQ(mechanisms.size(), points.size());
         EXPECT_EQ(names("CIM_CommMechanismForManager").size(), points.size());
@@ -193,7 +193,7 @@ TEST_F(DiscoveryServer, CommunicationMechanismsFollowTheAccessPoints)
         }
     }
     const CIMInstance tls =
-        dispatcher().enumerateInstances(context, interopNs, "CIM_CIMXMLCommunicationMechanism")[1];
+        calls().enumerateInstances(context, interopNs, "CIM_CIMXMLCommunicationMechanism")[1];
     EXPECT_EQ(value(tls, "AuthenticationMechanismsSupported"), "3 1 ");
     EXPECT_EQ(value(tls, "AuthenticationMechanismDescriptions"), "Basic TLS client certificate ");
 }
@@ -210,7 +210,7 @@ TEST_F(DiscoveryServer, ProfilesCarryTheirOrganisationNameAndVersion)
     };
     for (const auto& c : cases)
     {
-        const CIMInstance p = dispatcher().getInstance(context, interopNs, profile(c.name));
+        const CIMInstance p = calls().getInstance(context, interopNs, profile(c.name));
         EXPECT_EQ(value(p, "InstanceID"), c.instanceId);
         EXPECT_EQ(value(p, "RegisteredOrganization"), "11");  // SNIA
         EXPECT_EQ(value(p, "RegisteredVersion"), "1.7.0");
@@ -226,11 +226,11 @@ TEST_F(DiscoveryServer, AClientFollowsTheFCPortProfileDownToThePorts)
 {
     const CIMObjectPath fc = profile("FC Target Ports");
     const Array<CIMObjectPath> conforming =
-        dispatcher().associatorNames(context, interopNs, fc, "CIM_ElementConformsToProfile");
+        calls().associatorNames(context, interopNs, fc, "CIM_ElementConformsToProfile");
     EXPECT_EQ(texts(conforming), texts(ports()));  // in root/qel, not the loop views
 
     const Array<CIMObject> objects =
-        dispatcher().associators(context, interopNs, fc, "CIM_ElementConformsToProfile");
+        calls().associators(context, interopNs, fc, "CIM_ElementConformsToProfile");
     ASSERT_EQ(objects.size(), conforming.size());
     for (Uint32 i = 0; i < objects.size(); ++i)
     {
@@ -241,12 +241,12 @@ TEST_F(DiscoveryServer, AClientFollowsTheFCPortProfileDownToThePorts)
         EXPECT_NE(value(port, "PermanentAddress"), "(absent)");
         // The path leads to the same port in its own namespace.
         EXPECT_EQ(
-            value(dispatcher().getInstance(context, qelNs, port.getPath()), "DeviceID"),
+            value(calls().getInstance(context, qelNs, port.getPath()), "DeviceID"),
             value(port, "DeviceID"));
     }
     // The links themselves name the profile and each port.
     const Array<CIMObject> links =
-        dispatcher().references(context, interopNs, fc, "CIM_ElementConformsToProfile");
+        calls().references(context, interopNs, fc, "CIM_ElementConformsToProfile");
     ASSERT_EQ(links.size(), conforming.size());
     std::set<std::string> elements;
     for (Uint32 i = 0; i < links.size(); ++i)
@@ -259,7 +259,7 @@ TEST_F(DiscoveryServer, AClientFollowsTheFCPortProfileDownToThePorts)
 
     // The Server profile leads to the object manager.
     EXPECT_EQ(
-        texts(dispatcher().associatorNames(
+        texts(calls().associatorNames(
             context, interopNs, profile("Server"), "CIM_ElementConformsToProfile")),
         texts(Array<CIMObjectPath>(1, objectManager())));
 }
@@ -311,7 +311,7 @@ TEST_F(DiscoveryServer, FiltersNarrowAssociationsAsForAnyOther)
             EXPECT_EQ(
                 cimErrorOf(
                     [&] {
-                        dispatcher().associatorNames(
+                        calls().associatorNames(
                             context, interopNs, c.object, assocClass, resultClass);
                     })
                     .getCode(),
@@ -319,13 +319,13 @@ TEST_F(DiscoveryServer, FiltersNarrowAssociationsAsForAnyOther)
             continue;
         }
         EXPECT_EQ(
-            dispatcher()
+            calls()
                 .associatorNames(
                     context, interopNs, c.object, assocClass, resultClass, c.role, c.resultRole)
                 .size(),
             c.associated);
         EXPECT_EQ(
-            dispatcher().referenceNames(context, interopNs, c.object, assocClass, c.role).size(),
+            calls().referenceNames(context, interopNs, c.object, assocClass, c.role).size(),
             c.referencing);
     }
 }
@@ -337,35 +337,31 @@ TEST_F(DiscoveryServer, AUserTheArrayRefusesStillSeesTheServer)
 {
     EXPECT_EQ(
         cimErrorOf(
-            [&] {
-                dispatcher().enumerateInstances(refused, interopNs, "CIM_ElementConformsToProfile");
-            })
+            [&] { calls().enumerateInstances(refused, interopNs, "CIM_ElementConformsToProfile"); })
             .getCode(),
         CIM_ERR_ACCESS_DENIED);
     EXPECT_EQ(
         cimErrorOf(
             [&]
             {
-                dispatcher().associatorNames(
+                calls().associatorNames(
                     refused, interopNs, profile("FC Target Ports"), "CIM_ElementConformsToProfile");
             })
             .getCode(),
         CIM_ERR_ACCESS_DENIED);
     EXPECT_EQ(
-        dispatcher()
+        calls()
             .associatorNames(refused, interopNs, profile("Server"), "CIM_ElementConformsToProfile")
             .size(),
         1u);
     EXPECT_EQ(
-        dispatcher().referenceNames(refused, interopNs, objectManager()).size(),
-        namespaceCount() + 2);
-    EXPECT_EQ(
-        dispatcher().enumerateInstances(refused, interopNs, "CIM_RegisteredProfile").size(), 2u);
+        calls().referenceNames(refused, interopNs, objectManager()).size(), namespaceCount() + 2);
+    EXPECT_EQ(calls().enumerateInstances(refused, interopNs, "CIM_RegisteredProfile").size(), 2u);
     // The object manager's own conformance is found without the ports.
-    const CIMObjectPath conformance = dispatcher().referenceNames(
+    const CIMObjectPath conformance = calls().referenceNames(
         refused, interopNs, objectManager(), "CIM_ElementConformsToProfile")[0];
     EXPECT_EQ(
-        text(dispatcher().getInstance(refused, interopNs, conformance).getPath().toString()),
+        text(calls().getInstance(refused, interopNs, conformance).getPath().toString()),
         text(conformance.toString()));
 }
 
@@ -373,9 +369,9 @@ TEST_F(DiscoveryServer, TheNamespaceOnlyTells)
 {
     const CIMInstance manager = only("CIM_ObjectManager");
     const std::vector<std::function<void()>> changes = {
-        [&] { dispatcher().modifyInstance(context, interopNs, manager); },
-        [&] { dispatcher().deleteInstance(context, interopNs, manager.getPath()); },
-        [&] { dispatcher().createInstance(context, interopNs, manager); },
+        [&] { calls().modifyInstance(context, interopNs, manager); },
+        [&] { calls().deleteInstance(context, interopNs, manager.getPath()); },
+        [&] { calls().createInstance(context, interopNs, manager); },
     };
     for (const auto& change : changes)
     {
@@ -387,7 +383,7 @@ TEST_F(DiscoveryServer, TheNamespaceOnlyTells)
     }
     const CIMObjectPath missing("CIM_RegisteredProfile.InstanceID=\"QEL:SNIA:Array:1.7.0\"");
     EXPECT_EQ(
-        cimErrorOf([&] { dispatcher().getInstance(context, interopNs, missing); }).getCode(),
+        cimErrorOf([&] { calls().getInstance(context, interopNs, missing); }).getCode(),
         CIM_ERR_NOT_FOUND);
 }
 
@@ -395,12 +391,11 @@ TEST_F(DiscoveryServer, TheNamespaceOnlyTells)
 // port's loop view is referenced by no served association.
 TEST_F(DiscoveryServer, ObjectsNoAssociationReferencesAnswerNothing)
 {
-    const CIMObjectPath loop =
-        dispatcher().enumerateInstanceNames(context, qelNs, "QEL_FCALPort")[0];
-    EXPECT_EQ(dispatcher().associators(context, qelNs, loop).size(), 0u);
-    EXPECT_EQ(dispatcher().associatorNames(context, qelNs, loop).size(), 0u);
-    EXPECT_EQ(dispatcher().references(context, qelNs, loop).size(), 0u);
-    EXPECT_EQ(dispatcher().referenceNames(context, qelNs, loop).size(), 0u);
+    const CIMObjectPath loop = calls().enumerateInstanceNames(context, qelNs, "QEL_FCALPort")[0];
+    EXPECT_EQ(calls().associators(context, qelNs, loop).size(), 0u);
+    EXPECT_EQ(calls().associatorNames(context, qelNs, loop).size(), 0u);
+    EXPECT_EQ(calls().references(context, qelNs, loop).size(), 0u);
+    EXPECT_EQ(calls().referenceNames(context, qelNs, loop).size(), 0u);
 }
 
 // The array's port list is read only by the requests that need the ports,
@@ -419,15 +414,12 @@ TEST_F(DiscoveryServer, ThePortListIsReadOnlyWhereThePortsAreNeeded)
     } cases[] = {
         {"object manager", [&] { only("CIM_ObjectManager"); }, 0},
         {"server profile's elements",
-         [&] { dispatcher().associators(context, interopNs, serverProfile); }, 0},
-        {"object manager's links", [&] { dispatcher().references(context, interopNs, manager); },
-         0},
-        {"fc profile's element names",
-         [&] { dispatcher().associatorNames(context, interopNs, fc); }, 1},
-        {"fc profile's elements", [&] { dispatcher().associators(context, interopNs, fc); }, 2},
+         [&] { calls().associators(context, interopNs, serverProfile); }, 0},
+        {"object manager's links", [&] { calls().references(context, interopNs, manager); }, 0},
+        {"fc profile's element names", [&] { calls().associatorNames(context, interopNs, fc); }, 1},
+        {"fc profile's elements", [&] { calls().associators(context, interopNs, fc); }, 2},
         {"every conformance",
-         [&]
-         { dispatcher().enumerateInstances(context, interopNs, "CIM_ElementConformsToProfile"); },
+         [&] { calls().enumerateInstances(context, interopNs, "CIM_ElementConformsToProfile"); },
          1},
     };
     for (const auto& c : cases)

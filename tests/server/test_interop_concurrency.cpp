@@ -36,7 +36,7 @@ TEST_F(DiscoveryServer, ManyRequestsAtOnceShareOneProvider)
                     Uint32 got = 0, expected = 0;
                     if ((t + round) % 2 == 0)
                     {
-                        got = dispatcher()
+                        got = calls()
                                   .associatorNames(
                                       context, interopNs, fc, "CIM_ElementConformsToProfile")
                                   .size();
@@ -44,7 +44,7 @@ TEST_F(DiscoveryServer, ManyRequestsAtOnceShareOneProvider)
                     }
                     else
                     {
-                        got = dispatcher()
+                        got = calls()
                                   .enumerateInstances(
                                       context, interopNs, "CIM_ElementConformsToProfile")
                                   .size();

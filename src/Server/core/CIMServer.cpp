@@ -119,6 +119,13 @@ Dispatcher& CIMServer::dispatcher()
     return *_dispatcher;
 }
 
+CIMOMHandle CIMServer::handle()
+{
+    if (!_handleRep)
+        throw Exception("The CIM server is not running.");
+    return CIMOMHandle(std::shared_ptr<CIMOMHandleRep>(_handleRep));
+}
+
 const ClassRepository& CIMServer::repository() const
 {
     if (!_repository)

@@ -8,6 +8,7 @@
 // A front-end (HTTP, Unix socket) decodes a request, builds its context with
 // Dispatcher::requestContext(user, client address) and runs it on the pool
 // with submit(); or calls the dispatcher directly on a thread of its own.
+// In process, handle() reaches the server as a provider's CIMOMHandle does.
 #ifndef QEL_Server_CIMServer_h
 #define QEL_Server_CIMServer_h
 
@@ -16,6 +17,7 @@
 
 #include <Pegasus/Client/ClientTransport.h>
 #include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Provider/CIMOMHandle.h>
 
 #include <atomic>
 #include <functional>
@@ -77,6 +79,8 @@ public:
 
     // Valid while running.
     Dispatcher& dispatcher();
+    // A handle on this server, as its providers get one.
+    CIMOMHandle handle();
     const ClassRepository& repository() const;
     const ProviderRegistry& registry() const;
     ProviderManager& providers();

@@ -180,7 +180,7 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
         return;
     }
     r.operation = def->operation;
-    r.applyDefaults();
+    applyDefaults(r);
     const std::vector<pugi::xml_node> children = elementChildren(call);
     size_t i = 0;
     while (i < children.size() && is(children[i], "CORRELATOR"))
@@ -331,22 +331,22 @@ void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p)
 
 }  // namespace
 
-void CimRequest::applyDefaults()
+void applyDefaults(CimRequest& r)
 {
-    const OperationSpec& def = specOf(operation);
+    const OperationSpec& def = specOf(r.operation);
     for (size_t i = 0; i < def.paramCount; ++i)
     {
         const ParamSpec& p = def.params[i];
         if (p.kind != ParamKind::Boolean)
             continue;
         if (p.param == Param::LocalOnly)
-            localOnly = p.booleanDefault;
+            r.localOnly = p.booleanDefault;
         else if (p.param == Param::DeepInheritance)
-            deepInheritance = p.booleanDefault;
+            r.deepInheritance = p.booleanDefault;
         else if (p.param == Param::IncludeQualifiers)
-            includeQualifiers = p.booleanDefault;
+            r.includeQualifiers = p.booleanDefault;
         else if (p.param == Param::IncludeClassOrigin)
-            includeClassOrigin = p.booleanDefault;
+            r.includeClassOrigin = p.booleanDefault;
     }
 }
 
