@@ -75,8 +75,9 @@ configure_file(${PROJECT_SOURCE_DIR}/packaging/qel-cimserver.conf.in
   ${PROJECT_BINARY_DIR}/packaging/qel-cimserver.conf @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/packaging/qel-cimserver.conf
   DESTINATION ${QEL_INSTALL_DATADIR} RENAME qel-cimserver.conf.example)
+# The FULL form: GNUInstallDirs puts the configuration of a /usr installation in /etc.
 install(FILES ${PROJECT_BINARY_DIR}/packaging/qel-cimserver.conf
-  DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/qel-cimserver)
+  DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/qel-cimserver)
 
 # The systemd unit.
 configure_file(${PROJECT_SOURCE_DIR}/packaging/qel-cimserver.service.in

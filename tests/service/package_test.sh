@@ -40,8 +40,9 @@ field() { dpkg-deb -f "$deb" "$1"; }
 [ "$(field Architecture)" = "$(dpkg --print-architecture)" ] || fail "Architecture: $(field Architecture)"
 depends=$(field Depends)
 echo "   Depends: $depends"
+names=$(tr ',' '\n' <<<"$depends" | sed 's/^ *//; s/[ (].*//')
 for d in adduser libc6 libstdc++6 libgcc-s1 libsystemd0 libcrypt1 libpugixml1v5; do
-  grep -qE "(^|, )$d( |,|$)" <<<"$depends" || fail "Depends lacks $d: $depends"
+  grep -qxF "$d" <<<"$names" || fail "Depends lacks $d: $depends"
 done
 if grep -qiE 'peg|qel' <<<"$depends"; then
   fail "Depends names the package's own private libraries: $depends"
@@ -86,12 +87,14 @@ done
 step "the unpacked tree runs where it is"
 dpkg-deb -x "$deb" "$work/root"
 while IFS= read -r -d '' f; do
-  head -c 4 "$f" | grep -q ELF || continue
-  if env -u LD_LIBRARY_PATH ldd "$f" | grep -q 'not found'; then
-    fail "/${f#"$work/root/"}: $(env -u LD_LIBRARY_PATH ldd "$f" | grep 'not found' | head -n 1)"
+  [ "$(head -c 4 "$f" | tr -d '\177')" = ELF ] || continue
+  libraries=$(env -u LD_LIBRARY_PATH ldd "$f")
+  if grep -q 'not found' <<<"$libraries"; then
+    fail "/${f#"$work/root/"}: $(grep 'not found' <<<"$libraries")"
   fi
 done < <(find "$work/root" -type f -print0)
-"$work/root/usr/sbin/qel-cimserver" --help | grep -q '^SYNOPSIS' || fail "qel-cimserver --help"
+help=$("$work/root/usr/sbin/qel-cimserver" --help) || fail "qel-cimserver --help failed"
+grep -q '^SYNOPSIS' <<<"$help" || fail "qel-cimserver --help: $help"
 settings=$("$work/root/usr/sbin/qel-cimserver" --config "$work/root/etc/qel-cimserver/qel-cimserver.conf" \
   --print-config) || fail "the packaged configuration does not load"
 grep -qE "^password-file = /etc/qel-cimserver/passwd +# $work/root/etc/qel-cimserver/qel-cimserver.conf:[0-9]+$" \
