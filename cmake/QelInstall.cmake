@@ -61,7 +61,7 @@ install(FILES
   DESTINATION ${QEL_INSTALL_CMAKEDIR})
 
 # pkg-config: paths relative to the .pc file itself, so a staged tree works too.
-qel_relative_path(QEL_PC_TO_PREFIX "${CMAKE_INSTALL_LIBDIR}/pkgconfig" ".")
+qel_relative_path(QEL_PC_TO_PREFIX "${CMAKE_INSTALL_LIBDIR}/pkgconfig" "")
 configure_file(${PROJECT_SOURCE_DIR}/packaging/qel-pegasus.pc.in
   ${PROJECT_BINARY_DIR}/packaging/qel-pegasus.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/packaging/qel-pegasus.pc

@@ -24,6 +24,7 @@ set(QEL_SYSTEMD_UNITDIR "lib/systemd/system" CACHE STRING
 # "a/b" relative to "c/d" (both under the prefix): what $ORIGIN-relative paths need.
 function(qel_relative_path out from to)
   file(RELATIVE_PATH rel "${CMAKE_INSTALL_PREFIX}/${from}" "${CMAKE_INSTALL_PREFIX}/${to}")
+  string(REGEX REPLACE "/$" "" rel "${rel}")
   if(rel STREQUAL "")
     set(rel ".")
   endif()

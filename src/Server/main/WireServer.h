@@ -47,7 +47,7 @@ public:
     // Re-reads what an administrator may change while the server runs, without dropping a
     // connection: the password file. What cannot be loaded is logged as an error and its
     // previous version stays in use. False when anything failed (or the server is stopped).
-    // REQUIRES: called from one thread at a time, between start() and stop().
+    // REQUIRES: not called concurrently with start() or stop() (requests may run).
     bool reload();
 
     unsigned short tcpPort() const;
