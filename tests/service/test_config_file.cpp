@@ -203,14 +203,4 @@ TEST_F(ConfigFileOnDiskTest, FilesThatCannotBeReadAreRefusedByName)
         EXPECT_EQ(errorReading(c.path, c.required), c.error) << c.what;
 }
 
-TEST_F(ConfigFileOnDiskTest, NotesWhetherTheFileWasThere)
-{
-    ServerCommandLine settings;
-    readConfigFile(write("a.conf", "port = 8\n"), true, settings);
-    EXPECT_TRUE(settings.configFileFound);
-    EXPECT_EQ(settings.server.http.port, 8);
-    readConfigFile(_dir + "/missing.conf", false, settings);
-    EXPECT_FALSE(settings.configFileFound);
-}
-
 }  // namespace

@@ -41,14 +41,6 @@ TEST(LogTargetTest, AutoFollowsWhereTheServerRuns)
         EXPECT_EQ(resolveLogTarget(c.wanted, around), c.resolved)
             << logTargetName(c.wanted) << " terminal=" << c.terminal << " journal=" << c.journal;
     }
-    for (const char* name : {"auto", "stderr", "journal", "syslog"})
-    {
-        LogTarget t = LogTarget::Auto;
-        EXPECT_TRUE(parseLogTarget(name, t));
-        EXPECT_STREQ(logTargetName(t), name);
-    }
-    LogTarget t = LogTarget::Auto;
-    EXPECT_FALSE(parseLogTarget("Journal", t));
 }
 
 TEST(AccessLogTest, WrittenWhenOnAndInfoLinesPass)
