@@ -96,28 +96,36 @@ void CimHttpService::handle(
     std::shared_ptr<ConnectionInfo> connection,
     std::function<void(HttpResponse)> done)
 {
+    AccessRecord access;
+    access.arrived = std::chrono::system_clock::now();
+    access.started = std::chrono::steady_clock::now();
+    access.client = connection->clientAddress;
     // Password hashing and the operation itself are slow: both run on a worker.
-    auto job = [this, request = std::move(request), connection, done]()
+    auto job = [this, request = std::move(request), connection, done, access]() mutable
     {
         cimxml::CimResponse result;
         HttpResponse response;
         try
         {
-            response = process(request, *connection, result);
+            response = process(request, *connection, result, access);
         }
         catch (const std::exception& e)
         {
             ServerLog::error(std::string("request failed unexpectedly: ") + e.what());
             response = HttpResponse::text(500, "internal server error");
         }
+        describeOutcome(access, response, result, std::chrono::steady_clock::now());
         done(std::move(response));
+        writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
     if (!workers(job))
     {
         HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
         busy.close = true;
+        describeOutcome(access, busy, cimxml::CimResponse(), std::chrono::steady_clock::now());
         done(std::move(busy));
+        writeAccessLog(access);
     }
 }
 
@@ -170,13 +178,15 @@ bool CimHttpService::authenticate(
 HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection)
 {
     cimxml::CimResponse result;
-    return process(request, connection, result);
+    AccessRecord access;
+    return process(request, connection, result, access);
 }
 
 HttpResponse CimHttpService::process(
     const HttpRequest& request,
     ConnectionInfo& connection,
-    cimxml::CimResponse& response)
+    cimxml::CimResponse& response,
+    AccessRecord& access)
 {
     const bool mpost = request.method == "M-POST";
     if (request.method != "POST" && !mpost)
@@ -193,6 +203,7 @@ HttpResponse CimHttpService::process(
     HttpResponse refusal;
     if (!authenticate(request, connection, who, refusal))
         return refusal;
+    access.user = who.user;
 
     std::string prefix;
     if (mpost && !mpostPrefix(request, prefix))
@@ -230,6 +241,7 @@ HttpResponse CimHttpService::process(
         return cimError(e.httpStatus(), e.cimError(), e.what());
     }
     const cimxml::CimRequest& cim = decoded.request;
+    describeRequest(access, cim);
     if (!cimxml::cimMethodMatches(cimHeader("CIMMethod"), cim))
         return cimError(
             400, "header-mismatch", "CIMMethod header does not match the method in the body");
@@ -244,11 +256,6 @@ HttpResponse CimHttpService::process(
         response.setError(decoded.error);
     else
         _executor.execute(cim, who, response);
-    if (response.failed && response.error.getCode() != CIM_ERR_NOT_FOUND)
-        ServerLog::info(
-            who.user + "@" + who.clientAddress + " " + cimxml::toUtf8(cim.methodName) + ": " +
-            cimStatusCodeToString(response.error.getCode()) + " " +
-            cimxml::toUtf8(response.error.getMessage()));
 
     HttpResponse out;
     out.status = 200;

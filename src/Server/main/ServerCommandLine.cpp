@@ -1,8 +1,9 @@
 #include "ServerCommandLine.h"
 
+#include "ConfigFile.h"
+
 #include <cerrno>
 #include <cstdlib>
-#include <sstream>
 
 namespace qel
 {
@@ -36,52 +37,114 @@ Pegasus::LogLevel logLevel(const std::string& text)
     throw CommandLineError("expected error, warning, info or trace, got \"" + text + "\"");
 }
 
+// A switch's value in the configuration file.
+bool parseYesNo(const std::string& text, bool& on)
+{
+    if (text == "yes" || text == "true")
+        on = true;
+    else if (text == "no" || text == "false")
+        on = false;
+    else
+        return false;
+    return true;
+}
+
+bool yesNo(const std::string& text)
+{
+    bool on = false;
+    if (!parseYesNo(text, on))
+        throw CommandLineError("expected yes or no, got \"" + text + "\"");
+    return on;
+}
+
 using S = ServerCommandLine;
+using Shown = std::vector<std::string>;
+
+Shown one(const std::string& value)
+{
+    return {value};
+}
+
+Shown switchValue(bool on)
+{
+    return {on ? "yes" : "no"};
+}
+
+// Repeatable options that hold a list of paths.
+void addTo(std::vector<std::string>& list, const std::string& value, bool first)
+{
+    if (first)
+        list.clear();
+    list.push_back(value);
+}
 
 const std::vector<ServerOption> kOptions = {
+    {"config", "FILE",
+     "configuration file to read (default: the installed one, if there;\n"
+     "'none' = read no file); the command line wins over it",
+     false, [](S& s, const std::string& v, bool) { s.configFile = v == "none" ? "" : v; }, nullptr,
+     true},
+    {"print-config", nullptr,
+     "print the settings in effect, each with where it came from, and exit", false,
+     [](S& s, const std::string&, bool) { s.printConfig = true; }, nullptr, true},
     {"port", "N",
      "TCP port for CIM-XML over HTTP (default 5988; 0 = any free port;\n'none' = no TCP listener)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); }},
+     { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
+     [](const S& s)
+     { return one(s.server.http.port < 0 ? "none" : std::to_string(s.server.http.port)); }},
     {"bind", "ADDRESS", "address to listen on (default 127.0.0.1)", false,
-     [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; }},
+     [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; },
+     [](const S& s) { return one(s.server.http.bindAddress); }},
     {"socket", "PATH",
      "local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
      "/var/tmp/cimxml.socket; 'none' = no local socket)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.socketPath = v == "none" ? std::string() : v; }},
+     { s.server.http.socketPath = v == "none" ? std::string() : v; },
+     [](const S& s)
+     { return one(s.server.http.socketPath.empty() ? "none" : s.server.http.socketPath); }},
     {"schema", "FILE", "MOF file to compile at start (repeatable; default: the built-in schema)",
+     true, [](S& s, const std::string& v, bool first) { addTo(s.server.core.mofFiles, v, first); },
+     [](const S& s) { return s.server.core.mofFiles; }},
+    {"provider-dir", "DIR",
+     "where provider libraries are looked for (repeatable); every registered\n"
+     "module must be in one of them",
      true,
      [](S& s, const std::string& v, bool first)
-     {
-         if (first)
-             s.server.core.mofFiles.clear();
-         s.server.core.mofFiles.push_back(v);
-     }},
-    {"provider-dir", "DIR", "where provider libraries are looked for (repeatable)", true,
-     [](S& s, const std::string& v, bool first)
-     {
-         if (first)
-             s.server.core.providerDirectories.clear();
-         s.server.core.providerDirectories.push_back(v);
-     }},
+     { addTo(s.server.core.providerDirectories, v, first); },
+     [](const S& s) { return s.server.core.providerDirectories; }},
     {"password-file", "FILE", "users and password hashes (see qel-passwd)", false,
-     [](S& s, const std::string& v, bool) { s.server.passwordFile = v; }},
+     [](S& s, const std::string& v, bool) { s.server.passwordFile = v; },
+     [](const S& s) { return one(s.server.passwordFile); }},
     {"array", "FILE", "simulated array description (sets QELSIM_ARRAY)", false,
-     [](S& s, const std::string& v, bool) { s.arrayFile = v; }},
+     [](S& s, const std::string& v, bool) { s.arrayFile = v; },
+     [](const S& s) { return one(s.arrayFile); }},
+    {"array-state", "FILE",
+     "the simulated array's live state (sets QELSIM_STATE; default: the\n"
+     "simulator's own, under $TMPDIR; 'none' = in memory only)",
+     false, [](S& s, const std::string& v, bool) { s.arrayState = v; },
+     [](const S& s) { return one(s.arrayState); }},
     {"demo", nullptr, "create a password for every user of the simulated array and print them",
-     false, [](S& s, const std::string&, bool) { s.demo = true; }},
+     false, [](S& s, const std::string&, bool) { s.demo = true; },
+     [](const S& s) { return switchValue(s.demo); }},
     {"workers", "N", "request threads (default 8)", false,
      [](S& s, const std::string& v, bool)
-     { s.server.core.workerThreads = static_cast<unsigned>(number(v, 1, 1024)); }},
+     { s.server.core.workerThreads = static_cast<unsigned>(number(v, 1, 1024)); },
+     [](const S& s) { return one(std::to_string(s.server.core.workerThreads)); }},
     {"max-body", "BYTES", "largest request body accepted (default 16 MiB)", false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); }},
+     { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxBodyBytes)); }},
     {"read-timeout", "SECS", "time allowed for a request to arrive (default 30)", false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); }},
+     { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.readTimeout).count()));
+     }},
     {"local-calls", "MODE",
      "in-process (default) or socket: how the server's own providers\n"
      "reach it through CIMClient::connectLocal",
@@ -91,10 +154,38 @@ const std::vector<ServerOption> kOptions = {
          if (v != "in-process" && v != "socket")
              throw CommandLineError("expected in-process or socket, got \"" + v + "\"");
          s.server.localCallsOverSocket = v == "socket";
-     }},
+     },
+     [](const S& s) { return one(s.server.localCallsOverSocket ? "socket" : "in-process"); }},
     {"log-level", "LEVEL", "error, warning, info (default) or trace", false,
-     [](S& s, const std::string& v, bool) { s.logLevel = logLevel(v); }},
+     [](S& s, const std::string& v, bool) { s.logLevel = logLevel(v); },
+     [](const S& s) { return one(Pegasus::ServerLog::levelName(s.logLevel)); }},
+    {"log-target", "TARGET",
+     "auto (default), stderr, journal or syslog; auto is stderr when\n"
+     "started from a terminal, else the journal if it runs, else syslog",
+     false,
+     [](S& s, const std::string& v, bool)
+     {
+         if (!parseLogTarget(v, s.logTarget))
+             throw CommandLineError("expected auto, stderr, journal or syslog, got \"" + v + "\"");
+     },
+     [](const S& s) { return one(logTargetName(s.logTarget)); }},
+    {"access-log", "yes|no",
+     "one info line per request: time, user, client, operation, class or\n"
+     "method, status and duration (default yes)",
+     false, [](S& s, const std::string& v, bool) { s.accessLog = yesNo(v); },
+     [](const S& s) { return switchValue(s.accessLog); }},
 };
+
+struct Argument
+{
+    const ServerOption* option;
+    std::string value;
+};
+
+bool isConfigOption(const ServerOption& option)
+{
+    return std::string(option.name) == "config";
+}
 
 }  // namespace
 
@@ -115,63 +206,54 @@ void applyServerOption(
     ServerCommandLine& settings,
     const ServerOption& option,
     const std::string& value,
-    const std::string& where)
+    const SettingSource& source)
 {
-    const bool first = settings.given.insert(option.name).second;
+    const std::string place = source.kind == SettingSource::Kind::CommandLine
+                                  ? std::string("--") + option.name
+                                  : source.where + ": " + option.name;
+    // A switch has no value on the command line and yes or no in the file.
+    const bool onCommandLine = source.kind == SettingSource::Kind::CommandLine;
+    bool on = true;
+    if (option.valueName == nullptr && !(onCommandLine && value.empty()) && !parseYesNo(value, on))
+        throw CommandLineError(place + ": expected yes or no, got \"" + value + "\"");
+    std::vector<SettingSource>& from = settings.sources[option.name];
+    const bool first = from.empty() || from.back().kind != source.kind;
     try
     {
-        option.apply(settings, value, first);
+        if (option.valueName != nullptr)
+            option.apply(settings, value, first);
+        else if (on)
+            option.apply(settings, std::string(), first);
     }
     catch (const CommandLineError& e)
     {
-        throw CommandLineError(where + ": " + e.what());
+        throw CommandLineError(place + ": " + e.what());
     }
+    if (first || !option.repeatable)
+        from.clear();
+    from.push_back(source);
+    settings.given.insert(option.name);
 }
 
 void checkServerSettings(const ServerCommandLine& c)
 {
     if (c.server.http.port < 0 && c.server.http.socketPath.empty())
-        throw CommandLineError(
-            "with --port none and --socket none no client could reach the server");
+        throw CommandLineError("with port none and socket none no client could reach the server");
     if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
-        throw CommandLineError("--local-calls socket needs the local socket");
-}
-
-std::string usageText()
-{
-    const size_t column = 23;  // where the help texts start
-    std::ostringstream out;
-    out << "usage: qel-cimserver [options]\n";
-    for (const ServerOption& o : kOptions)
-    {
-        std::string head = std::string("  --") + o.name;
-        if (o.valueName)
-            head += std::string(" ") + o.valueName;
-        head +=
-            head.size() + 1 > column ? std::string(" ") : std::string(column - head.size(), ' ');
-        std::istringstream lines(o.help);
-        std::string line;
-        bool firstLine = true;
-        while (std::getline(lines, line))
-        {
-            out << (firstLine ? head : std::string(column, ' ')) << line << "\n";
-            firstLine = false;
-        }
-    }
-    out << std::string("  -h, --help") + std::string(column - 12, ' ') << "this text\n";
-    return out.str();
+        throw CommandLineError("local-calls socket needs the local socket (socket is none)");
 }
 
 ServerCommandLine
-parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults)
+loadServerSettings(const std::vector<std::string>& args, const ServerCommandLine& defaults)
 {
-    ServerCommandLine c = defaults;
+    ServerCommandLine s = defaults;
+    std::vector<Argument> arguments;
     for (size_t i = 0; i < args.size(); ++i)
     {
         const std::string& a = args[i];
         if (a == "-h" || a == "--help")
         {
-            c.help = true;
+            s.help = true;
             continue;
         }
         const ServerOption* option =
@@ -185,10 +267,31 @@ parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& 
                 throw CommandLineError(a + " needs a value");
             value = args[++i];
         }
-        applyServerOption(c, *option, value, a);
+        arguments.push_back({option, value});
     }
-    checkServerSettings(c);
-    return c;
+    if (s.help)
+        return s;
+
+    auto apply = [&s](const Argument& a)
+    {
+        SettingSource source;
+        source.kind = SettingSource::Kind::CommandLine;
+        source.where = "command line";
+        source.text = a.value;
+        applyServerOption(s, *a.option, a.value, source);
+    };
+    // Which file to read is known before the file; every other option is applied after it,
+    // so that the command line wins.
+    for (const Argument& a : arguments)
+        if (isConfigOption(*a.option))
+            apply(a);
+    if (!s.configFile.empty())
+        readConfigFile(s.configFile, s.given.count("config") > 0, s);
+    for (const Argument& a : arguments)
+        if (!isConfigOption(*a.option))
+            apply(a);
+    checkServerSettings(s);
+    return s;
 }
 
 }  // namespace server
