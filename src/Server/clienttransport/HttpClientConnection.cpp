@@ -48,7 +48,8 @@ public:
 
     HttpResult post(
         const std::vector<std::pair<std::string, std::string>>& headers,
-        const std::string& body) override
+        const std::string& body,
+        const BodyReader& reader) override
     {
         bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
         req.set(bhttp::field::host, _hostHeader);
@@ -66,12 +67,28 @@ public:
                 open();
             bool gotAnything = false;
             beast::error_code ec;
-            HttpResult result = exchange(req, ec, gotAnything);
+            HttpResult result;
+            try
+            {
+                result = exchange(req, reader, ec, gotAnything);
+            }
+            catch (...)
+            {
+                close();  // the reader gave up in the middle of a reply
+                throw;
+            }
             if (!ec)
                 return result;
             close();
             if (ec == beast::error::timeout)
                 throw Pegasus::ConnectionTimeoutException();
+            if (result.status != 0)
+                throw Pegasus::CIMException(
+                    Pegasus::CIM_ERR_FAILED,
+                    Pegasus::String(("the answer from " + _description + " was cut short after " +
+                                     std::to_string(_received) +
+                                     " bytes of its body: " + ec.message())
+                                        .c_str()));
             // The server drops idle kept-alive connections; such a failure happens before the
             // request was read, so sending it again on a new connection is safe.
             if (!fresh && !gotAnything && attempt == 0)
@@ -129,29 +146,62 @@ private:
         _stream.reset();
     }
 
-    HttpResult
-    exchange(bhttp::request<bhttp::string_body>& req, beast::error_code& ec, bool& gotAnything)
+    // One request and its reply; `result.status` is set once the reply's head has come.
+    HttpResult exchange(
+        bhttp::request<bhttp::string_body>& req,
+        const BodyReader& reader,
+        beast::error_code& ec,
+        bool& gotAnything)
     {
         HttpResult result;
+        _received = 0;
         _stream->expires_after(_timeout);
         ec = run([&](auto handler) { bhttp::async_write(*_stream, req, handler); });
         if (ec)
             return result;
-        bhttp::response_parser<bhttp::string_body> parser;
+        bhttp::response_parser<bhttp::buffer_body> parser;
         parser.body_limit(kMaxReplyBytes);
         _stream->expires_after(_timeout);
         const size_t before = _buffer.size();
-        ec = run([&](auto handler) { bhttp::async_read(*_stream, _buffer, parser, handler); });
+        ec = run([&](auto handler)
+                 { bhttp::async_read_header(*_stream, _buffer, parser, handler); });
         gotAnything = parser.got_some() || _buffer.size() != before;
         if (ec)
             return result;
-        _stream->expires_never();
-        auto msg = parser.release();
+        const auto& msg = parser.get();
         result.status = static_cast<int>(msg.result_int());
+        size_t fields = 0;
         for (const auto& f : msg)
+        {
             result.headers.emplace_back(std::string(f.name_string()), std::string(f.value()));
-        result.body = std::move(msg.body());
-        if (!msg.keep_alive())
+            ++fields;
+        }
+        const bool streamed = reader && result.status == 200;
+        // The body as it comes, one buffer's worth at a time; a chunked one decoded.
+        _piece.resize(kReadBufferBytes);
+        while (!parser.is_done())
+        {
+            parser.get().body().data = _piece.data();
+            parser.get().body().size = _piece.size();
+            ec = run([&](auto handler) { bhttp::async_read(*_stream, _buffer, parser, handler); });
+            if (ec == bhttp::error::need_buffer)
+                ec = {};
+            const size_t n = _piece.size() - parser.get().body().size;
+            _received += n;
+            if (n != 0 && streamed)
+                reader(_piece.data(), n);
+            else if (n != 0)
+                result.body.append(_piece.data(), n);
+            if (ec)
+                return result;
+        }
+        _stream->expires_never();
+        // Fields past those of the head came after the body.
+        size_t index = 0;
+        for (const auto& f : parser.get())
+            if (index++ >= fields)
+                result.trailers.emplace_back(std::string(f.name_string()), std::string(f.value()));
+        if (!parser.get().keep_alive())
             close();
         return result;
     }
@@ -162,6 +212,8 @@ private:
     std::string _description;
     std::optional<beast::basic_stream<Protocol>> _stream;
     beast::flat_buffer _buffer;
+    std::vector<char> _piece;  // where a reply's body is read into
+    size_t _received = 0;      // body bytes of the reply being read
 };
 
 }  // namespace

@@ -1012,7 +1012,8 @@ CIMException CimXmlReader::error(pugi::xml_node node)
     const char* code = requiredAttribute(node, "CODE");
     char* end = nullptr;
     const long n = std::strtol(code, &end, 10);
-    if (*code == '\0' || *end != '\0' || n < 0 || n > 0xFFFF)
+    // Beyond the last status code the value would not be one of CIMStatusCode's.
+    if (*code == '\0' || *end != '\0' || n < 0 || n > CIM_ERR_SERVER_IS_SHUTTING_DOWN)
         invalidElement(node, std::string("CODE must be a status number, not \"") + code + "\"");
     const String description = fromUtf8(node.attribute("DESCRIPTION").value(), "ERROR DESCRIPTION");
     Array<CIMInstance> instances;
