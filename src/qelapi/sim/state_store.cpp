@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,12 +32,33 @@ bool StateStore::open(const std::string& statePath, std::string* error)
     }
     _lockFd = fd;
     _path = statePath;
+    mapGeneration();
     removeStaleTemporaries(statePath);
     return true;
 }
 
+void StateStore::mapGeneration()
+{
+    // A new lock file is grown to hold the counter (zero: no change yet) so that
+    // reading it through the mapping never touches a page past the file's end.
+    // Only growing: a writer's counter that is already there is kept.
+    struct stat st;
+    if (::fstat(_lockFd, &st) != 0)
+        return;
+    if (st.st_size < static_cast<off_t>(sizeof(uint64_t)) &&
+        (::ftruncate(_lockFd, sizeof(uint64_t)) != 0 || ::fstat(_lockFd, &st) != 0 ||
+         st.st_size < static_cast<off_t>(sizeof(uint64_t))))
+        return;
+    void* p = ::mmap(nullptr, sizeof(uint64_t), PROT_READ, MAP_SHARED, _lockFd, 0);
+    if (p != MAP_FAILED)
+        _generationMap = static_cast<const uint64_t*>(p);
+}
+
 void StateStore::close()
 {
+    if (_generationMap)
+        ::munmap(const_cast<uint64_t*>(_generationMap), sizeof(uint64_t));
+    _generationMap = nullptr;
     if (_lockFd >= 0)
         ::close(_lockFd);
     _lockFd = -1;
@@ -57,6 +79,8 @@ bool StateStore::Stamp::operator==(const Stamp& o) const
 
 uint64_t StateStore::generation() const
 {
+    if (_generationMap)
+        return __atomic_load_n(_generationMap, __ATOMIC_ACQUIRE);
     uint64_t g = 0;
     if (::pread(_lockFd, &g, sizeof g, 0) != static_cast<ssize_t>(sizeof g))
         return 0;
@@ -78,6 +102,15 @@ StateStore::Stamp StateStore::stamp() const
         s.mtime = st.st_mtim;
     }
     return s;
+}
+
+bool StateStore::movedSince(const Stamp& s) const
+{
+    // Every writer counts the generation up before it replaces the file, so the
+    // counter alone tells; the file's identity is checked too where there is no counter to map.
+    if (_generationMap)
+        return generation() != s.generation;
+    return stamp() != s;
 }
 
 StateStore::Lock::Lock(const StateStore& s, Mode m) : _fd(s._lockFd), _held(false)
@@ -105,13 +138,14 @@ bool StateStore::read(std::string* text, std::string* error) const
 
 bool StateStore::write(const std::string& text, std::string* error)
 {
-    if (!writeFileAtomically(_path, text, error))
-        return false;
-    // The state is durable now; should the generation not be written, readers
-    // still notice the replaced file by its identity, so this is not a failure.
-    uint64_t g = generation() + 1;
+    // The generation moves first, while the exclusive lock is held: a reader
+    // that sees the new number waits for the lock, so it reads the new state.
+    // A writer that dies before its rename leaves a number that costs readers
+    // one needless re-read. Should the counter not be written, a writer still
+    // notices the replaced file by its identity (stamp), so this is not a failure.
+    const uint64_t g = generation() + 1;
     (void)!::pwrite(_lockFd, &g, sizeof g, 0);
-    return true;
+    return writeFileAtomically(_path, text, error);
 }
 
 }  // namespace qelsim
