@@ -44,6 +44,7 @@ int changePorts(
     bool valueOk,
     const PortEdit& edit)
 {
+    AuditEntry entry{evt, callInfo(call).name, positionsOf(count, ids)};
     int rc = runCall(
         call, args, evt,
         [&]() -> int
@@ -62,11 +63,11 @@ int changePorts(
                             return r;
                     }
                     return API_OK;
-                });
+                },
+                &entry);
         });
     if (evt)
-        Simulator::instance().audit(
-            AuditEntry{evt, callInfo(call).name, positionsOf(count, ids), rc});
+        Simulator::instance().audit(entry, rc);
     return rc;
 }
 
@@ -239,7 +240,7 @@ int api_initFCPortLoop(api_evtparam_t* evt, int count, uint16_t* ids, const char
 
 int api_resetPortLESB(api_evtparam_t* evt, uint64_t wwn)
 {
-    std::vector<std::string> ports;
+    AuditEntry entry{evt, "api_resetPortLESB"};
     int rc = runCall(
         Call::resetPortLESB, CallArgs().ptr(evt).hex(wwn), evt,
         [&]() -> int
@@ -253,16 +254,17 @@ int api_resetPortLESB(api_evtparam_t* evt, uint64_t wwn)
                     if (it == m.fcByWwn.end())
                         return API_ERR_NOENT;
                     FcPort& p = m.fcPorts[it->second];
-                    ports = {positionText(p.pos)};
+                    entry.ports = {positionText(p.pos)};
                     const uint64_t now = static_cast<uint64_t>(std::time(nullptr));
                     for (Lesb& l : p.lesb)
                     {
                         l = Lesb{now, l.portId, 0, 0, 0, 0, 0, 0};
                     }
                     return API_OK;
-                });
+                },
+                &entry);
         });
     if (evt)
-        Simulator::instance().audit(AuditEntry{evt, "api_resetPortLESB", ports, rc});
+        Simulator::instance().audit(entry, rc);
     return rc;
 }

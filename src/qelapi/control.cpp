@@ -51,18 +51,19 @@ int outsideChange(
     const char* method,
     const std::function<int(FcPort&)>& edit)
 {
-    std::vector<std::string> ports;
+    const api_evtparam_t ev = toolEvent(actor, method);
+    AuditEntry entry{&ev, method};
     int rc = Simulator::instance().change(
         [&](Model& m) -> int
         {
             FcPort* p = portByRef(m, port);
             if (!p)
                 return API_ERR_NOENT;
-            ports = {positionText(p->pos)};
+            entry.ports = {positionText(p->pos)};
             return edit(*p);
-        });
-    api_evtparam_t ev = toolEvent(actor, method);
-    Simulator::instance().audit(AuditEntry{&ev, method, ports, rc});
+        },
+        &entry);
+    Simulator::instance().audit(entry, rc);
     return rc;
 }
 

@@ -124,6 +124,7 @@ Result Simulator::attach(const AttachOptions& options, bool forceSeed)
         _valid = false;
         return failLocked(path + ": cannot lock the state file");
     }
+    finishPendingAuditLocked();
     const std::string hash = contentHash(text);
     if (!forceSeed && _store.exists())
     {
@@ -216,6 +217,7 @@ Result Simulator::load(
         _valid = false;
         return failLocked(statePath + ": cannot lock the state file");
     }
+    finishPendingAuditLocked();
     Result seeded = seedLocked(r.model, origin, contentHash(text));
     if (!seeded.ok)
         _valid = false;
@@ -291,6 +293,13 @@ int Simulator::refreshLocked(bool haveExclusiveLock)
     return API_OK;
 }
 
+void Simulator::finishPendingAuditLocked()
+{
+    std::string err;
+    if (!_store.finishPendingAudit(&err))
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+}
+
 std::shared_ptr<const Model> Simulator::current()
 {
     ensureAttached();
@@ -302,7 +311,7 @@ std::shared_ptr<const Model> Simulator::current()
     return _model;
 }
 
-int Simulator::change(const std::function<int(Model&)>& f)
+int Simulator::change(const std::function<int(Model&)>& f, AuditEntry* audit)
 {
     ensureAttached();
     std::lock_guard<std::mutex> g(_mu);
@@ -318,22 +327,41 @@ int Simulator::change(const std::function<int(Model&)>& f)
                 API_LOG_ERROR, "qelsim: " + _store.path() + ": cannot lock the state file\n");
             return API_ERR_IO;
         }
+        finishPendingAuditLocked();
         if (int rc = refreshLocked(true))
             return rc;
     }
     Model next = *_model;
     if (int rc = f(next))
         return rc;
+    // The line of a change that is made is written with it; refused changes are
+    // audited by the caller.
+    const std::string auditPath = audit ? auditPathLocked() : "";
+    std::string line;
+    if (!auditPath.empty())
+    {
+        audit->result = API_OK;
+        line = auditLine(*audit);
+    }
+    std::string err;
     if (_store.enabled())
     {
-        std::string err;
-        if (!_store.write(encodeModel(next), &err))
+        std::string auditErr;
+        if (!_store.write(encodeModel(next), auditPath, line, &err, &auditErr))
         {
             Logger::instance().write(API_LOG_ERROR, "qelsim: change not saved: " + err + "\n");
             return API_ERR_IO;
         }
+        if (!auditErr.empty())
+            Logger::instance().write(API_LOG_ERROR, "qelsim: " + auditErr + "\n");
         _stamp = _store.stamp();
     }
+    else if (!line.empty() && !appendAuditLine(auditPath, line, false, &err))
+    {
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    }
+    if (audit)
+        audit->written = true;
     adoptLocked(std::move(next));
     stats().changesSaved++;
     return API_OK;
@@ -394,8 +422,11 @@ std::string Simulator::auditPathLocked() const
     return p + ".audit.jsonl";
 }
 
-void Simulator::audit(const AuditEntry& e)
+void Simulator::audit(AuditEntry& e, int result)
 {
+    if (e.written)
+        return;
+    e.result = result;
     std::string path;
     {
         std::lock_guard<std::mutex> g(_mu);
@@ -404,8 +435,9 @@ void Simulator::audit(const AuditEntry& e)
     if (path.empty())
         return;
     std::string err;
-    if (!appendAudit(path, e, &err))
+    if (!appendAuditLine(path, auditLine(e), false, &err))
         Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    e.written = true;
 }
 
 std::string Simulator::statePath()

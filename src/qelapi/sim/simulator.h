@@ -52,20 +52,24 @@ public:
         return m ? f(*m) : static_cast<int>(API_ERR_IO);
     }
     // Runs f on a copy of the array; when f returns 0 the copy is saved and
-    // becomes the array. Nothing changes when f fails or the save fails.
-    int change(const std::function<int(Model&)>& f);
+    // becomes the array. Nothing changes when f fails or the save fails. With
+    // an audit entry, a change that is made writes its audit line (result 0)
+    // durably before the new state replaces the old, and marks it written.
+    int change(const std::function<int(Model&)>& f, AuditEntry* audit = nullptr);
     // Whether an injected fault makes call fail now (*code: its result). A fault
     // with a count is used up by this.
     bool takeFault(const char* call, int* code);
 
-    // Appends to the array's audit log, if it has one.
-    void audit(const AuditEntry& e);
+    // Appends the entry's line with this result to the array's audit log, if it
+    // has one, unless the change already wrote it.
+    void audit(AuditEntry& e, int result);
 
     std::string statePath();
 
 private:
     Simulator() = default;
     int refreshLocked(bool haveExclusiveLock);
+    void finishPendingAuditLocked();
     void adoptLocked(Model m);
     Result failLocked(const std::string& message);
     Result seedLocked(const Model& fresh, const std::string& originPath, const std::string& hash);

@@ -1,6 +1,8 @@
 #include "state_store.h"
 
 #include "atomic_file.h"
+#include "audit.h"
+#include "audit_journal.h"
 
 #include <cerrno>
 #include <cstring>
@@ -136,16 +138,73 @@ bool StateStore::read(std::string* text, std::string* error) const
     return readWholeFile(_path, text, error);
 }
 
-bool StateStore::write(const std::string& text, std::string* error)
+bool StateStore::write(
+    const std::string& text,
+    const std::string& auditPath,
+    const std::string& auditLine,
+    std::string* error,
+    std::string* auditError)
 {
-    // The generation moves first, while the exclusive lock is held: a reader
-    // that sees the new number waits for the lock, so it reads the new state.
-    // A writer that dies before its rename leaves a number that costs readers
-    // one needless re-read. Should the counter not be written, a writer still
-    // notices the replaced file by its identity (stamp), so this is not a failure.
+    // The order is what keeps readers and the audit log right if the writer is
+    // killed at any point:
+    //  1. the new state in a temporary file, flushed;
+    //  2. its audit line noted in the lock file, flushed: from here on the line
+    //     cannot be lost, whatever happens to this process;
+    //  3. the generation counted up: readers that see it wait for our lock, so
+    //     they read the state once it is in place;
+    //  4. the temporary renamed over the state (the change is made) and the
+    //     folder flushed;
+    //  5. the line appended to the audit log, flushed, and the note cleared.
+    // A kill before 4 leaves the old state and a note that the next writer drops;
+    // a kill after it, a note whose line the next writer appends unless it is
+    // in the log already.
+    Replacement r;
+    if (!prepareReplacement(_path, text, &r, error))
+        return false;
+    const bool audited = !auditLine.empty();
+    if (audited)
+    {
+        PendingAudit p;
+        p.auditPath = auditPath;
+        p.line = auditLine;
+        struct stat st;
+        p.auditSize = ::stat(auditPath.c_str(), &st) == 0 ? static_cast<uint64_t>(st.st_size) : 0;
+        p.stateDev = static_cast<uint64_t>(r.dev);
+        p.stateIno = static_cast<uint64_t>(r.ino);
+        if (!notePendingAudit(_lockFd, p, error))
+        {
+            discardReplacement(&r);
+            return false;
+        }
+    }
+    // Should the counter not be written, a writer still notices the replaced
+    // file by its identity (stamp), so this is not a failure.
     const uint64_t g = generation() + 1;
     (void)!::pwrite(_lockFd, &g, sizeof g, 0);
-    return writeFileAtomically(_path, text, error);
+    if (!commitReplacement(&r, _path, error))
+    {
+        if (audited)
+            clearPendingAudit(_lockFd);
+        return false;
+    }
+    if (audited)
+    {
+        if (!appendAuditLine(auditPath, auditLine, true, auditError))
+            return true;  // the note stays: the next writer tries again
+        clearPendingAudit(_lockFd);
+    }
+    return true;
+}
+
+bool StateStore::write(const std::string& text, std::string* error)
+{
+    std::string unused;
+    return write(text, "", "", error, &unused);
+}
+
+bool StateStore::finishPendingAudit(std::string* error)
+{
+    return qelsim::finishPendingAudit(_lockFd, _path, error) != AuditRecovery::Failed;
 }
 
 }  // namespace qelsim

@@ -75,8 +75,21 @@ public:
 
     bool read(std::string* text, std::string* error) const;
 
-    // Replaces the state (the caller holds the exclusive lock) and counts up the generation.
+    // REQUIRES: the exclusive lock held (for the three below).
+    // Replaces the state and counts up the generation. With an audit line, the
+    // line is noted in the lock file before the rename and appended to auditPath
+    // after it (see audit_journal.h); *auditError then says when the append
+    // failed (the change itself is made).
+    bool write(
+        const std::string& text,
+        const std::string& auditPath,
+        const std::string& auditLine,
+        std::string* error,
+        std::string* auditError);
     bool write(const std::string& text, std::string* error);
+    // Finishes the audit of a change whose writer died; false with *error when
+    // its line could not be appended.
+    bool finishPendingAudit(std::string* error);
 
 private:
     uint64_t generation() const;
