@@ -17,8 +17,6 @@ namespace qelsim
 namespace
 {
 
-constexpr const char* kBuiltInOrigin = "<built-in demo array>";
-
 std::string absoluteDir(const std::string& path)
 {
     char buf[PATH_MAX];

@@ -89,8 +89,10 @@ private:
     std::string _arrayBaseDir;
 };
 
-// The built-in demo array (examples/demo-array.json, compiled in).
+// The built-in demo array (examples/demo-array.json, compiled in), and how
+// messages name it.
 const char* embeddedDemoArray();
+constexpr const char* kBuiltInOrigin = "<built-in demo array>";
 
 }  // namespace qelsim
 
