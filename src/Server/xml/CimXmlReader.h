@@ -4,6 +4,8 @@
 #ifndef QEL_SERVER_XML_CIMXMLREADER_H
 #define QEL_SERVER_XML_CIMXMLREADER_H
 
+#include "DecodeLimits.h"
+
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMName.h>
@@ -28,7 +30,9 @@ namespace cimxml
 {
 
 // Parses a whole document. DOCTYPE declarations are refused (no entity can be declared,
-// so none is expanded); malformed XML throws ProtocolError(400, "request-not-well-formed").
+// so none is expanded); malformed XML throws ProtocolError(400, "request-not-well-formed"),
+// elements nested deeper than limits::kMaxElementDepth ProtocolError(400,
+// "request-not-valid").
 void parseDocument(pugi::xml_document& doc, const char* data, size_t size);
 
 // The element children of `node`, in order; text other than white space between them is
@@ -40,11 +44,17 @@ std::string elementText(pugi::xml_node node);
 
 [[noreturn]] void invalidElement(pugi::xml_node node, const std::string& what);
 
+// Refuses `count` elements named `element` in `owner` when that is more than `limit` (one
+// of DecodeLimits.h): CIM_ERR_INVALID_PARAMETER "more than <limit> <element> elements in
+// <owner> (limit <limit>)", the owner named by its NAME (or CLASSNAME) attribute, or else
+// by its byte offset.
+void checkCount(pugi::xml_node owner, const char* element, size_t count, size_t limit);
+
 class CimXmlReader
 {
 public:
     // maxDepth bounds nested references and embedded objects.
-    explicit CimXmlReader(unsigned maxDepth = 16) : _maxDepth(maxDepth) {}
+    explicit CimXmlReader(unsigned maxDepth = limits::kMaxNestedObjects) : _maxDepth(maxDepth) {}
 
     Pegasus::CIMName name(pugi::xml_node node, const char* attribute);
     Pegasus::CIMNamespaceName localNamespacePath(pugi::xml_node node);
