@@ -280,6 +280,7 @@ CIMObject CimXmlReader::embeddedObject(pugi::xml_node valueNode, const std::stri
     try
     {
         parseDocument(doc, text.data(), text.size());
+        refuseDeepNesting(doc);
     }
     catch (const ProtocolError& e)
     {

@@ -370,6 +370,7 @@ DecodedRequest decodeRequest(const char* body, size_t size)
 {
     pugi::xml_document doc;
     parseDocument(doc, body, size);
+    refuseDeepNesting(doc);
     const std::vector<pugi::xml_node> top = [&]
     {
         try

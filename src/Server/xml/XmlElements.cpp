@@ -26,10 +26,11 @@ bool isWhiteSpace(const char* s)
     return true;
 }
 
-// Walks the whole tree without recursion and refuses the first element deeper than the
-// limit, before anything recurses over it.
-void checkNesting(const pugi::xml_document& doc)
+}  // namespace
+
+void refuseDeepNesting(const pugi::xml_document& doc)
 {
+    // Walked without recursion, before anything recurses over the tree.
     size_t depth = 1;  // of n
     pugi::xml_node n = doc.first_child();
     while (n)
@@ -55,8 +56,6 @@ void checkNesting(const pugi::xml_document& doc)
         n = n.next_sibling();
     }
 }
-
-}  // namespace
 
 std::string describe(pugi::xml_node node)
 {
@@ -88,7 +87,6 @@ void parseDocument(pugi::xml_document& doc, const char* data, size_t size)
         if (n.type() == pugi::node_doctype)
             throw ProtocolError(
                 400, "request-not-well-formed", "document type declarations are not accepted");
-    checkNesting(doc);
 }
 
 void checkCount(pugi::xml_node owner, const char* element, size_t count, size_t limit)

@@ -1,9 +1,9 @@
 // The element rules of CIM-XML that every part of the reader applies: element-only and
 // text-only content, names, attributes, and the bounded length of a list of elements.
 // XmlElements.cpp also defines the document-level functions CimXmlReader.h declares
-// (parseDocument, elementChildren, elementText, invalidElement, checkCount). Whatever
-// breaks a rule throws CIMException(CIM_ERR_INVALID_PARAMETER) naming the element, its byte
-// offset and what was wrong.
+// (parseDocument, refuseDeepNesting, elementChildren, elementText, invalidElement,
+// checkCount). Whatever breaks a rule throws CIMException(CIM_ERR_INVALID_PARAMETER)
+// naming the element, its byte offset and what was wrong.
 #ifndef QEL_SERVER_XML_XMLELEMENTS_H
 #define QEL_SERVER_XML_XMLELEMENTS_H
 
@@ -55,9 +55,11 @@ private:
     size_t _count = 0;
 };
 
+// Whether child `c` of `node` is an element; text other than white space is an error.
+bool isElementChild(pugi::xml_node node, pugi::xml_node c);
+
 // Visits the children elementChildren() returns, in order, without collecting them: all
 // the text is checked before the first element is visited, as elementChildren() does.
-bool isElementChild(pugi::xml_node node, pugi::xml_node c);
 template <class Visit>
 void forEachElementChild(pugi::xml_node node, Visit visit)
 {
