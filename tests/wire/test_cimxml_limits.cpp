@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 using namespace Pegasus;
@@ -397,6 +398,33 @@ TEST(DecodeLimits, DocumentsNestAsDeepAsTheBoundAndNoDeeper)
         EXPECT_EQ(
             std::string(e.what()), "elements nested more than 256 deep: x element at byte " +
                                        byteOf(body, "x", kMaxElementDepth - 1) + " (limit 256)");
+    }
+}
+
+TEST(DecodeLimits, DocumentsHoldAsManyTagsAsTheBoundAndNoMore)
+{
+    // A request padded with empty elements the decoder ignores, up to `tags` '<' in all.
+    auto request = [](size_t tags)
+    {
+        std::string body = message(intrinsic("GetInstance", param("InstanceName", kPort)));
+        const size_t have = static_cast<size_t>(std::count(body.begin(), body.end(), '<'));
+        std::string padding;
+        for (size_t i = have; i < tags; ++i)
+            padding += "<x/>";
+        return body.insert(body.rfind("</CIM>"), padding);
+    };
+    const DecodedRequest atLimit = decode(request(kMaxTags));
+    EXPECT_FALSE(atLimit.failed) << atLimit.error.getMessage();
+    try
+    {
+        decode(request(kMaxTags + 1));
+        FAIL() << "accepted";
+    }
+    catch (const ProtocolError& e)
+    {
+        EXPECT_EQ(e.httpStatus(), 400);
+        EXPECT_EQ(e.cimError(), "request-not-valid");
+        EXPECT_EQ(std::string(e.what()), "more than 524288 tags in the document (limit 524288)");
     }
 }
 

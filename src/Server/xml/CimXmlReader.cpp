@@ -279,8 +279,7 @@ CIMObject CimXmlReader::embeddedObject(pugi::xml_node valueNode, const std::stri
     pugi::xml_document doc;
     try
     {
-        parseDocument(doc, text.data(), text.size());
-        refuseDeepNesting(doc);
+        parseBoundedDocument(doc, text.data(), text.size());
     }
     catch (const ProtocolError& e)
     {

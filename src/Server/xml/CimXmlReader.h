@@ -33,11 +33,13 @@ namespace cimxml
 // so none is expanded); malformed XML throws ProtocolError(400, "request-not-well-formed").
 void parseDocument(pugi::xml_document& doc, const char* data, size_t size);
 
-// Refuses a document with elements nested deeper than limits::kMaxElementDepth:
-// ProtocolError(400, "request-not-valid") naming the first such element. Requests and
-// embedded objects are checked; answers, which come from the server the client chose,
-// are not (the walk would add about 6% to decoding a large one).
-void refuseDeepNesting(const pugi::xml_document& doc);
+// As parseDocument, for what a peer sends: a request or an object embedded in one. A
+// document with more than limits::kMaxTags tags is refused before it is parsed, one with
+// elements nested deeper than limits::kMaxElementDepth after (ProtocolError(400,
+// "request-not-valid") saying which). Answers, which come from the server the client
+// chose, are read with parseDocument: walking them would add about 6% to decoding a large
+// one.
+void parseBoundedDocument(pugi::xml_document& doc, const char* data, size_t size);
 
 // The element children of `node`, in order; text other than white space between them is
 // an error (element-only content).

@@ -65,6 +65,12 @@ constexpr size_t kMaxErrorInstances = 64;
 // DMTF schema nest two or three deep.
 constexpr unsigned kMaxNestedObjects = 16;
 
+// Tags of a whole document, counted as its '<' characters before it is parsed (an element
+// has one or two, a comment one): the parsed tree costs about 75 bytes per element, so
+// this keeps it under 20 MB whatever the body's size (16 MiB of empty elements took 300
+// MB). A request holding four arrays at their limit fits.
+constexpr size_t kMaxTags = 524288;
+
 // Nesting of the elements of a whole document (the document element is at depth 1): the
 // deepest request the reader accepts, references nested kMaxNestedObjects deep, reaches
 // about 45. Deeper documents up to this bound are read until the reader's own limits

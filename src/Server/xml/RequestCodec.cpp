@@ -369,8 +369,7 @@ void CimRequest::applyDefaults()
 DecodedRequest decodeRequest(const char* body, size_t size)
 {
     pugi::xml_document doc;
-    parseDocument(doc, body, size);
-    refuseDeepNesting(doc);
+    parseBoundedDocument(doc, body, size);
     const std::vector<pugi::xml_node> top = [&]
     {
         try

@@ -8,6 +8,7 @@
 #include <Pegasus/Common/CIMStatusCode.h>
 
 #include <cstdlib>
+#include <cstring>
 
 using namespace Pegasus;
 
@@ -26,7 +27,25 @@ bool isWhiteSpace(const char* s)
     return true;
 }
 
-}  // namespace
+// Counts the '<' of the text: an element has one or two, text and attribute values none
+// (they are escaped; CDATA sections may hold some, which only makes the count larger), so
+// this bounds the tree before it is built.
+void refuseTooManyTags(const char* data, size_t size)
+{
+    const char* const end = data + size;
+    size_t tags = 0;
+    for (const char* p = data; p < end; ++p)
+    {
+        p = static_cast<const char*>(std::memchr(p, '<', static_cast<size_t>(end - p)));
+        if (!p)
+            break;
+        if (++tags > limits::kMaxTags)
+            throw ProtocolError(
+                400, "request-not-valid",
+                "more than " + std::to_string(limits::kMaxTags) + " tags in the document (limit " +
+                    std::to_string(limits::kMaxTags) + ")");
+    }
+}
 
 void refuseDeepNesting(const pugi::xml_document& doc)
 {
@@ -56,6 +75,8 @@ void refuseDeepNesting(const pugi::xml_document& doc)
         n = n.next_sibling();
     }
 }
+
+}  // namespace
 
 std::string describe(pugi::xml_node node)
 {
@@ -87,6 +108,13 @@ void parseDocument(pugi::xml_document& doc, const char* data, size_t size)
         if (n.type() == pugi::node_doctype)
             throw ProtocolError(
                 400, "request-not-well-formed", "document type declarations are not accepted");
+}
+
+void parseBoundedDocument(pugi::xml_document& doc, const char* data, size_t size)
+{
+    refuseTooManyTags(data, size);
+    parseDocument(doc, data, size);
+    refuseDeepNesting(doc);
 }
 
 void checkCount(pugi::xml_node owner, const char* element, size_t count, size_t limit)

@@ -1,7 +1,7 @@
 // The element rules of CIM-XML that every part of the reader applies: element-only and
 // text-only content, names, attributes, and the bounded length of a list of elements.
 // XmlElements.cpp also defines the document-level functions CimXmlReader.h declares
-// (parseDocument, refuseDeepNesting, elementChildren, elementText, invalidElement,
+// (parseDocument, parseBoundedDocument, elementChildren, elementText, invalidElement,
 // checkCount). Whatever breaks a rule throws CIMException(CIM_ERR_INVALID_PARAMETER)
 // naming the element, its byte offset and what was wrong.
 #ifndef QEL_SERVER_XML_XMLELEMENTS_H
