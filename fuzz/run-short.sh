@@ -17,10 +17,10 @@ build=build/fuzz
 
 # target:corpus folder:floor   cov of a blind 15 s run / seeds alone / a 15 s run
 targets=(
-  cimxml_request:cimxml:900   # 12 / 1,005 / 1,448
-  object_path:path:300        # 14 / 348 / 634
-  mof:mof:480                 # 122 / 549 / 908
-  http_request_head:http:1000 # 771 / 1,012 / 1,587
+  cimxml_request:cimxml:900   # 12 / 1,005 / 1,501
+  object_path:path:300        # 14 / 348 / 637
+  mof:mof:480                 # 122 / 549 / 942
+  http_request_head:http:1000 # 773 / 1,012 / 1,561
   password_file:passwd:100    # 36 / 123 / 161
 )
 
