@@ -6,10 +6,12 @@
 #include <Server/xml/ProtocolError.h>
 #include <Server/xml/RequestCodec.h>
 #include <Server/xml/ResponseCodec.h>
+#include <Server/xml/ResponseEncoder.h>
 #include <Server/xml/XmlText.h>
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <strings.h>
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -27,6 +29,34 @@ std::string localHostName()
     if (::gethostname(buf, sizeof buf - 1) != 0 || buf[0] == '\0')
         return "localhost";
     return buf;
+}
+
+// An answer is handed on in pieces of about this size (each ends with an object).
+constexpr size_t kPieceBytes = 16 * 1024;
+
+// True when the client's TE header lists "trailers": it can take an error after the
+// answer began.
+bool acceptsTrailers(const HttpRequest& request)
+{
+    const std::string te = request.header("TE");
+    size_t at = 0;
+    while (at <= te.size())
+    {
+        size_t end = te.find(',', at);
+        if (end == std::string::npos)
+            end = te.size();
+        std::string item = te.substr(at, end - at);
+        const size_t semi = item.find(';');
+        if (semi != std::string::npos)
+            item.resize(semi);
+        size_t b = item.find_first_not_of(" \t");
+        size_t e = item.find_last_not_of(" \t");
+        if (b != std::string::npos &&
+            strcasecmp(item.substr(b, e - b + 1).c_str(), "trailers") == 0)
+            return true;
+        at = end + 1;
+    }
+    return false;
 }
 
 }  // namespace
@@ -63,7 +93,7 @@ void CimHttpService::handle(
         HttpResponse response;
         try
         {
-            response = process(request, *connection, result, access);
+            response = process(request, *connection, result, access, done);
         }
         catch (const std::exception& e)
         {
@@ -71,7 +101,8 @@ void CimHttpService::handle(
             response = HttpResponse::text(500, "internal server error");
         }
         describeOutcome(access, response, result, std::chrono::steady_clock::now());
-        done(std::move(response));
+        if (!response.stream)  // else its head went out when the answer began
+            done(std::move(response));
         writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
@@ -135,14 +166,15 @@ HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo&
 {
     cimxml::CimResponse result;
     AccessRecord access;
-    return process(request, connection, result, access);
+    return process(request, connection, result, access, nullptr);
 }
 
 HttpResponse CimHttpService::process(
     const HttpRequest& request,
     ConnectionInfo& connection,
     cimxml::CimResponse& response,
-    AccessRecord& access)
+    AccessRecord& access,
+    const ResponseBodyStream::Start& start)
 {
     if (std::optional<HttpResponse> refused = checkRequestLine(request))
         return *refused;
@@ -174,18 +206,33 @@ HttpResponse CimHttpService::process(
     response.messageId = cim.messageId;
     response.operation = cim.operation;
     response.methodName = cim.methodName;
-    if (decoded.failed)
-        response.setError(decoded.error);
-    else
-        _executor.execute(cim, who, response);
-
     HttpResponse out;
     out.status = 200;
-    out.body = cimxml::encodeResponse(response, String(_options.hostName.c_str()), cim.nameSpace);
     out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
     if (request.method == "M-POST")
         out.headers.emplace_back("Ext", "");
     out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+    const String host(_options.hostName.c_str());
+    if (decoded.failed)
+    {
+        response.setError(decoded.error);
+        out.body = cimxml::encodeResponse(response, host, cim.nameSpace);
+        return out;
+    }
+    auto stream = std::make_shared<ResponseBodyStream>(
+        out, prefix, acceptsTrailers(request), _options.stream, start);
+    cimxml::ResponseEncoder encoder(cim, host, *stream, kPieceBytes);
+    _executor.execute(cim, who, encoder);
+    if (encoder.failed())
+        response.setError(encoder.error());
+    if (stream->started())
+    {
+        out.stream = std::move(stream);
+        return out;
+    }
+    out.body = std::move(stream->wholeBody());
+    if (out.body.empty())
+        return HttpResponse::text(500, "the answer could not be encoded");
     return out;
 }
 

@@ -4,6 +4,7 @@
 #define QEL_SERVER_HTTP_HTTPMESSAGE_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,12 +49,16 @@ struct HttpRequest
     bool hasHeader(const std::string& name) const;
 };
 
+class ResponseBodyStream;
+
 struct HttpResponse
 {
     int status = 200;
     HeaderList headers;
     std::string body;
     bool close = false;  // close the connection after this response
+    // Set: the body is sent in chunks as it comes from this stream (`body` is unused).
+    std::shared_ptr<ResponseBodyStream> stream;
 
     // A response with a plain-text body.
     static HttpResponse text(int status, const std::string& body);

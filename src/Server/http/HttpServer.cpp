@@ -1,6 +1,7 @@
 #include "HttpServer.h"
 
 #include "HttpParser.h"
+#include "ResponseBodyStream.h"
 
 #include <Server/auth/PeerCredentials.h>
 
@@ -9,6 +10,7 @@
 #include <boost/beast/http.hpp>
 
 #include <atomic>
+#include <cstdio>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -184,6 +186,8 @@ private:
 
     void write(HttpResponse response, bool forceClose = false)
     {
+        if (response.stream)
+            return writeStreamed(std::move(response));
         auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
         res->version(_version);
         res->result(static_cast<unsigned>(response.status));
@@ -204,8 +208,94 @@ private:
             });
     }
 
+    // A streamed answer: the head with chunked transfer coding, then each piece as a chunk
+    // as the worker encodes it, then the last chunk (with the error trailers of a failed
+    // answer). Each write has the write timeout; a failed one abandons the answer.
+    void writeStreamed(HttpResponse response)
+    {
+        _body = response.stream;
+        auto res = std::make_shared<bhttp::response<bhttp::empty_body>>();
+        res->version(_version);
+        res->result(static_cast<unsigned>(response.status));
+        for (const auto& h : response.headers)
+            res->insert(h.first, h.second);
+        if (_body->trailersAllowed())
+            res->set(bhttp::field::trailer, _body->trailerNames());
+        res->keep_alive(_keepAlive && !response.close);
+        res->chunked(true);
+        auto serializer = std::make_shared<bhttp::response_serializer<bhttp::empty_body>>(*res);
+        _stream.expires_after(options().writeTimeout);
+        bhttp::async_write_header(
+            _stream, *serializer,
+            [self = this->shared_from_this(), res, serializer](beast::error_code ec, size_t)
+            {
+                if (ec)
+                    return self->endStreamed(false);
+                self->awaitPiece();
+            });
+    }
+
+    void awaitPiece()
+    {
+        _body->whenReady(
+            [self = this->shared_from_this()]
+            { net::post(self->_stream.get_executor(), [self] { self->writePiece(); }); });
+    }
+
+    void writePiece()
+    {
+        auto next = std::make_shared<ResponseBodyStream::Next>(_body->take());
+        _stream.expires_after(options().writeTimeout);
+        if (!next->end)
+        {
+            net::async_write(
+                _stream, bhttp::make_chunk(net::buffer(next->piece)),
+                [self = this->shared_from_this(), next](beast::error_code ec, size_t)
+                {
+                    if (ec)
+                        return self->endStreamed(false);
+                    self->_body->written(next->piece.size());
+                    self->awaitPiece();
+                });
+            return;
+        }
+        if (!next->complete && next->trailers.empty())
+            return endStreamed(false);  // cut short: the missing last chunk tells the client
+        auto last = std::make_shared<std::string>();
+        if (!next->piece.empty())
+            *last += chunkText(next->piece);
+        *last += "0\r\n";
+        for (const auto& t : next->trailers)
+            *last += t.first + ": " + t.second + "\r\n";
+        *last += "\r\n";
+        net::async_write(
+            _stream, net::buffer(*last),
+            [self = this->shared_from_this(), last, next](beast::error_code ec, size_t)
+            { self->endStreamed(!ec); });
+    }
+
+    static std::string chunkText(const std::string& piece)
+    {
+        char size[24];
+        std::snprintf(size, sizeof size, "%zx\r\n", piece.size());
+        return size + piece + "\r\n";
+    }
+
+    // After a streamed answer: the next request when its last chunk went out on a kept-alive
+    // connection, else the connection closes (the worker may still be encoding).
+    void endStreamed(bool whole)
+    {
+        _body->abandon();
+        _body.reset();
+        if (!whole || !_keepAlive)
+            return shutdown();
+        readHeader();
+    }
+
     void shutdown()
     {
+        if (_body)
+            _body->abandon();  // a worker waiting to hand on more stops
         beast::error_code ec;
         _stream.socket().shutdown(Protocol::socket::shutdown_both, ec);
         _stream.close();
@@ -218,6 +308,7 @@ private:
     std::optional<RequestParser> _parser;
     bool _keepAlive = true;
     unsigned _version = 11;
+    std::shared_ptr<ResponseBodyStream> _body;  // the streamed answer being sent
 };
 
 }  // namespace

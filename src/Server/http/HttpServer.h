@@ -37,6 +37,10 @@ struct HttpServerOptions
     size_t maxHeaderBytes = 16 * 1024;
     // A request (or the next one on a kept-alive connection) must arrive within this time.
     std::chrono::milliseconds readTimeout{30000};
+    // Encoded answer held per connection at most while the client reads it, and how long
+    // the client may take nothing before the answer is abandoned and the connection closed.
+    size_t responseBufferBytes = 4 * 1024 * 1024;
+    std::chrono::milliseconds writeTimeout{60000};
     unsigned ioThreads = 2;
     size_t maxConnections = 1024;
 };
