@@ -11,6 +11,7 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <malloc.h>
 #include <strings.h>
 #include <unistd.h>
 
@@ -30,6 +31,9 @@ std::string localHostName()
         return "localhost";
     return buf;
 }
+
+// Answers at least this large give their freed memory back to the system.
+constexpr size_t kTrimAfterBytes = 1024 * 1024;
 
 // An answer is handed on in pieces of about this size (each ends with an object).
 constexpr size_t kPieceBytes = 16 * 1024;
@@ -101,8 +105,14 @@ void CimHttpService::handle(
             response = HttpResponse::text(500, "internal server error");
         }
         describeOutcome(access, response, result, std::chrono::steady_clock::now());
+        const bool large = response.stream || response.body.size() >= kTrimAfterBytes;
         if (!response.stream)  // else its head went out when the answer began
             done(std::move(response));
+        // A large answer's objects were spread over the worker's heap; the allocator keeps
+        // such freed memory resident unless told, and after a burst of them the server
+        // would stay many times its idle size.
+        if (large)
+            ::malloc_trim(0);
         writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
