@@ -220,3 +220,90 @@ TEST(AssociationBuilders, PathsAndInstancesCarryRehostedEnds)
         String("old"),
         CIMObjectPath(QEL_Common::getStringProperty(dep.getPath(), "Dependent")).getHost());
 }
+
+// Each membership test: empty list, a hit on the last entry (N), and the
+// comparison each one uses (texts exactly, class names without case, paths
+// and instances by matchObjectPath, pool keys by value without case).
+TEST(Membership, EachListComparesItsOwnWay)
+{
+    Array<String> texts;
+    EXPECT_FALSE(QEL_Common::isPartOfArray(String("b"), texts));
+    texts.append("a");
+    texts.append("b");
+    EXPECT_TRUE(QEL_Common::isPartOfArray(String("b"), texts));
+    EXPECT_FALSE(QEL_Common::isPartOfArray(String("B"), texts));
+
+    Array<CIMName> names;
+    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMName("QEL_SFP"), names));
+    names.append("QEL_FCPort");
+    names.append("QEL_SFP");
+    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMName("qel_sfp"), names));
+    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMName("QEL_SFPX"), names));
+
+    Array<CIMObjectPath> paths;
+    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMObjectPath(SFP), paths));
+    paths.append(CIMObjectPath(PORT));
+    paths.append(CIMObjectPath(std::string("//elsewhere/").append(SFP).c_str()));
+    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMObjectPath(SFP), paths));  // host ignored
+    EXPECT_FALSE(QEL_Common::isPartOfArray(
+        CIMObjectPath("root/qel:QEL_SFP.Tag=\"0:1:1-AV8000102\""), paths));
+
+    Array<CIMInstance> instances;
+    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMObjectPath(PORT), instances));
+    for (const char* p : {SFP, PORT})
+    {
+        instances.append(CIMInstance(CIMObjectPath(p).getClassName()));
+        instances[instances.size() - 1].setPath(CIMObjectPath(p));
+    }
+    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMObjectPath(PORT), instances));
+    EXPECT_FALSE(QEL_Common::isPartOfArray(holder("x", CIMKeyBinding::STRING), instances));
+
+    EXPECT_FALSE(QEL_Common::isPoolPath(CIMObjectPath("root/qel:QEL_Pool"), "POOL1"));
+    EXPECT_TRUE(QEL_Common::isPoolPath(
+        CIMObjectPath("root/qel:QEL_Pool.A=\"x\",InstanceID=\"pool1\""), "POOL1"));
+    EXPECT_FALSE(
+        QEL_Common::isPoolPath(CIMObjectPath("root/qel:QEL_Pool.InstanceID=\"POOL12\""), "POOL1"));
+}
+
+// The instance builders' paths are the path builders' answers for the same
+// ends, and their reference properties hold those same re-hosted ends.
+TEST(AssociationBuilders, InstancesAgreeWithPathsForSplitHostsAndThreeEnds)
+{
+    const CIMObjectPath port(PORT);
+    const CIMObjectPath sfp(SFP);
+    const CIMObjectPath third("root/qel:QEL_FCPortLESBStatistics.InstanceID=\"S\"");
+    CIMClass cls("QEL_Trio");
+    for (const char* name : {"A", "B", "C"})
+        cls.addProperty(CIMProperty(name, CIMValue(CIMTYPE_REFERENCE, false), 0, "QEL_X"));
+
+    const CIMObjectPath split =
+        QEL_Common::buildAssocPath("QEL_Trio", "A", "B", port, sfp, "h1", "h2", "local", "ns/x");
+    CIMInstance splitInst = QEL_Common::buildAssocInstance(
+        "QEL_Trio", "A", "B", port, sfp, cls, "h1", "h2", "local", "ns/x");
+    EXPECT_EQ(split, splitInst.getPath());
+    ASSERT_EQ(2u, split.getKeyBindings().size());
+    CIMObjectPath b;
+    ASSERT_EQ(0u, QEL_Common::getProperty(splitInst, "B", b));
+    EXPECT_EQ(String("h2"), b.getHost());
+    EXPECT_TRUE(QEL_Common::getPropertyValue(splitInst, "C").isNull());  // only two ends
+
+    const CIMObjectPath trio = QEL_Common::buildAssocPath(
+        "QEL_Trio", "A", "B", "C", port, sfp, third, "array1", "root/qel");
+    EXPECT_EQ(String("array1"), trio.getHost());
+    const Array<CIMKeyBinding>& keys = trio.getKeyBindings();
+    ASSERT_EQ(3u, keys.size());
+    EXPECT_EQ(
+        (Texts{"A", "B", "C"}), (Texts{
+                                    (const char*)keys[0].getName().getString().getCString(),
+                                    (const char*)keys[1].getName().getString().getCString(),
+                                    (const char*)keys[2].getName().getString().getCString()}));
+    EXPECT_EQ(String("array1"), CIMObjectPath(keys[2].getValue()).getHost());
+
+    CIMInstance trioInst = QEL_Common::buildAssocInstance(
+        "QEL_Trio", "A", "B", "C", port, sfp, third, cls, "array1", "root/qel");
+    EXPECT_EQ(trio, trioInst.getPath());
+    CIMObjectPath c;
+    ASSERT_EQ(0u, QEL_Common::getProperty(trioInst, "C", c));
+    EXPECT_TRUE(QEL_Common::matchObjectPath(third, c));
+    EXPECT_EQ(String("array1"), c.getHost());
+}
