@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <string>
+
 using namespace Pegasus;
 using namespace qelcommontest;
 
@@ -221,42 +224,48 @@ TEST(AssociationBuilders, PathsAndInstancesCarryRehostedEnds)
         CIMObjectPath(QEL_Common::getStringProperty(dep.getPath(), "Dependent")).getHost());
 }
 
-// Each membership test: empty list, a hit on the last entry (N), and the
-// comparison each one uses (texts exactly, class names without case, paths
-// and instances by matchObjectPath, pool keys by value without case).
+// One membership test: nothing is in the empty list, the key is found when
+// only the last entry (N) matches it, and the near miss is not found.
+template <class Key, class Entry>
+static void
+checkMembership(const char* label, const Key& key, const Key& nearMiss, const Array<Entry>& entries)
+{
+    SCOPED_TRACE(label);
+    EXPECT_FALSE(QEL_Common::isPartOfArray(key, Array<Entry>()));
+    EXPECT_TRUE(QEL_Common::isPartOfArray(key, entries));
+    EXPECT_FALSE(QEL_Common::isPartOfArray(nearMiss, entries));
+}
+
+template <class Entry>
+static Array<Entry> listOf(std::initializer_list<Entry> entries)
+{
+    Array<Entry> list;
+    for (const Entry& e : entries)
+        list.append(e);
+    return list;
+}
+
+// Each list compares its own way: texts exactly, class names without case,
+// paths and instances by matchObjectPath (host ignored); pool keys by value
+// without case.
 TEST(Membership, EachListComparesItsOwnWay)
 {
-    Array<String> texts;
-    EXPECT_FALSE(QEL_Common::isPartOfArray(String("b"), texts));
-    texts.append("a");
-    texts.append("b");
-    EXPECT_TRUE(QEL_Common::isPartOfArray(String("b"), texts));
-    EXPECT_FALSE(QEL_Common::isPartOfArray(String("B"), texts));
-
-    Array<CIMName> names;
-    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMName("QEL_SFP"), names));
-    names.append("QEL_FCPort");
-    names.append("QEL_SFP");
-    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMName("qel_sfp"), names));
-    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMName("QEL_SFPX"), names));
-
-    Array<CIMObjectPath> paths;
-    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMObjectPath(SFP), paths));
-    paths.append(CIMObjectPath(PORT));
-    paths.append(CIMObjectPath(std::string("//elsewhere/").append(SFP).c_str()));
-    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMObjectPath(SFP), paths));  // host ignored
-    EXPECT_FALSE(QEL_Common::isPartOfArray(
-        CIMObjectPath("root/qel:QEL_SFP.Tag=\"0:1:1-AV8000102\""), paths));
-
+    checkMembership("texts", String("b"), String("B"), listOf<String>({String("a"), String("b")}));
+    checkMembership(
+        "class names", CIMName("qel_sfp"), CIMName("QEL_SFPX"),
+        listOf<CIMName>({CIMName("QEL_FCPort"), CIMName("QEL_SFP")}));
+    const CIMObjectPath otherSfp("root/qel:QEL_SFP.Tag=\"0:1:1-AV8000102\"");
+    checkMembership(
+        "paths", CIMObjectPath(SFP), otherSfp,
+        listOf<CIMObjectPath>(
+            {CIMObjectPath(PORT), CIMObjectPath(std::string("//elsewhere/").append(SFP).c_str())}));
     Array<CIMInstance> instances;
-    EXPECT_FALSE(QEL_Common::isPartOfArray(CIMObjectPath(PORT), instances));
-    for (const char* p : {SFP, PORT})
+    for (const char* p : {PORT, SFP})
     {
         instances.append(CIMInstance(CIMObjectPath(p).getClassName()));
         instances[instances.size() - 1].setPath(CIMObjectPath(p));
     }
-    EXPECT_TRUE(QEL_Common::isPartOfArray(CIMObjectPath(PORT), instances));
-    EXPECT_FALSE(QEL_Common::isPartOfArray(holder("x", CIMKeyBinding::STRING), instances));
+    checkMembership("instances", CIMObjectPath(SFP), otherSfp, instances);
 
     EXPECT_FALSE(QEL_Common::isPoolPath(CIMObjectPath("root/qel:QEL_Pool"), "POOL1"));
     EXPECT_TRUE(QEL_Common::isPoolPath(

@@ -84,43 +84,13 @@ CIMObjectPath _rehost(const CIMObjectPath& path, const String& host)
 }
 
 // The ends of one association: its reference property names and the paths
-// they hold, in key order (two or three ends).
+// they hold, in key order (two or three ends; count says how many).
 struct _AssocEnds
 {
     CIMName names[3];
     CIMObjectPath ends[3];
     Uint32 count;
 };
-
-_AssocEnds _twoEnds(
-    const CIMName& name1,
-    const CIMName& name2,
-    const CIMObjectPath& end1,
-    const CIMObjectPath& end2)
-{
-    _AssocEnds e;
-    e.names[0] = name1;
-    e.names[1] = name2;
-    e.ends[0] = end1;
-    e.ends[1] = end2;
-    e.count = 2;
-    return e;
-}
-
-_AssocEnds _threeEnds(
-    const CIMName& name1,
-    const CIMName& name2,
-    const CIMName& name3,
-    const CIMObjectPath& end1,
-    const CIMObjectPath& end2,
-    const CIMObjectPath& end3)
-{
-    _AssocEnds e = _twoEnds(name1, name2, end1, end2);
-    e.names[2] = name3;
-    e.ends[2] = end3;
-    e.count = 3;
-    return e;
-}
 
 CIMObjectPath _assocPath(
     const String& host,
@@ -427,7 +397,7 @@ CIMObjectPath QEL_Common::buildDepAssocPath(
 {
     return _assocPath(
         systemAddress, ARRAY_NAMESPACE, assocClass,
-        _twoEnds("Antecedent", "Dependent", antecedent, dependent));
+        _AssocEnds{{"Antecedent", "Dependent"}, {antecedent, dependent}, 2});
 }
 
 CIMInstance QEL_Common::buildDepAssocInstance(
@@ -438,7 +408,7 @@ CIMInstance QEL_Common::buildDepAssocInstance(
     const CIMClass& classSkeleton)
 {
     return _assocInstance(
-        classSkeleton, _twoEnds("Antecedent", "Dependent", antecedent, dependent),
+        classSkeleton, _AssocEnds{{"Antecedent", "Dependent"}, {antecedent, dependent}, 2},
         buildDepAssocPath(systemAddress, assocClass, antecedent, dependent));
 }
 
@@ -469,9 +439,10 @@ CIMObjectPath QEL_Common::buildAssocPath(
 {
     return _assocPath(
         localAddress, nameSpace, assocClass,
-        _twoEnds(
-            assocName1, assocName2, _rehost(assocPath1, hostAddress1),
-            _rehost(assocPath2, hostAddress2)));
+        _AssocEnds{
+            {assocName1, assocName2},
+            {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)},
+            2});
 }
 
 CIMObjectPath QEL_Common::buildAssocPath(
@@ -487,9 +458,11 @@ CIMObjectPath QEL_Common::buildAssocPath(
 {
     return _assocPath(
         hostAddress, nameSpace, assocClass,
-        _threeEnds(
-            assocName1, assocName2, assocName3, _rehost(assocPath1, hostAddress),
-            _rehost(assocPath2, hostAddress), _rehost(assocPath3, hostAddress)));
+        _AssocEnds{
+            {assocName1, assocName2, assocName3},
+            {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+             _rehost(assocPath3, hostAddress)},
+            3});
 }
 
 CIMInstance QEL_Common::buildAssocInstance(
@@ -520,9 +493,10 @@ CIMInstance QEL_Common::buildAssocInstance(
     const String& localAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const _AssocEnds ends = _twoEnds(
-        assocName1, assocName2, _rehost(assocPath1, hostAddress1),
-        _rehost(assocPath2, hostAddress2));
+    const _AssocEnds ends = {
+        {assocName1, assocName2},
+        {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)},
+        2};
     return _assocInstance(
         classSkeleton, ends, _assocPath(localAddress, nameSpace, assocClass, ends));
 }
@@ -539,9 +513,11 @@ CIMInstance QEL_Common::buildAssocInstance(
     const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const _AssocEnds ends = _threeEnds(
-        assocName1, assocName2, assocName3, _rehost(assocPath1, hostAddress),
-        _rehost(assocPath2, hostAddress), _rehost(assocPath3, hostAddress));
+    const _AssocEnds ends = {
+        {assocName1, assocName2, assocName3},
+        {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+         _rehost(assocPath3, hostAddress)},
+        3};
     return _assocInstance(
         classSkeleton, ends, _assocPath(hostAddress, nameSpace, assocClass, ends));
 }
