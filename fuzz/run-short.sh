@@ -14,9 +14,10 @@ command -v ninja >/dev/null && generator=(-G Ninja)
 cmake -S . -B "$build" "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DQEL_BUILD_FUZZ=ON -DQEL_SANITIZE=ON \
   -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF >/dev/null
-cmake --build "$build" -j "${JOBS:-2}" --target fuzz_cimxml_request fuzz_object_path fuzz_mof fuzz_port_wwn \
-  fuzz_config_file
-for target in cimxml_request:cimxml object_path:path mof:mof port_wwn:wwn config_file:config; do
+cmake --build "$build" -j "${JOBS:-2}" --target fuzz_cimxml_request fuzz_cimxml_response \
+  fuzz_object_path fuzz_mof fuzz_port_wwn fuzz_config_file
+for target in cimxml_request:cimxml cimxml_response:response object_path:path mof:mof port_wwn:wwn \
+  config_file:config; do
   name=${target%%:*}
   corpus=${target##*:}
   work=$(mktemp -d)
