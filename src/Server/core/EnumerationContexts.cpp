@@ -6,6 +6,7 @@
 #include <Pegasus/Common/CIMStatusCode.h>
 
 #include <cerrno>
+#include <pthread.h>
 #include <stdexcept>
 #include <sys/random.h>
 
@@ -57,7 +58,11 @@ EnumerationContexts::EnumerationContexts(EnumerationLimits limits) : _limits(std
     check(_limits.bufferedObjects >= 1, "a context must keep at least one object");
     _workers = std::make_unique<ThreadPool>(_limits.maxContexts, 0, true);
     if (!_limits.clock)
+    {
         _reaper = std::thread([this] { _reaperLoop(); });
+        // Named for top -H and the benchmarks that measure it.
+        pthread_setname_np(_reaper.native_handle(), "qel-enum-reaper");
+    }
 }
 
 EnumerationContexts::~EnumerationContexts()
