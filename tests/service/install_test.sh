@@ -83,6 +83,14 @@ fi
 # 2. A provider module built out of tree against the staged SDK.
 generator=()
 command -v ninja >/dev/null && generator=(-G Ninja)
+step "every installed command runs from the stage and has its manual in --help"
+for cmd in sbin/qel-cimserver sbin/qel-passwd bin/qelsim bin/qel-mofcheck; do
+  text=$("$root/$cmd" --help) || fail "$cmd --help failed"
+  for section in NAME SYNOPSIS DESCRIPTION OPTIONS "EXIT STATUS"; do
+    grep -qx "$section" <<<"$text" || fail "$cmd --help has no $section section"
+  done
+done
+
 step "out-of-tree module with find_package(QelPegasus)"
 cmake -S "$source/examples/provider-module" -B "$work/greeting" "${generator[@]}" \
   -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$root" >"$work/greeting.log" 2>&1 ||

@@ -162,11 +162,15 @@ TEST(PullRequests, ParametersThatCannotBeReadAreRefusedNamingThem)
         {"close with a NULL EnumerationContext",
          intrinsic("CloseEnumeration", "<IPARAMVALUE NAME=\"EnumerationContext\"/>"),
          "parameter EnumerationContext must not be NULL"},
+        // Two elements, within the operation's count: the repeat itself is refused.
         {"MaxObjectCount twice, once NULL",
+         pull(param("MaxObjectCount", value("1")) + "<IPARAMVALUE NAME=\"MaxObjectCount\"/>"),
+         "parameter MaxObjectCount given twice"},
+        {"one parameter more than the operation has",
          pull(
              kContext + param("MaxObjectCount", value("1")) +
              "<IPARAMVALUE NAME=\"MaxObjectCount\"/>"),
-         "parameter MaxObjectCount given twice"},
+         "more than 2 IPARAMVALUE elements in IMETHODCALL PullInstancesWithPath (limit 2)"},
         {"a class where the open needs an instance",
          intrinsic(
              "OpenReferenceInstancePaths",
