@@ -107,6 +107,19 @@ void writeResult(
         case ResultKind::PropertyValue:
             writeValue(out, r.value);
             break;
+        case ResultKind::InstancesWithPath:
+            writeItems(
+                out, r.instances.size(),
+                [&](Uint32 i) {
+                    writeInstanceWithPath(
+                        out, r.instances[i], completed(r.instances[i].getPath(), host, ns));
+                });
+            break;
+        case ResultKind::InstancePaths:
+            writeItems(
+                out, r.paths.size(),
+                [&](Uint32 i) { writeInstancePath(out, completed(r.paths[i], host, ns)); });
+            break;
     }
 }
 
@@ -183,6 +196,14 @@ void readResult(
                 bad("more than one property value");
             r.value = items.empty() ? CIMValue() : reader.untypedValue(items[0]);
             break;
+        case ResultKind::InstancesWithPath:
+            for (pugi::xml_node n : items)
+                r.instances.append(reader.instanceWithPath(n));
+            break;
+        case ResultKind::InstancePaths:
+            for (pugi::xml_node n : items)
+                r.paths.append(reader.instancePath(n));
+            break;
     }
 }
 
@@ -222,6 +243,8 @@ std::string encodeResponse(const CimResponse& r, const String& host, const CIMNa
             writeResult(out, r, kind, host, ns);
             out += "</IRETURNVALUE>";
         }
+        for (Uint32 i = 0; i < r.outParameters.size(); ++i)
+            writeParamValue(out, r.outParameters[i]);
     }
     out += "</";
     out += element;
@@ -285,6 +308,8 @@ CimResponse decodeResponse(const char* body, size_t size, const CimRequest& requ
         std::vector<pugi::xml_node> items;
         if (i < children.size() && is(children[i], "IRETURNVALUE"))
             items = elementChildren(children[i++]);
+        for (; i < children.size() && is(children[i], "PARAMVALUE"); ++i)
+            r.outParameters.append(reader.paramValue(children[i]));
         if (i != children.size())
             bad(std::string("unexpected ") + children[i].name());
         readResult(r, specOf(request.operation).result, items, reader, request);
