@@ -18,7 +18,7 @@ build=build/fuzz
 # target:corpus folder:floor   cov of a blind 15 s run (- not measured) / seeds alone / a 15 s run
 targets=(
   cimxml_request:cimxml:900   # 12 / 1,005 / 1,501
-  cimxml_response:cimxml-response:300 # - / - / -
+  cimxml_response:response:300 # - / - / -
   object_path:path:300        # 14 / 348 / 637
   mof:mof:480                 # 122 / 549 / 942
   http_request_head:http:1000 # 773 / 1,012 / 1,561

@@ -6,10 +6,13 @@
 // the run. On a busy machine the CPU times are steadier than the wall-clock figures.
 // BM_InProcess* build and encode the same answers on the same server without HTTP,
 // authentication or client: the wire figures divided by these are the host's overhead.
+// BM_Pull* page the same enumeration with the pull operations (pages of 500), and
+// BM_IdleContexts measures what open enumerations that nobody pulls cost.
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 #include <Server/clienttransport/InstallTransports.h>
 #include <Server/core/Dispatcher.h>
+#include <Server/core/EnumerationContexts.h>
 #include <Server/main/WireServer.h>
 #include <Server/xml/ResponseCodec.h>
 
@@ -24,7 +27,9 @@
 #include <condition_variable>
 #include <filesystem>
 #include <ctime>
+#include <dirent.h>
 #include <fstream>
+#include <thread>
 #include <mutex>
 #include <sstream>
 #include <sys/resource.h>
@@ -302,6 +307,159 @@ void BM_InProcessGetInstance(benchmark::State& state)
                    CIMNamespaceName("root/qel"), target, true, false, false, CIMPropertyList()));
 }
 BENCHMARK(BM_InProcessGetInstance)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+// CPU time, in ms, of this process's thread named `name` ("" when there is none).
+double namedThreadCpuMs(const std::string& name)
+{
+    DIR* tasks = opendir("/proc/self/task");
+    double ms = -1;
+    while (dirent* entry = tasks ? readdir(tasks) : nullptr)
+    {
+        const std::string dir = std::string("/proc/self/task/") + entry->d_name;
+        std::string comm;
+        std::getline(std::ifstream(dir + "/comm"), comm);
+        if (comm != name)
+            continue;
+        std::string stat;
+        std::getline(std::ifstream(dir + "/stat"), stat);
+        // Fields 14 and 15 (utime, stime), counted after the command's closing parenthesis.
+        std::istringstream fields(stat.substr(stat.rfind(')') + 2));
+        std::string field;
+        double ticks = 0;
+        for (int i = 3; i <= 15 && fields >> field; ++i)
+            if (i >= 14)
+                ticks += std::stod(field);
+        ms = ticks * 1000.0 / static_cast<double>(sysconf(_SC_CLK_TCK));
+    }
+    if (tasks)
+        closedir(tasks);
+    return ms;
+}
+
+CIMClient& pullClient(Server& s)
+{
+    static CIMClient client;
+    static Server* connectedTo = nullptr;
+    static unsigned ports = 0;
+    if (connectedTo != &s || ports != s.ports)
+    {
+        client.disconnect();
+        client.connect("127.0.0.1", s.wire->tcpPort(), s.user.c_str(), s.password.c_str());
+        connectedTo = &s;
+        ports = s.ports;
+    }
+    return client;
+}
+
+// The time to the first page of 500 ports: the open alone (manual time). The enumeration
+// is closed after each, and its provider has returned before the next one starts.
+void BM_PullFirstPage(benchmark::State& state)
+{
+    Server& s = serverFor(static_cast<unsigned>(state.range(0)));
+    CIMClient& client = pullClient(s);
+    for (auto _ : state)
+    {
+        CIMEnumerationContext context;
+        Boolean eos = false;
+        const auto t0 = std::chrono::steady_clock::now();
+        const Array<CIMInstance> page = client.openEnumerateInstances(
+            context, eos, "root/qel", CIMName("QEL_FCPort"), true, false, CIMPropertyList(), "", "",
+            Uint32Arg(), false, 500);
+        state.SetIterationTime(
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
+        benchmark::DoNotOptimize(page.size());
+        if (!eos)
+            client.closeEnumeration(context);
+        s.wire->core().enumerations().waitUntilIdle();
+    }
+}
+BENCHMARK(BM_PullFirstPage)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The whole set in pages of 500: the open and every pull until the end of the sequence,
+// with the CPU time per set of the whole process and of the server alone.
+void BM_PullWholeSet(benchmark::State& state)
+{
+    Server& s = serverFor(static_cast<unsigned>(state.range(0)));
+    CIMClient& client = pullClient(s);
+    const double process0 = processCpuMs(), client0 = threadCpuMs();
+    size_t pages = 0, objects = 0;
+    for (auto _ : state)
+    {
+        CIMEnumerationContext context;
+        Boolean eos = false;
+        Array<CIMInstance> page = client.openEnumerateInstances(
+            context, eos, "root/qel", CIMName("QEL_FCPort"), true, false, CIMPropertyList(), "", "",
+            Uint32Arg(), false, 500);
+        objects = page.size();
+        for (pages = 1; !eos; ++pages)
+            objects += client.pullInstancesWithPath(context, eos, 500).size();
+    }
+    const double processMs = processCpuMs() - process0, clientMs = threadCpuMs() - client0;
+    state.counters["pages"] = static_cast<double>(pages);
+    state.counters["objects"] = static_cast<double>(objects);
+    state.counters["cpu_ms"] = processMs / static_cast<double>(state.iterations());
+    state.counters["server_cpu_ms"] =
+        (processMs - clientMs) / static_cast<double>(state.iterations());
+    state.counters["rss_MiB"] = residentKiB() / 1024.0;
+}
+BENCHMARK(BM_PullWholeSet)->Arg(1000)->Arg(10000)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// Open enumerations that nobody pulls: 16 (one user's maximum) opened with MaxObjectCount
+// 0, waited for until their providers have filled what a context keeps (all of it for 100
+// ports, the 1,000 a context keeps for 10,000) and wait. Reports the resident memory each
+// costs and the reaper thread's CPU time while they wait for 3 seconds; then the same
+// number, opened with OperationTimeout 1, and the reaper's CPU time until it has ended
+// them all.
+void BM_IdleContexts(benchmark::State& state)
+{
+    Server& s = serverFor(static_cast<unsigned>(state.range(0)));
+    CIMClient& client = pullClient(s);
+    EnumerationContexts& contexts = s.wire->core().enumerations();
+    const unsigned count = contexts.limits().maxContextsPerUser;
+    const size_t kept = std::min<size_t>(s.ports, contexts.limits().bufferedObjects);
+    // With `filled`, returns once every provider has filled what its context keeps.
+    const auto openAll = [&](Uint32 timeout, bool filled)
+    {
+        std::vector<std::unique_ptr<CIMEnumerationContext>> opened;
+        for (unsigned i = 0; i < count; ++i)
+        {
+            opened.push_back(std::make_unique<CIMEnumerationContext>());
+            Boolean eos = false;
+            client.openEnumerateInstances(
+                *opened.back(), eos, "root/qel", CIMName("QEL_FCPort"), true, false,
+                CIMPropertyList(), "", "", Uint32Arg(timeout), false, 0);
+        }
+        while (filled && contexts.stats().bufferedObjects < count * kept)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return opened;
+    };
+    for (auto _ : state)
+    {
+        const long before = residentKiB();
+        std::vector<std::unique_ptr<CIMEnumerationContext>> idle = openAll(300, true);
+        const long held = residentKiB();
+        const double idle0 = namedThreadCpuMs("qel-enum-reaper");
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+        const double idle1 = namedThreadCpuMs("qel-enum-reaper");
+        for (auto& context : idle)
+            client.closeEnumeration(*context);
+        contexts.waitUntilIdle();
+
+        // These may expire before their providers have filled them (10,000 ports take
+        // longer than a second to build 16 times over): the reaper ends them either way.
+        openAll(1, false);
+        const double expiring0 = namedThreadCpuMs("qel-enum-reaper");
+        while (contexts.stats().open != 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        contexts.waitUntilIdle();
+        const double expiring1 = namedThreadCpuMs("qel-enum-reaper");
+        state.counters["contexts"] = count;
+        state.counters["KiB_per_context"] = static_cast<double>(held - before) / count;
+        state.counters["reaper_ms_idle_3s"] = idle1 - idle0;
+        state.counters["reaper_ms_ending_all"] = expiring1 - expiring0;
+    }
+}
+BENCHMARK(BM_IdleContexts)->Arg(100)->Arg(10000)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

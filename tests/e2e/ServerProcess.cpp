@@ -94,7 +94,9 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
     return r;
 }
 
-ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
+ServerProcess::ServerProcess(
+    const std::map<std::string, std::string>& users,
+    const std::vector<std::string>& options)
 {
     char tmpl[] = "/tmp/qel-e2e-XXXXXX";
     if (!mkdtemp(tmpl))
@@ -109,6 +111,18 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
         _passwords[u.first] = r.out.substr(0, r.out.find('\n'));
     }
     const std::string logPath = _dir + "/server.log";
+    // Built before the fork: the child only execs. Its log goes to the file too (not to the
+    // journal or syslog, as it would without a terminal).
+    const std::string socket = _dir + "/cim.socket";
+    std::vector<std::string> args = {QEL_E2E_SERVER, "--port",       "0",
+                                     "--socket",     socket,         "--password-file",
+                                     passwd,         "--log-target", "stderr"};
+    args.insert(args.end(), options.begin(), options.end());
+    std::vector<char*> argv;
+    for (std::string& a : args)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
+    const std::string state = statePath();
     const pid_t parent = getpid();
     _pid = fork();
     if (_pid == 0)
@@ -121,14 +135,8 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
         dup2(fd, 1);
         dup2(fd, 2);
         setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
-        setenv("QELSIM_STATE", statePath().c_str(), 1);
-        const std::string socket = _dir + "/cim.socket";
-        // Its log goes to the file too (not to the journal or syslog, as it would without a
-        // terminal).
-        execl(
-            QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(),
-            "--password-file", passwd.c_str(), "--log-target", "stderr",
-            static_cast<char*>(nullptr));
+        setenv("QELSIM_STATE", state.c_str(), 1);
+        execv(QEL_E2E_SERVER, argv.data());
         _exit(127);
     }
     // The server prints its port once it listens; sanitizer builds take a while to load.

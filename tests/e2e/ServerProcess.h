@@ -25,8 +25,11 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
 class ServerProcess
 {
 public:
-    // Users and their roles in the demo array: each gets a generated password.
-    explicit ServerProcess(const std::map<std::string, std::string>& users);
+    // Users and their roles in the demo array: each gets a generated password. `options`
+    // follow the server's own (e.g. {"--pull-max-contexts-per-user", "2"}).
+    explicit ServerProcess(
+        const std::map<std::string, std::string>& users,
+        const std::vector<std::string>& options = {});
     ~ServerProcess();
     ServerProcess(const ServerProcess&) = delete;
     ServerProcess& operator=(const ServerProcess&) = delete;

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <string>
+
 using namespace Pegasus;
 using namespace qelcommontest;
 
@@ -219,4 +222,97 @@ TEST(AssociationBuilders, PathsAndInstancesCarryRehostedEnds)
     EXPECT_EQ(
         String("old"),
         CIMObjectPath(QEL_Common::getStringProperty(dep.getPath(), "Dependent")).getHost());
+}
+
+// One membership test: nothing is in the empty list, the key is found when
+// only the last entry (N) matches it, and the near miss is not found.
+template <class Key, class Entry>
+static void
+checkMembership(const char* label, const Key& key, const Key& nearMiss, const Array<Entry>& entries)
+{
+    SCOPED_TRACE(label);
+    EXPECT_FALSE(QEL_Common::isPartOfArray(key, Array<Entry>()));
+    EXPECT_TRUE(QEL_Common::isPartOfArray(key, entries));
+    EXPECT_FALSE(QEL_Common::isPartOfArray(nearMiss, entries));
+}
+
+template <class Entry>
+static Array<Entry> listOf(std::initializer_list<Entry> entries)
+{
+    Array<Entry> list;
+    for (const Entry& e : entries)
+        list.append(e);
+    return list;
+}
+
+// Each list compares its own way: texts exactly, class names without case,
+// paths and instances by matchObjectPath (host ignored); pool keys by value
+// without case.
+TEST(Membership, EachListComparesItsOwnWay)
+{
+    checkMembership("texts", String("b"), String("B"), listOf<String>({String("a"), String("b")}));
+    checkMembership(
+        "class names", CIMName("qel_sfp"), CIMName("QEL_SFPX"),
+        listOf<CIMName>({CIMName("QEL_FCPort"), CIMName("QEL_SFP")}));
+    const CIMObjectPath otherSfp("root/qel:QEL_SFP.Tag=\"0:1:1-AV8000102\"");
+    checkMembership(
+        "paths", CIMObjectPath(SFP), otherSfp,
+        listOf<CIMObjectPath>(
+            {CIMObjectPath(PORT), CIMObjectPath(std::string("//elsewhere/").append(SFP).c_str())}));
+    Array<CIMInstance> instances;
+    for (const char* p : {PORT, SFP})
+    {
+        instances.append(CIMInstance(CIMObjectPath(p).getClassName()));
+        instances[instances.size() - 1].setPath(CIMObjectPath(p));
+    }
+    checkMembership("instances", CIMObjectPath(SFP), otherSfp, instances);
+
+    EXPECT_FALSE(QEL_Common::isPoolPath(CIMObjectPath("root/qel:QEL_Pool"), "POOL1"));
+    EXPECT_TRUE(QEL_Common::isPoolPath(
+        CIMObjectPath("root/qel:QEL_Pool.A=\"x\",InstanceID=\"pool1\""), "POOL1"));
+    EXPECT_FALSE(
+        QEL_Common::isPoolPath(CIMObjectPath("root/qel:QEL_Pool.InstanceID=\"POOL12\""), "POOL1"));
+}
+
+// The instance builders' paths are the path builders' answers for the same
+// ends, and their reference properties hold those same re-hosted ends.
+TEST(AssociationBuilders, InstancesAgreeWithPathsForSplitHostsAndThreeEnds)
+{
+    const CIMObjectPath port(PORT);
+    const CIMObjectPath sfp(SFP);
+    const CIMObjectPath third("root/qel:QEL_FCPortLESBStatistics.InstanceID=\"S\"");
+    CIMClass cls("QEL_Trio");
+    for (const char* name : {"A", "B", "C"})
+        cls.addProperty(CIMProperty(name, CIMValue(CIMTYPE_REFERENCE, false), 0, "QEL_X"));
+
+    const CIMObjectPath split =
+        QEL_Common::buildAssocPath("QEL_Trio", "A", "B", port, sfp, "h1", "h2", "local", "ns/x");
+    CIMInstance splitInst = QEL_Common::buildAssocInstance(
+        "QEL_Trio", "A", "B", port, sfp, cls, "h1", "h2", "local", "ns/x");
+    EXPECT_EQ(split, splitInst.getPath());
+    ASSERT_EQ(2u, split.getKeyBindings().size());
+    CIMObjectPath b;
+    ASSERT_EQ(0u, QEL_Common::getProperty(splitInst, "B", b));
+    EXPECT_EQ(String("h2"), b.getHost());
+    EXPECT_TRUE(QEL_Common::getPropertyValue(splitInst, "C").isNull());  // only two ends
+
+    const CIMObjectPath trio = QEL_Common::buildAssocPath(
+        "QEL_Trio", "A", "B", "C", port, sfp, third, "array1", "root/qel");
+    EXPECT_EQ(String("array1"), trio.getHost());
+    const Array<CIMKeyBinding>& keys = trio.getKeyBindings();
+    ASSERT_EQ(3u, keys.size());
+    EXPECT_EQ(
+        (Texts{"A", "B", "C"}), (Texts{
+                                    (const char*)keys[0].getName().getString().getCString(),
+                                    (const char*)keys[1].getName().getString().getCString(),
+                                    (const char*)keys[2].getName().getString().getCString()}));
+    EXPECT_EQ(String("array1"), CIMObjectPath(keys[2].getValue()).getHost());
+
+    CIMInstance trioInst = QEL_Common::buildAssocInstance(
+        "QEL_Trio", "A", "B", "C", port, sfp, third, cls, "array1", "root/qel");
+    EXPECT_EQ(trio, trioInst.getPath());
+    CIMObjectPath c;
+    ASSERT_EQ(0u, QEL_Common::getProperty(trioInst, "C", c));
+    EXPECT_TRUE(QEL_Common::matchObjectPath(third, c));
+    EXPECT_EQ(String("array1"), c.getHost());
 }

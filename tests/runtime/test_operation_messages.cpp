@@ -3,6 +3,7 @@
 // and a server takes the operation's defaults for the rest), with which values, and what a
 // response turns into for the caller.
 #include <functional>
+#include <vector>
 #include <gtest/gtest.h>
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
@@ -79,6 +80,12 @@ std::string describe(const CIMOperationRequest& r)
         {P::NewValue, [&] { return str(r.newValue.toString()); }},
         {P::QueryLanguage, [&] { return str(r.queryLanguage); }},
         {P::Query, [&] { return str(r.query); }},
+        {P::FilterQueryLanguage, [&] { return str(r.filterQueryLanguage); }},
+        {P::FilterQuery, [&] { return str(r.filterQuery); }},
+        {P::OperationTimeout, [&] { return std::to_string(r.operationTimeout); }},
+        {P::ContinueOnError, [&] { return flag(r.continueOnError); }},
+        {P::MaxObjectCount, [&] { return std::to_string(r.maxObjectCount); }},
+        {P::EnumerationContext, [&] { return str(r.enumerationContext); }},
     };
     static const char* const names[] = {
         "ClassName",
@@ -100,7 +107,13 @@ std::string describe(const CIMOperationRequest& r)
         "PropertyName",
         "NewValue",
         "QueryLanguage",
-        "Query"};
+        "Query",
+        "FilterQueryLanguage",
+        "FilterQuery",
+        "OperationTimeout",
+        "ContinueOnError",
+        "MaxObjectCount",
+        "EnumerationContext"};
     std::string s = str(r.methodName) + "@" + str(r.nameSpace.getString());
     for (const auto& p : params)
         if (r.has(p.first))
@@ -247,6 +260,222 @@ TEST(OperationRequests, EachOperationGivesItsParametersAndTheClientSendsWhatTheH
         capture->last = CIMOperationRequest();
         c.client(client);
         EXPECT_EQ(describe(capture->last), c.expected);
+    }
+}
+
+// An open's or a pull's answer: `eos`, and the context when the sequence goes on.
+CIMOperationResponse pageAnswer(bool eos, const char* context)
+{
+    CIMOperationResponse r;
+    r.methodName = "OpenEnumerateInstances";
+    r.outParameters = CIMOperationResponse::enumerationState(eos, context);
+    return r;
+}
+
+TEST(OperationRequests, ThePullCallsOfTheClientGiveTheirParametersAndFollowTheContext)
+{
+    const CIMNamespaceName ns("root/qel");
+    const CIMObjectPath path("QEL_FCPort.DeviceID=\"A\"");
+    const std::string port = "QEL_FCPort.DeviceID=\"A\"";
+    auto capture = std::make_shared<Capture>();
+    FactoryGuard guard{TcpTransportFactory(), [capture](Uint32) {
+                           return std::unique_ptr<ClientTransport>(new CapturingTransport(capture));
+                       }};
+    CIMClient client;
+    client.connectLocal();
+    CIMEnumerationContext context;
+    Boolean eos = true;
+    // Every call is answered "go on with ctx-1".
+    capture->reply = pageAnswer(false, "ctx-1");
+    struct Case
+    {
+        std::string expected;
+        std::function<void()> call;
+    };
+    // DSP0200's defaults are sent as such (the two flags, MaxObjectCount 0); NULLs are left out.
+    const Case cases[] = {
+        {"OpenEnumerateInstances@root/qel ClassName=QEL_FCPort DeepInheritance=1 "
+         "IncludeClassOrigin=0 ContinueOnError=0 MaxObjectCount=0",
+         [&] { client.openEnumerateInstances(context, eos, ns, "QEL_FCPort"); }},
+        {"OpenEnumerateInstances@root/qel ClassName=QEL_FCPort DeepInheritance=0 "
+         "IncludeClassOrigin=1 PropertyList=Speed FilterQueryLanguage=DMTF:FQL "
+         "FilterQuery=Speed > 1 OperationTimeout=60 ContinueOnError=1 MaxObjectCount=500",
+         [&]
+         {
+             client.openEnumerateInstances(
+                 context, eos, ns, "QEL_FCPort", false, true, listOf({"Speed"}), "DMTF:FQL",
+                 "Speed > 1", Uint32Arg(60), true, 500);
+         }},
+        {"OpenEnumerateInstancePaths@root/qel ClassName=QEL_FCPort OperationTimeout=0 "
+         "ContinueOnError=0 MaxObjectCount=4294967295",
+         [&]
+         {
+             client.openEnumerateInstancePaths(
+                 context, eos, ns, "QEL_FCPort", "", "", Uint32Arg(0), false, 4294967295u);
+         }},
+        {"OpenReferenceInstances@root/qel InstanceName=" + port +
+             " IncludeClassOrigin=0 PropertyList=EMPTY ResultClass=QEL_FCPortSFP Role=Dependent "
+             "ContinueOnError=0 MaxObjectCount=1",
+         [&]
+         {
+             client.openReferenceInstances(
+                 context, eos, ns, path, "QEL_FCPortSFP", "Dependent", false, listOf({}), "", "",
+                 Uint32Arg(), false, 1);
+         }},
+        {"OpenReferenceInstancePaths@root/qel InstanceName=" + port +
+             " ContinueOnError=0 MaxObjectCount=0",
+         [&] { client.openReferenceInstancePaths(context, eos, ns, path); }},
+        {"OpenAssociatorInstances@root/qel InstanceName=" + port +
+             " IncludeClassOrigin=1 AssocClass=QEL_FCPortSFP ResultClass=QEL_SFP "
+             "ResultRole=Antecedent ContinueOnError=0 MaxObjectCount=0",
+         [&]
+         {
+             client.openAssociatorInstances(
+                 context, eos, ns, path, "QEL_FCPortSFP", "QEL_SFP", "", "Antecedent", true);
+         }},
+        {"OpenAssociatorInstancePaths@root/qel InstanceName=" + port +
+             " Role=Dependent ContinueOnError=0 MaxObjectCount=0",
+         [&] {
+             client.openAssociatorInstancePaths(
+                 context, eos, ns, path, CIMName(), CIMName(), "Dependent");
+         }},
+        // The calls on an open enumeration go to its namespace with the context last
+        // answered.
+        {"PullInstancesWithPath@root/qel MaxObjectCount=7 EnumerationContext=ctx-1",
+         [&] { client.pullInstancesWithPath(context, eos, 7); }},
+        {"PullInstancePaths@root/qel MaxObjectCount=0 EnumerationContext=ctx-1",
+         [&] { client.pullInstancePaths(context, eos, 0); }},
+        {"EnumerationCount@root/qel EnumerationContext=ctx-1",
+         [&] { client.enumerationCount(context); }},
+        {"CloseEnumeration@root/qel EnumerationContext=ctx-1",
+         [&] { client.closeEnumeration(context); }},
+        // Closing forgets the context.
+        {"PullInstancePaths@root/qel MaxObjectCount=3 EnumerationContext=",
+         [&] { client.pullInstancePaths(context, eos, 3); }},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.expected);
+        capture->last = CIMOperationRequest();
+        c.call();
+        EXPECT_EQ(describe(capture->last), c.expected);
+        EXPECT_FALSE(eos);
+    }
+
+    // The end of the sequence forgets the context too, and a context never opened has
+    // nowhere to go.
+    capture->reply = pageAnswer(false, "ctx-2");
+    client.openEnumerateInstances(context, eos, ns, "QEL_FCPort");
+    capture->reply = pageAnswer(true, "ignored");
+    client.pullInstancesWithPath(context, eos, 1);
+    EXPECT_TRUE(eos);
+    client.pullInstancesWithPath(context, eos, 1);
+    EXPECT_EQ(
+        describe(capture->last),
+        "PullInstancesWithPath@root/qel MaxObjectCount=1 EnumerationContext=");
+    CIMEnumerationContext never;
+    capture->last = CIMOperationRequest();
+    try
+    {
+        client.pullInstancePaths(never, eos, 1);
+        ADD_FAILURE() << "a pull on a context never opened was sent";
+    }
+    catch (const CIMException& e)
+    {
+        EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    }
+    EXPECT_EQ(describe(capture->last), "@") << "nothing is sent";
+}
+
+TEST(OperationResponses, AnOpenOrAPullTellsItsEndAndContextAndACountMayBeUnknown)
+{
+    const CIMParamValue untypedTrue("EndOfSequence", CIMValue(String("true")), false);
+    const CIMParamValue untypedFalse("EndOfSequence", CIMValue(String("FALSE")), false);
+    const CIMParamValue context("EnumerationContext", CIMValue(String("c9")), false);
+    const CIMParamValue nullContext("EnumerationContext", CIMValue(CIMTYPE_STRING, false));
+    const CIMParamValue oddFlag("EndOfSequence", CIMValue(String("maybe")), false);
+    const CIMParamValue numberFlag("EndOfSequence", CIMValue(Uint32(1)));
+    const char* const noEos = "OpenEnumerateInstances answered without EndOfSequence";
+    const char* const noContext = "OpenEnumerateInstances answered without EnumerationContext";
+    struct Case
+    {
+        const char* what;
+        std::vector<CIMParamValue> out;
+        std::string expected;  // "eos|context", or the error's message
+    };
+    const Array<CIMParamValue> ours = CIMOperationResponse::enumerationState(false, "c7");
+    const Case cases[] = {
+        {"our own answer, going on", {ours[0], ours[1]}, "0|c7"},
+        {"untyped, as other servers send it", {untypedFalse, context}, "0|c9"},
+        {"untyped end, NULL context", {untypedTrue, nullContext}, "1|"},
+        {"end without any context", {untypedTrue}, "1|"},
+        {"no EndOfSequence", {context}, noEos},
+        {"no parameter at all", {}, noEos},
+        {"EndOfSequence neither TRUE nor FALSE",
+         {oddFlag, context},
+         "OpenEnumerateInstances answered with an EndOfSequence that is not TRUE or FALSE"},
+        {"EndOfSequence a number",
+         {numberFlag, context},
+         "OpenEnumerateInstances answered with an EndOfSequence that is not a boolean"},
+        {"going on without a context", {untypedFalse}, noContext},
+        {"going on with a NULL context", {untypedFalse, nullContext}, noContext},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        CIMOperationResponse r;
+        r.methodName = "OpenEnumerateInstances";
+        for (const CIMParamValue& p : c.out)
+            r.outParameters.append(p);
+        std::string got;
+        try
+        {
+            Boolean eos = false;
+            const String next = r.enumerationContext(eos);
+            got = std::string(eos ? "1" : "0") + "|" + str(next);
+        }
+        catch (const CIMException& e)
+        {
+            EXPECT_EQ(e.getCode(), CIM_ERR_FAILED);
+            got = str(e.getMessage());
+        }
+        EXPECT_EQ(got, c.expected);
+    }
+
+    // EnumerationCount: typed, untyped decimal text, NULL, or not a number.
+    const struct
+    {
+        CIMValue value;
+        std::string expected;
+    } counts[] = {
+        {CIMValue(Uint64(18446744073709551615ull)), "18446744073709551615"},
+        {CIMValue(String("42")), "42"},
+        {CIMValue(), "NULL"},
+        {CIMValue(CIMTYPE_UINT64, false), "NULL"},
+        {CIMValue(String("-1")), "error"},
+        {CIMValue(String("18446744073709551616")), "error"},
+        {CIMValue(String("")), "error"},
+        {CIMValue(String("4x")), "error"},
+    };
+    for (const auto& c : counts)
+    {
+        SCOPED_TRACE(c.expected);
+        CIMOperationResponse r;
+        r.methodName = "EnumerationCount";
+        r.value = c.value;
+        std::string got;
+        try
+        {
+            got = str(r.enumerationCount().toString());
+        }
+        catch (const CIMException& e)
+        {
+            got = "error";
+            EXPECT_EQ(
+                str(e.getMessage()),
+                "EnumerationCount answered with a count that is not an unsigned number");
+        }
+        EXPECT_EQ(got, c.expected);
     }
 }
 

@@ -81,6 +81,7 @@ void ServerTest::restart(const std::vector<std::string>& extraMof)
     options.workerThreads = 4;
     options.dispatcher.hostName = "cimhost";
     options.builtInProviders = builtInProviders;
+    options.enumerations = enumerationLimits;
     _server = std::make_unique<CIMServer>(options);
     _server->start();
 }

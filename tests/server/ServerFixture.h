@@ -196,6 +196,8 @@ protected:
     std::unique_ptr<LogCapture> log;
     // Providers compiled into the server, for the next restart().
     std::vector<std::function<Pegasus::BuiltInProvider(Pegasus::CIMServer&)>> builtInProviders;
+    // The pulled enumerations' limits, for the next restart().
+    Pegasus::EnumerationLimits enumerationLimits;
 
 private:
     std::unique_ptr<Pegasus::CIMServer> _server;

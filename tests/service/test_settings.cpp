@@ -134,6 +134,12 @@ TEST_F(SettingsTest, MistakesSayWhereTheyAre)
         {"combination file and command line",
          {"--config", deaf, "--local-calls", "socket", "--port", "1"},
          "local-calls socket needs the local socket (socket is none)"},
+        {"default timeout past the maximum",
+         {"--pull-max-timeout", "60", "--pull-timeout", "61"},
+         "pull-timeout (61) must not pass pull-max-timeout (60)"},
+        {"one user's enumerations past all users'",
+         {"--pull-max-contexts", "4", "--pull-max-contexts-per-user", "5"},
+         "pull-max-contexts-per-user (5) must not pass pull-max-contexts (4)"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(errorLoading(c.args), c.error) << c.what;
@@ -179,7 +185,9 @@ TEST_F(SettingsTest, PrintConfigOutputIsAConfigurationFile)
         "port = none\nbind = ::1\nsocket = /run/x.sock\nschema = a.mof\nschema = b.mof\n"
         "provider-dir = /p1\nprovider-dir = /p2\npassword-file = /pw\narray = /a.json\n"
         "array-state = none\ndemo = yes\nworkers = 3\nmax-body = 2048\nread-timeout = 9\n"
-        "local-calls = socket\nlog-level = warning\nlog-target = syslog\naccess-log = no\n");
+        "local-calls = socket\nlog-level = warning\nlog-target = syslog\naccess-log = no\n"
+        "pull-timeout = 20\npull-max-timeout = 120\npull-max-object-count = 900\n"
+        "pull-max-contexts = 12\npull-max-contexts-per-user = 3\n");
     const ServerCommandLine first = load({"--config", conf});
     const std::string report = settingsReport(first);
     const ServerCommandLine again = load({"--config", write("again.conf", report)});

@@ -1,13 +1,30 @@
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Client/ClientTransport.h>
 #include <Pegasus/Client/TransportFactories.h>
+#include <Pegasus/Common/CIMStatusCode.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
 const Uint32 kDefaultTimeoutMilliseconds = 20000;
+
+CIMOpenParameters openParameters(
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    CIMOpenParameters open;
+    open.filterQueryLanguage = filterQueryLanguage;
+    open.filterQuery = filterQuery;
+    open.operationTimeout = operationTimeout;
+    open.continueOnError = continueOnError;
+    open.maxObjectCount = maxObjectCount;
+    return open;
 }
+}  // namespace
 
 CIMClient::CIMClient() : _timeoutMilliseconds(kDefaultTimeoutMilliseconds)
 {
@@ -230,6 +247,212 @@ CIMValue CIMClient::invokeMethod(
     return _execute(
                CIMOperationRequest::invokeMethod(nameSpace, instanceName, methodName, inParameters))
         .methodResult(outParameters);
+}
+
+CIMOperationResponse CIMClient::_page(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMOperationRequest& request)
+{
+    CIMOperationResponse response = _execute(request);
+    Boolean ended = false;
+    const String next = response.enumerationContext(ended);
+    enumerationContext._nameSpace = request.nameSpace;
+    enumerationContext._context = next;
+    endOfSequence = ended;
+    return response;
+}
+
+const CIMNamespaceName& CIMClient::_openedIn(const CIMEnumerationContext& enumerationContext)
+{
+    if (enumerationContext._nameSpace.isNull())
+        throw CIMException(
+            CIM_ERR_INVALID_ENUMERATION_CONTEXT, "The enumeration context was never opened.");
+    return enumerationContext._nameSpace;
+}
+
+Array<CIMInstance> CIMClient::openEnumerateInstances(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openEnumerateInstances(
+                   nameSpace, className, deepInheritance, includeClassOrigin, propertyList,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .instances;
+}
+
+Array<CIMObjectPath> CIMClient::openEnumerateInstancePaths(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openEnumerateInstancePaths(
+                   nameSpace, className,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .paths;
+}
+
+Array<CIMInstance> CIMClient::openReferenceInstances(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openReferenceInstances(
+                   nameSpace, objectName, resultClass, role, includeClassOrigin, propertyList,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .instances;
+}
+
+Array<CIMObjectPath> CIMClient::openReferenceInstancePaths(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openReferenceInstancePaths(
+                   nameSpace, objectName, resultClass, role,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .paths;
+}
+
+Array<CIMInstance> CIMClient::openAssociatorInstances(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openAssociatorInstances(
+                   nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                   includeClassOrigin, propertyList,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .instances;
+}
+
+Array<CIMObjectPath> CIMClient::openAssociatorInstancePaths(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    const String& filterQueryLanguage,
+    const String& filterQuery,
+    const Uint32Arg& operationTimeout,
+    Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::openAssociatorInstancePaths(
+                   nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                   openParameters(
+                       filterQueryLanguage, filterQuery, operationTimeout, continueOnError,
+                       maxObjectCount)))
+        .paths;
+}
+
+Array<CIMInstance> CIMClient::pullInstancesWithPath(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::pullInstancesWithPath(
+                   _openedIn(enumerationContext), enumerationContext._context, maxObjectCount))
+        .instances;
+}
+
+Array<CIMObjectPath> CIMClient::pullInstancePaths(
+    CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence,
+    Uint32 maxObjectCount)
+{
+    return _page(
+               enumerationContext, endOfSequence,
+               CIMOperationRequest::pullInstancePaths(
+                   _openedIn(enumerationContext), enumerationContext._context, maxObjectCount))
+        .paths;
+}
+
+void CIMClient::closeEnumeration(CIMEnumerationContext& enumerationContext)
+{
+    _execute(CIMOperationRequest::closeEnumeration(
+        _openedIn(enumerationContext), enumerationContext._context));
+    enumerationContext._context.clear();
+}
+
+Uint64Arg CIMClient::enumerationCount(CIMEnumerationContext& enumerationContext)
+{
+    return _execute(CIMOperationRequest::enumerationCount(
+                        _openedIn(enumerationContext), enumerationContext._context))
+        .enumerationCount();
 }
 
 PEGASUS_NAMESPACE_END

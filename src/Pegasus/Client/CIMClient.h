@@ -7,6 +7,11 @@
 // AlreadyConnectedException; a server's CIM error reply arrives as
 // CIMException; CannotConnectException and ConnectionTimeoutException come
 // from the connection.
+//
+// Pulled enumerations (DSP0200 1.4): an open... call starts one and may already return
+// objects; pullInstancesWithPath() / pullInstancePaths() return the next ones until
+// endOfSequence comes back true; closeEnumeration() ends one early. The
+// CIMEnumerationContext passed to the open is the one to pass to the calls that follow.
 #ifndef Pegasus_CIMClient_h
 #define Pegasus_CIMClient_h
 
@@ -23,6 +28,8 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/UintArgs.h>
+#include <Pegasus/Client/CIMEnumerationContext.h>
 #include <Pegasus/Client/Linkage.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -30,6 +37,7 @@ PEGASUS_NAMESPACE_BEGIN
 class ClientTransport;
 struct CIMOperationRequest;
 struct CIMOperationResponse;
+struct CIMOpenParameters;
 
 class PEGASUS_CLIENT_LINKAGE CIMClient
 {
@@ -131,12 +139,123 @@ public:
         const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters);
 
+    // The pulled enumerations. filterQueryLanguage and filterQuery: "" is NULL (no
+    // filter); operationTimeout: NULL is the server's default; maxObjectCount: the most
+    // objects this call may return (0 on an open: none yet).
+    Array<CIMInstance> openEnumerateInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance = true,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openEnumerateInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> openReferenceInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        const Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openReferenceInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> openAssociatorInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        const String& resultRole = String::EMPTY,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openAssociatorInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY,
+        const String& resultRole = String::EMPTY,
+        const String& filterQueryLanguage = String::EMPTY,
+        const String& filterQuery = String::EMPTY,
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> pullInstancesWithPath(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        Uint32 maxObjectCount);
+
+    Array<CIMObjectPath> pullInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        Uint32 maxObjectCount);
+
+    void closeEnumeration(CIMEnumerationContext& enumerationContext);
+
+    // What is left to pull, or NULL when the server cannot tell yet.
+    Uint64Arg enumerationCount(CIMEnumerationContext& enumerationContext);
+
 private:
     CIMClient(const CIMClient&) = delete;
     CIMClient& operator=(const CIMClient&) = delete;
 
     ClientTransport& _connection();
     CIMOperationResponse _execute(const CIMOperationRequest& request);
+    // An open or a pull: `enumerationContext` follows the answer.
+    CIMOperationResponse _page(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMOperationRequest& request);
+    // The namespace of an opened enumeration; CIM_ERR_INVALID_ENUMERATION_CONTEXT for
+    // one never opened.
+    static const CIMNamespaceName& _openedIn(const CIMEnumerationContext& enumerationContext);
     void _attach(std::unique_ptr<ClientTransport> transport, const String& target);
 
     std::unique_ptr<ClientTransport> _transport;

@@ -1,6 +1,9 @@
 #include <Pegasus/Common/CIMOperationMessage.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <cerrno>
+#include <cstdlib>
+
 PEGASUS_NAMESPACE_BEGIN
 
 namespace
@@ -9,13 +12,36 @@ namespace
 typedef CIMOperationParameter P;
 
 const char* const operationNames[] = {
-    "GetClass",       "EnumerateClasses",   "EnumerateClassNames",
-    "CreateClass",    "ModifyClass",        "DeleteClass",
-    "GetInstance",    "EnumerateInstances", "EnumerateInstanceNames",
-    "CreateInstance", "ModifyInstance",     "DeleteInstance",
-    "Associators",    "AssociatorNames",    "References",
-    "ReferenceNames", "GetProperty",        "SetProperty",
-    "ExecQuery",      "InvokeMethod",
+    "GetClass",
+    "EnumerateClasses",
+    "EnumerateClassNames",
+    "CreateClass",
+    "ModifyClass",
+    "DeleteClass",
+    "GetInstance",
+    "EnumerateInstances",
+    "EnumerateInstanceNames",
+    "CreateInstance",
+    "ModifyInstance",
+    "DeleteInstance",
+    "Associators",
+    "AssociatorNames",
+    "References",
+    "ReferenceNames",
+    "GetProperty",
+    "SetProperty",
+    "ExecQuery",
+    "OpenEnumerateInstances",
+    "OpenEnumerateInstancePaths",
+    "OpenReferenceInstances",
+    "OpenReferenceInstancePaths",
+    "OpenAssociatorInstances",
+    "OpenAssociatorInstancePaths",
+    "PullInstancesWithPath",
+    "PullInstancePaths",
+    "CloseEnumeration",
+    "EnumerationCount",
+    "InvokeMethod",
 };
 static_assert(
     PEGASUS_ARRAY_SIZE(operationNames) == static_cast<size_t>(CIMOperationType::InvokeMethod) + 1,
@@ -114,6 +140,80 @@ void setAssociationFilters(
         r.resultRole = resultRole;
         r.give(P::ResultRole);
     }
+}
+
+// The parameters every open shares; what is NULL or the default is left out, but the
+// two flags a client states explicitly.
+void setOpenParameters(CIMOperationRequest& r, const CIMOpenParameters& open)
+{
+    if (open.filterQueryLanguage.size() != 0)
+    {
+        r.filterQueryLanguage = open.filterQueryLanguage;
+        r.give(P::FilterQueryLanguage);
+    }
+    if (open.filterQuery.size() != 0)
+    {
+        r.filterQuery = open.filterQuery;
+        r.give(P::FilterQuery);
+    }
+    if (!open.operationTimeout.isNull())
+    {
+        r.operationTimeout = open.operationTimeout.getValue();
+        r.give(P::OperationTimeout);
+    }
+    r.continueOnError = open.continueOnError;
+    r.give(P::ContinueOnError);
+    r.maxObjectCount = open.maxObjectCount;
+    r.give(P::MaxObjectCount);
+}
+
+void setInstanceFlags(
+    CIMOperationRequest& r,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    setFlag(r, P::IncludeClassOrigin, includeClassOrigin);
+    setPropertyList(r, propertyList);
+}
+
+CIMOperationRequest onContext(
+    CIMOperationType operation,
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext)
+{
+    CIMOperationRequest r = intrinsic(operation, nameSpace);
+    r.enumerationContext = enumerationContext;
+    r.give(P::EnumerationContext);
+    return r;
+}
+
+CIMOperationRequest pull(
+    CIMOperationType operation,
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext,
+    Uint32 maxObjectCount)
+{
+    CIMOperationRequest r = onContext(operation, nameSpace, enumerationContext);
+    r.maxObjectCount = maxObjectCount;
+    r.give(P::MaxObjectCount);
+    return r;
+}
+
+const char* const endOfSequenceName = "EndOfSequence";
+const char* const enumerationContextName = "EnumerationContext";
+
+// A parameter of the answer by name (case-insensitive); nullptr when absent.
+const CIMParamValue* outParameter(const CIMOperationResponse& r, const char* name)
+{
+    for (Uint32 i = 0; i < r.outParameters.size(); ++i)
+        if (String::equalNoCase(r.outParameters[i].getParameterName(), name))
+            return &r.outParameters[i];
+    return nullptr;
+}
+
+[[noreturn]] void malformedAnswer(const CIMOperationResponse& r, const char* what)
+{
+    throw CIMException(CIM_ERR_FAILED, r.methodName + " answered " + what);
 }
 
 }  // namespace
@@ -395,6 +495,130 @@ CIMOperationRequest CIMOperationRequest::invokeMethod(
     return r;
 }
 
+CIMOperationRequest CIMOperationRequest::openEnumerateInstances(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    Boolean deepInheritance,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenEnumerateInstances, nameSpace);
+    setClassName(r, className);
+    setFlag(r, P::DeepInheritance, deepInheritance);
+    setInstanceFlags(r, includeClassOrigin, propertyList);
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::openEnumerateInstancePaths(
+    const CIMNamespaceName& nameSpace,
+    const CIMName& className,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenEnumerateInstancePaths, nameSpace);
+    setClassName(r, className);
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::openReferenceInstances(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenReferenceInstances, nameSpace);
+    setObjectName(r, P::InstanceName, objectName);
+    setAssociationFilters(r, CIMName(), resultClass, role, String());
+    setInstanceFlags(r, includeClassOrigin, propertyList);
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::openReferenceInstancePaths(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& resultClass,
+    const String& role,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenReferenceInstancePaths, nameSpace);
+    setObjectName(r, P::InstanceName, objectName);
+    setAssociationFilters(r, CIMName(), resultClass, role, String());
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::openAssociatorInstances(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenAssociatorInstances, nameSpace);
+    setObjectName(r, P::InstanceName, objectName);
+    setAssociationFilters(r, assocClass, resultClass, role, resultRole);
+    setInstanceFlags(r, includeClassOrigin, propertyList);
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::openAssociatorInstancePaths(
+    const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName,
+    const CIMName& assocClass,
+    const CIMName& resultClass,
+    const String& role,
+    const String& resultRole,
+    const CIMOpenParameters& open)
+{
+    CIMOperationRequest r = intrinsic(CIMOperationType::OpenAssociatorInstancePaths, nameSpace);
+    setObjectName(r, P::InstanceName, objectName);
+    setAssociationFilters(r, assocClass, resultClass, role, resultRole);
+    setOpenParameters(r, open);
+    return r;
+}
+
+CIMOperationRequest CIMOperationRequest::pullInstancesWithPath(
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext,
+    Uint32 maxObjectCount)
+{
+    return pull(
+        CIMOperationType::PullInstancesWithPath, nameSpace, enumerationContext, maxObjectCount);
+}
+
+CIMOperationRequest CIMOperationRequest::pullInstancePaths(
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext,
+    Uint32 maxObjectCount)
+{
+    return pull(CIMOperationType::PullInstancePaths, nameSpace, enumerationContext, maxObjectCount);
+}
+
+CIMOperationRequest CIMOperationRequest::closeEnumeration(
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext)
+{
+    return onContext(CIMOperationType::CloseEnumeration, nameSpace, enumerationContext);
+}
+
+CIMOperationRequest CIMOperationRequest::enumerationCount(
+    const CIMNamespaceName& nameSpace,
+    const String& enumerationContext)
+{
+    return onContext(CIMOperationType::EnumerationCount, nameSpace, enumerationContext);
+}
+
 const CIMOperationResponse& CIMOperationResponse::checked() const
 {
     if (failed)
@@ -413,6 +637,78 @@ CIMValue CIMOperationResponse::methodResult(Array<CIMParamValue>& out) const
 {
     out = checked().outParameters;
     return value;
+}
+
+Array<CIMParamValue>
+CIMOperationResponse::enumerationState(Boolean endOfSequence, const String& enumerationContext)
+{
+    Array<CIMParamValue> state;
+    state.append(CIMParamValue(endOfSequenceName, CIMValue(endOfSequence)));
+    state.append(CIMParamValue(
+        enumerationContextName,
+        endOfSequence ? CIMValue(CIMTYPE_STRING, false) : CIMValue(enumerationContext)));
+    return state;
+}
+
+String CIMOperationResponse::enumerationContext(Boolean& endOfSequence) const
+{
+    checked();
+    // Servers that leave PARAMTYPE out send the flag as text.
+    const CIMParamValue* eos = outParameter(*this, endOfSequenceName);
+    const CIMValue flag = eos ? eos->getValue() : CIMValue();
+    if (flag.isNull() || flag.isArray())
+        malformedAnswer(*this, "without EndOfSequence");
+    if (flag.getType() == CIMTYPE_BOOLEAN)
+    {
+        flag.get(endOfSequence);
+    }
+    else if (flag.getType() == CIMTYPE_STRING)
+    {
+        String text;
+        flag.get(text);
+        if (!String::equalNoCase(text, "TRUE") && !String::equalNoCase(text, "FALSE"))
+            malformedAnswer(*this, "with an EndOfSequence that is not TRUE or FALSE");
+        endOfSequence = String::equalNoCase(text, "TRUE");
+    }
+    else
+    {
+        malformedAnswer(*this, "with an EndOfSequence that is not a boolean");
+    }
+    if (endOfSequence)
+        return String();
+    const CIMParamValue* context = outParameter(*this, enumerationContextName);
+    String id;
+    if (context && !context->getValue().isNull() && !context->getValue().isArray() &&
+        context->getValue().getType() == CIMTYPE_STRING)
+        context->getValue().get(id);
+    if (id.size() == 0)
+        malformedAnswer(*this, "without EnumerationContext");
+    return id;
+}
+
+Uint64Arg CIMOperationResponse::enumerationCount() const
+{
+    checked();
+    if (value.isNull())
+        return Uint64Arg();
+    if (!value.isArray() && value.getType() == CIMTYPE_UINT64)
+    {
+        Uint64 n = 0;
+        value.get(n);
+        return Uint64Arg(n);
+    }
+    // Untyped over CIM-XML: decimal text.
+    String text;
+    if (!value.isArray() && value.getType() == CIMTYPE_STRING)
+        value.get(text);
+    const CString digits = text.getCString();
+    const char* begin = digits;
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long long n = std::strtoull(begin, &end, 10);
+    if (*begin < '0' || *begin > '9' || *end != '\0' || errno != 0)
+        malformedAnswer(*this, "with a count that is not an unsigned number");
+    return Uint64Arg(n);
 }
 
 PEGASUS_NAMESPACE_END

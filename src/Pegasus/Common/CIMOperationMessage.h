@@ -24,6 +24,7 @@
 #include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/UintArgs.h>
 
 #include <bitset>
 #include <cstddef>
@@ -31,7 +32,8 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-// The CIM operations: the intrinsic ones, then the extrinsic method call.
+// The CIM operations: the intrinsic ones (the pulled enumerations of DSP0200 1.4 after the
+// others), then the extrinsic method call.
 enum class CIMOperationType
 {
     GetClass,
@@ -53,6 +55,16 @@ enum class CIMOperationType
     GetProperty,
     SetProperty,
     ExecQuery,
+    OpenEnumerateInstances,
+    OpenEnumerateInstancePaths,
+    OpenReferenceInstances,
+    OpenReferenceInstancePaths,
+    OpenAssociatorInstances,
+    OpenAssociatorInstancePaths,
+    PullInstancesWithPath,
+    PullInstancePaths,
+    CloseEnumeration,
+    EnumerationCount,
     InvokeMethod,
 };
 
@@ -85,9 +97,27 @@ enum class CIMOperationParameter
     NewValue,
     QueryLanguage,
     Query,
+    FilterQueryLanguage,
+    FilterQuery,
+    OperationTimeout,
+    ContinueOnError,
+    MaxObjectCount,
+    EnumerationContext,
     Count_
 };
 constexpr size_t cimOperationParameterCount = static_cast<size_t>(CIMOperationParameter::Count_);
+
+// What every Open operation takes besides its target, with DSP0200's defaults: no filter
+// (NULL), the server's timeout (NULL), no continuation on error, no object in the answer
+// to the open itself.
+struct PEGASUS_COMMON_LINKAGE CIMOpenParameters
+{
+    String filterQueryLanguage;  // "" is NULL
+    String filterQuery;          // "" is NULL
+    Uint32Arg operationTimeout;  // seconds
+    Boolean continueOnError = false;
+    Uint32 maxObjectCount = 0;
+};
 
 struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
 {
@@ -119,6 +149,13 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
     CIMValue newValue;
     String queryLanguage;
     String query;
+    // Pulled enumerations. The filter and the timeout are NULL unless given.
+    String filterQueryLanguage;
+    String filterQuery;
+    Uint32 operationTimeout = 0;
+    bool continueOnError = false;
+    Uint32 maxObjectCount = 0;
+    String enumerationContext;
 
     // Extrinsic call: target path (class or instance; its namespace is `nameSpace`) and inputs.
     CIMObjectPath target;
@@ -225,6 +262,63 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
         const CIMObjectPath& instanceName,
         const CIMName& methodName,
         const Array<CIMParamValue>& inParameters);
+
+    // The pulled enumerations. The open operations' object name travels as InstanceName.
+    static CIMOperationRequest openEnumerateInstances(
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest openEnumerateInstancePaths(
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest openReferenceInstances(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest openReferenceInstancePaths(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass,
+        const String& role,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest openAssociatorInstances(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest openAssociatorInstancePaths(
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass,
+        const CIMName& resultClass,
+        const String& role,
+        const String& resultRole,
+        const CIMOpenParameters& open);
+    static CIMOperationRequest pullInstancesWithPath(
+        const CIMNamespaceName& nameSpace,
+        const String& enumerationContext,
+        Uint32 maxObjectCount);
+    static CIMOperationRequest pullInstancePaths(
+        const CIMNamespaceName& nameSpace,
+        const String& enumerationContext,
+        Uint32 maxObjectCount);
+    static CIMOperationRequest
+    closeEnumeration(const CIMNamespaceName& nameSpace, const String& enumerationContext);
+    static CIMOperationRequest
+    enumerationCount(const CIMNamespaceName& nameSpace, const String& enumerationContext);
 };
 
 struct PEGASUS_COMMON_LINKAGE CIMOperationResponse
@@ -240,11 +334,11 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationResponse
     CIMInstance instance;                // GetInstance
     Array<CIMClass> classes;             // EnumerateClasses
     Array<CIMName> classNames;           // EnumerateClassNames
-    Array<CIMInstance> instances;        // EnumerateInstances (paths set)
+    Array<CIMInstance> instances;        // EnumerateInstances, Open/Pull...Instances (paths set)
     Array<CIMObjectPath> paths;          // names, object paths, created name [0]
     Array<CIMObject> objects;            // Associators, References, ExecQuery
-    CIMValue value;                      // GetProperty, extrinsic return value
-    Array<CIMParamValue> outParameters;  // extrinsic output parameters
+    CIMValue value;                      // GetProperty, extrinsic return value, count
+    Array<CIMParamValue> outParameters;  // extrinsic output parameters; the enumeration state
 
     void setError(const CIMException& e)
     {
@@ -260,6 +354,17 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationResponse
     CIMObjectPath createdName() const;
     // InvokeMethod's return value; the output parameters replace `outParameters`.
     CIMValue methodResult(Array<CIMParamValue>& outParameters) const;
+
+    // The output parameters of an open or a pull: EndOfSequence, and EnumerationContext,
+    // NULL once the sequence has ended.
+    static Array<CIMParamValue>
+    enumerationState(Boolean endOfSequence, const String& enumerationContext);
+    // An open's or a pull's state, read back: whether the sequence ended, and the context
+    // that continues it ("" once it ended). CIM_ERR_FAILED "<operation> answered without
+    // EndOfSequence" or "... without EnumerationContext" when the answer lacks them.
+    String enumerationContext(Boolean& endOfSequence) const;
+    // EnumerationCount's answer: the count, or NULL when the server cannot tell.
+    Uint64Arg enumerationCount() const;
 };
 
 PEGASUS_NAMESPACE_END

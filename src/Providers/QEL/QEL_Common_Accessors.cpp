@@ -91,6 +91,23 @@ Uint32 _readParameter(const Array<CIMParamValue>& paramList, const String& param
     return result;
 }
 
+// The opening of the single-value readers (getStringProperty of an instance,
+// getPropertyValue): the entry trace, then the refusal of an empty name or an
+// uninitialized instance with the notice (false). Otherwise pos is the
+// property's position, or PEG_NOT_FOUND.
+bool _openValueRead(const CIMInstance& instance, const String& propertyName, Uint32& pos)
+{
+    log_message(
+        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
+    if (propertyName.size() == 0 || instance.isUninitialized())
+    {
+        log_message(3, "\tInvalid property name.\n");
+        return false;
+    }
+    pos = _findProperty(instance, propertyName);
+    return true;
+}
+
 template <class T>
 void _writeProperty(CIMInstance& instance, const CIMName& propertyName, const T& value)
 {
@@ -333,15 +350,12 @@ Uint32 QEL_Common::getParameter(
 
 String QEL_Common::getStringProperty(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(
-        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
-    if (propertyName.size() == 0 || instance.isUninitialized())
+    Uint32 pos;
+    if (!_openValueRead(instance, propertyName, pos))
     {
-        log_message(3, "\tInvalid property name.\n");
         return String();
     }
     String result;
-    Uint32 pos = _findProperty(instance, propertyName);
     if (pos != PEG_NOT_FOUND)
     {
         instance.getProperty(pos).getValue().get(result);
@@ -359,19 +373,16 @@ String QEL_Common::getStringProperty(const CIMObjectPath& objectPath, const Stri
     return result;
 }
 
-// Carries the getStringProperty trace texts; kept as the array's trace
-// readers expect them.
+// Carries the getStringProperty entry trace (through _openValueRead) and
+// exit trace; kept as the array's trace readers expect them.
 CIMValue QEL_Common::getPropertyValue(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(
-        4, "-->QEL_Common::getStringProperty(), propertyName = %s\n", QEL_CSTR(propertyName));
-    if (propertyName.size() == 0 || instance.isUninitialized())
+    Uint32 pos;
+    if (!_openValueRead(instance, propertyName, pos))
     {
-        log_message(3, "\tInvalid property name.\n");
         return CIMValue();
     }
     CIMValue result;
-    Uint32 pos = _findProperty(instance, propertyName);
     if (pos != PEG_NOT_FOUND)
     {
         result = instance.getProperty(pos).getValue();
@@ -508,11 +519,7 @@ void QEL_Common::setPropertyValueToNull(
 {
     CIMValue nullValue;
     nullValue.setNullValue(cimtype, false, 0);
-    Uint32 pos = instance.findProperty(propertyName);
-    if (pos != PEG_NOT_FOUND)
-    {
-        instance.getProperty(pos).setValue(nullValue);
-    }
+    _writeProperty(instance, propertyName, nullValue);
 }
 
 // The leading underscore in the traces is intended.

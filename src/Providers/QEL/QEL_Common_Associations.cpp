@@ -83,37 +83,55 @@ CIMObjectPath _rehost(const CIMObjectPath& path, const String& host)
     return copy;
 }
 
+// The ends of one association: its reference property names and the paths
+// they hold, in key order (two or three ends; count says how many).
+struct _AssocEnds
+{
+    CIMName names[3];
+    CIMObjectPath ends[3];
+    Uint32 count;
+};
+
 CIMObjectPath _assocPath(
     const String& host,
     const CIMNamespaceName& nameSpace,
     const CIMName& assocClass,
-    const CIMName* names,
-    const CIMObjectPath* ends,
-    Uint32 count)
+    const _AssocEnds& e)
 {
     Array<CIMKeyBinding> keys;
-    for (Uint32 i = 0; i < count; i++)
+    for (Uint32 i = 0; i < e.count; i++)
     {
-        keys.append(CIMKeyBinding(names[i], ends[i].toString(), CIMKeyBinding::REFERENCE));
+        keys.append(CIMKeyBinding(e.names[i], e.ends[i].toString(), CIMKeyBinding::REFERENCE));
     }
     return CIMObjectPath(host, nameSpace, assocClass, keys);
 }
 
-CIMInstance _assocInstance(
-    const CIMClass& classSkeleton,
-    const CIMName* names,
-    const CIMObjectPath* ends,
-    Uint32 count,
-    const CIMObjectPath& path)
+CIMInstance
+_assocInstance(const CIMClass& classSkeleton, const _AssocEnds& e, const CIMObjectPath& path)
 {
     CIMClass cls = classSkeleton;
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cls);
-    for (Uint32 i = 0; i < count; i++)
+    for (Uint32 i = 0; i < e.count; i++)
     {
-        QEL_Common::setPropertyValue(instance, names[i], ends[i]);
+        QEL_Common::setPropertyValue(instance, e.names[i], e.ends[i]);
     }
     instance.setPath(path);
     return instance;
+}
+
+// True when some entry of list satisfies matches; the membership tests'
+// one walk.
+template <class T, class Matches>
+Boolean _anyOf(const Array<T>& list, Matches matches)
+{
+    for (Uint32 i = 0; i < list.size(); i++)
+    {
+        if (matches(list[i]))
+        {
+            return true;
+        }
+    }
+    return false;
 }
 
 // Calls found(property name, referenced path) for the reference properties
@@ -364,15 +382,9 @@ Array<CIMInstance> QEL_Common::filterAssocInstanceToTargetInstances(
 
 Boolean QEL_Common::isPoolPath(const CIMObjectPath& objectName, const String& instanceID)
 {
-    const Array<CIMKeyBinding>& keys = objectName.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size(); i++)
-    {
-        if (String::equalNoCase(keys[i].getValue(), instanceID))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _anyOf(
+        objectName.getKeyBindings(),
+        [&](const CIMKeyBinding& key) { return String::equalNoCase(key.getValue(), instanceID); });
 }
 
 // Unlike buildAssocPath, the ends are used as given (no re-hosting) and the
@@ -383,9 +395,9 @@ CIMObjectPath QEL_Common::buildDepAssocPath(
     const CIMObjectPath& antecedent,
     const CIMObjectPath& dependent)
 {
-    const CIMName names[2] = {"Antecedent", "Dependent"};
-    const CIMObjectPath ends[2] = {antecedent, dependent};
-    return _assocPath(systemAddress, ARRAY_NAMESPACE, assocClass, names, ends, 2);
+    return _assocPath(
+        systemAddress, ARRAY_NAMESPACE, assocClass,
+        _AssocEnds{{"Antecedent", "Dependent"}, {antecedent, dependent}, 2});
 }
 
 CIMInstance QEL_Common::buildDepAssocInstance(
@@ -395,10 +407,8 @@ CIMInstance QEL_Common::buildDepAssocInstance(
     const CIMObjectPath& dependent,
     const CIMClass& classSkeleton)
 {
-    const CIMName names[2] = {"Antecedent", "Dependent"};
-    const CIMObjectPath ends[2] = {antecedent, dependent};
     return _assocInstance(
-        classSkeleton, names, ends, 2,
+        classSkeleton, _AssocEnds{{"Antecedent", "Dependent"}, {antecedent, dependent}, 2},
         buildDepAssocPath(systemAddress, assocClass, antecedent, dependent));
 }
 
@@ -427,10 +437,12 @@ CIMObjectPath QEL_Common::buildAssocPath(
     const String& localAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const CIMName names[2] = {assocName1, assocName2};
-    const CIMObjectPath ends[2] = {
-        _rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
-    return _assocPath(localAddress, nameSpace, assocClass, names, ends, 2);
+    return _assocPath(
+        localAddress, nameSpace, assocClass,
+        _AssocEnds{
+            {assocName1, assocName2},
+            {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)},
+            2});
 }
 
 CIMObjectPath QEL_Common::buildAssocPath(
@@ -444,11 +456,13 @@ CIMObjectPath QEL_Common::buildAssocPath(
     const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const CIMName names[3] = {assocName1, assocName2, assocName3};
-    const CIMObjectPath ends[3] = {
-        _rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
-        _rehost(assocPath3, hostAddress)};
-    return _assocPath(hostAddress, nameSpace, assocClass, names, ends, 3);
+    return _assocPath(
+        hostAddress, nameSpace, assocClass,
+        _AssocEnds{
+            {assocName1, assocName2, assocName3},
+            {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+             _rehost(assocPath3, hostAddress)},
+            3});
 }
 
 CIMInstance QEL_Common::buildAssocInstance(
@@ -466,6 +480,7 @@ CIMInstance QEL_Common::buildAssocInstance(
         hostAddress, hostAddress, nameSpace);
 }
 
+// The instance's references and its path's keys are the same ends.
 CIMInstance QEL_Common::buildAssocInstance(
     const CIMName& assocClass,
     const CIMName& assocName1,
@@ -478,14 +493,12 @@ CIMInstance QEL_Common::buildAssocInstance(
     const String& localAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const CIMName names[2] = {assocName1, assocName2};
-    const CIMObjectPath ends[2] = {
-        _rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)};
+    const _AssocEnds ends = {
+        {assocName1, assocName2},
+        {_rehost(assocPath1, hostAddress1), _rehost(assocPath2, hostAddress2)},
+        2};
     return _assocInstance(
-        classSkeleton, names, ends, 2,
-        buildAssocPath(
-            assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress1, hostAddress2,
-            localAddress, nameSpace));
+        classSkeleton, ends, _assocPath(localAddress, nameSpace, assocClass, ends));
 }
 
 CIMInstance QEL_Common::buildAssocInstance(
@@ -500,63 +513,34 @@ CIMInstance QEL_Common::buildAssocInstance(
     const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
-    const CIMName names[3] = {assocName1, assocName2, assocName3};
-    const CIMObjectPath ends[3] = {
-        _rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
-        _rehost(assocPath3, hostAddress)};
+    const _AssocEnds ends = {
+        {assocName1, assocName2, assocName3},
+        {_rehost(assocPath1, hostAddress), _rehost(assocPath2, hostAddress),
+         _rehost(assocPath3, hostAddress)},
+        3};
     return _assocInstance(
-        classSkeleton, names, ends, 3,
-        buildAssocPath(
-            assocClass, assocName1, assocName2, assocName3, assocPath1, assocPath2, assocPath3,
-            hostAddress, nameSpace));
+        classSkeleton, ends, _assocPath(hostAddress, nameSpace, assocClass, ends));
 }
 
 Boolean QEL_Common::isPartOfArray(const String& key, const Array<String>& list)
 {
-    for (Uint32 i = 0; i < list.size(); i++)
-    {
-        if (String::equal(key, list[i]))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _anyOf(list, [&](const String& entry) { return String::equal(key, entry); });
 }
 
 Boolean QEL_Common::isPartOfArray(const CIMObjectPath& path, const Array<CIMObjectPath>& list)
 {
-    for (Uint32 i = 0; i < list.size(); i++)
-    {
-        if (matchObjectPath(path, list[i]))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _anyOf(list, [&](const CIMObjectPath& entry) { return matchObjectPath(path, entry); });
 }
 
 Boolean QEL_Common::isPartOfArray(const CIMObjectPath& instPath, const Array<CIMInstance>& list)
 {
-    for (Uint32 i = 0; i < list.size(); i++)
-    {
-        if (matchObjectPath(instPath, list[i].getPath()))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _anyOf(
+        list, [&](const CIMInstance& entry) { return matchObjectPath(instPath, entry.getPath()); });
 }
 
 Boolean QEL_Common::isPartOfArray(const CIMName& name, const Array<CIMName>& list)
 {
-    for (Uint32 i = 0; i < list.size(); i++)
-    {
-        if (list[i].equal(name))
-        {
-            return true;
-        }
-    }
-    return false;
+    return _anyOf(list, [&](const CIMName& entry) { return entry.equal(name); });
 }
 
 PEGASUS_NAMESPACE_END

@@ -45,8 +45,9 @@ void CIMServer::start()
         _providers = std::make_unique<ProviderManager>(
             _options.providerDirectories, [this](const ProviderId&)
             { return CIMOMHandle(std::shared_ptr<CIMOMHandleRep>(_handleRep)); });
+        _enumerations = std::make_unique<EnumerationContexts>(_options.enumerations);
         _dispatcher = std::make_unique<Dispatcher>(
-            *_repository, *_registry, *_providers, _options.dispatcher);
+            *_repository, *_registry, *_providers, *_enumerations, _options.dispatcher);
         _handleRep = std::make_shared<ServerCIMOMHandleRep>(*_dispatcher);
 
         if (_options.installLocalTransport)
@@ -82,8 +83,11 @@ void CIMServer::stop()
 
 void CIMServer::_teardown()
 {
-    // Requests first (the queued ones still run), then local connections,
-    // then the providers, then what they relied on.
+    // Open enumerations first (a pull waiting for objects, a provider waiting
+    // for a pull give up), then requests (the queued ones still run), then
+    // local connections, then the providers, then what they relied on.
+    if (_enumerations)
+        _enumerations->shutdown();
     std::unique_ptr<ThreadPool> pool;
     {
         std::lock_guard<std::mutex> lock(_poolMutex);
@@ -105,6 +109,7 @@ void CIMServer::_teardown()
     if (_handleRep)
         _handleRep->detach();
     _dispatcher.reset();
+    _enumerations.reset();
     _providers.reset();
     _handleRep.reset();
     _local.reset();
@@ -117,6 +122,13 @@ Dispatcher& CIMServer::dispatcher()
     if (!_dispatcher)
         throw Exception("The CIM server is not running.");
     return *_dispatcher;
+}
+
+EnumerationContexts& CIMServer::enumerations()
+{
+    if (!_enumerations)
+        throw Exception("The CIM server is not running.");
+    return *_enumerations;
 }
 
 CIMOMHandle CIMServer::handle()

@@ -3,7 +3,8 @@
 // the dispatcher and the CIMOMHandle providers get, installs the in-process
 // local client transport (so CIMClient::connectLocal() inside this process
 // reaches this server) and starts the request threads; stop undoes it in
-// reverse: requests drain, providers are terminated, libraries closed.
+// reverse: open enumerations end, requests drain, providers are terminated,
+// libraries closed.
 //
 // A front-end (HTTP, Unix socket) decodes a request, builds its context with
 // Dispatcher::requestContext(user, client address) and runs it on the pool
@@ -13,6 +14,7 @@
 #define QEL_Server_CIMServer_h
 
 #include "Dispatcher.h"
+#include "EnumerationContexts.h"
 #include "ProviderRegistry.h"
 
 #include <Pegasus/Client/ClientTransport.h>
@@ -53,6 +55,8 @@ struct CIMServerOptions
     // one server of a process can have it.
     bool installLocalTransport = true;
     DispatcherOptions dispatcher;
+    // The pulled enumerations: timeouts, sizes, how many may be open.
+    EnumerationLimits enumerations;
     // Providers compiled into the server. Each function is called once at
     // start, before the registrations are read, and returns the provider's
     // registration; its factory runs on first use, when the server is
@@ -79,6 +83,7 @@ public:
 
     // Valid while running.
     Dispatcher& dispatcher();
+    EnumerationContexts& enumerations();
     // A handle on this server, as its providers get one.
     CIMOMHandle handle();
     const ClassRepository& repository() const;
@@ -101,6 +106,7 @@ private:
     std::unique_ptr<ClassRepository> _repository;
     std::unique_ptr<ProviderRegistry> _registry;
     std::unique_ptr<ProviderManager> _providers;
+    std::unique_ptr<EnumerationContexts> _enumerations;
     std::unique_ptr<Dispatcher> _dispatcher;
     std::shared_ptr<ServerCIMOMHandleRep> _handleRep;
     std::shared_ptr<LocalEndpoint> _local;

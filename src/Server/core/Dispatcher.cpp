@@ -59,10 +59,12 @@ Dispatcher::Dispatcher(
     const ClassRepository& repository,
     const ProviderRegistry& registry,
     ProviderManager& providers,
+    EnumerationContexts& enumerations,
     DispatcherOptions options)
     : _repository(repository),
       _registry(registry),
       _providers(providers),
+      _enumerations(enumerations),
       _associations(repository),
       _hostName(checkedHostName(options.hostName)),
       _threshold(options.responseObjectThreshold)
@@ -134,6 +136,24 @@ void Dispatcher::execute(
                 break;
             case Op::InvokeMethod:
                 _invokeMethod(context, request, answer);
+                break;
+            case Op::OpenEnumerateInstances:
+            case Op::OpenEnumerateInstancePaths:
+            case Op::OpenReferenceInstances:
+            case Op::OpenReferenceInstancePaths:
+            case Op::OpenAssociatorInstances:
+            case Op::OpenAssociatorInstancePaths:
+                _openEnumeration(context, request, answer);
+                break;
+            case Op::PullInstancesWithPath:
+            case Op::PullInstancePaths:
+                _pull(context, request, answer);
+                break;
+            case Op::CloseEnumeration:
+                _closeEnumeration(context, request, answer);
+                break;
+            case Op::EnumerationCount:
+                _enumerationCount(context, request, answer);
                 break;
             case Op::CreateClass:
             case Op::ModifyClass:

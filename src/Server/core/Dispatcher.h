@@ -20,7 +20,7 @@
 //
 // One entry point, execute(), runs any request; the answer leaves through a
 // CIMResponseSink (Pegasus/Common/CIMResponseSink.h), object by object, then
-// its end. Calls are synchronous and run on the calling thread; any number
+// its end. The pulled enumerations keep their state in EnumerationContexts. Calls are synchronous and run on the calling thread; any number
 // may run at once, and a provider may call back into the dispatcher (through
 // its CIMOMHandle or a local client connection) from inside a call.
 #ifndef QEL_Server_Dispatcher_h
@@ -33,12 +33,15 @@
 #include <Pegasus/Common/CIMResponseSink.h>
 #include <Pegasus/Common/OperationContext.h>
 
+#include <memory>
 #include <vector>
 
 namespace Pegasus
 {
 
 class ClassRepository;
+class EnumerationContext;
+class EnumerationContexts;
 class ProviderManager;
 class ProviderRegistry;
 struct ProviderId;
@@ -60,6 +63,7 @@ public:
         const ClassRepository& repository,
         const ProviderRegistry& registry,
         ProviderManager& providers,
+        EnumerationContexts& enumerations,
         DispatcherOptions options = DispatcherOptions());
 
     // The context of a client request: who (the authenticated user) and
@@ -99,7 +103,16 @@ public:
     //    be declared by the method (CIM_ERR_INVALID_PARAMETER); untyped ones
     //    (CIM-XML PARAMVALUEs without PARAMTYPE) are converted to the
     //    declared type (malformed text: CIM_ERR_INVALID_PARAMETER), typed
-    //    ones must have it (CIM_ERR_TYPE_MISMATCH).
+    //    ones must have it (CIM_ERR_TYPE_MISMATCH);
+    //  - the pulled enumerations (DispatcherPull.cpp): an open checks its
+    //    parameters and its target as the operation it pages would, then runs
+    //    that operation (EnumerateInstances, EnumerateInstanceNames,
+    //    References, ReferenceNames, Associators, AssociatorNames) on a worker
+    //    into a new enumeration context, and answers with the first
+    //    MaxObjectCount objects; pulls answer the next ones. Every open and
+    //    pull answers EndOfSequence and EnumerationContext as output
+    //    parameters; EnumerationCount answers what is left once the
+    //    enumeration is complete, NULL before.
     void execute(
         const OperationContext& context,
         const CIMOperationRequest& request,
@@ -141,6 +154,20 @@ private:
     void _references(const OperationContext&, const CIMOperationRequest&, Answer&);
     void _referenceNames(const OperationContext&, const CIMOperationRequest&, Answer&);
     void _invokeMethod(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _openEnumeration(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _pull(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _closeEnumeration(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _enumerationCount(const OperationContext&, const CIMOperationRequest&, Answer&);
+
+    // The checks the enumeration `request` (EnumerateInstances, ..., AssociatorNames)
+    // makes before it asks a provider; throws what it would fail with.
+    void _checkEnumeration(const CIMOperationRequest& request) const;
+    // The next page of `context`, held by this operation, into the answer; lets go of
+    // the context whatever happens.
+    void _answerPage(
+        const std::shared_ptr<EnumerationContext>& context,
+        Uint32 maxObjectCount,
+        Answer& answer);
 
     // The provider's instance, filtered (GetInstance, GetProperty).
     CIMInstance _fetchInstance(
@@ -218,6 +245,7 @@ private:
     const ClassRepository& _repository;
     const ProviderRegistry& _registry;
     ProviderManager& _providers;
+    EnumerationContexts& _enumerations;
     AssociationSchema _associations;
     String _hostName;
     Uint32 _threshold;

@@ -10,13 +10,20 @@
 namespace Pegasus
 {
 
-ThreadPool::ThreadPool(std::size_t threads, std::size_t maxQueued) : _maxQueued(maxQueued)
+ThreadPool::ThreadPool(std::size_t threads, std::size_t maxQueued, bool onDemand)
+    : _maxThreads(threads), _maxQueued(maxQueued)
 {
     if (threads == 0)
         throw std::invalid_argument("ThreadPool: at least one worker thread is needed");
     _workers.reserve(threads);
-    for (std::size_t i = 0; i < threads; ++i)
-        _workers.emplace_back([this] { _run(); });
+    std::lock_guard<std::mutex> lock(_mutex);
+    for (std::size_t i = 0; !onDemand && i < threads; ++i)
+        _startWorker();
+}
+
+void ThreadPool::_startWorker()
+{
+    _workers.emplace_back([this] { _run(); });
 }
 
 ThreadPool::~ThreadPool()
@@ -31,9 +38,17 @@ bool ThreadPool::submit(std::function<void()> job)
         if (_stopping || (_maxQueued != 0 && _jobs.size() >= _maxQueued))
             return false;
         _jobs.push_back(std::move(job));
+        if (_jobs.size() > _idle && _workers.size() < _maxThreads)
+            _startWorker();
     }
     _wake.notify_one();
     return true;
+}
+
+std::size_t ThreadPool::threadCount() const
+{
+    std::lock_guard<std::mutex> lock(_mutex);
+    return _workers.size();
 }
 
 std::size_t ThreadPool::queued() const
@@ -63,7 +78,9 @@ void ThreadPool::_run()
         std::function<void()> job;
         {
             std::unique_lock<std::mutex> lock(_mutex);
+            ++_idle;
             _wake.wait(lock, [this] { return _stopping || !_jobs.empty(); });
+            --_idle;
             if (_jobs.empty())
                 return;  // stopping and drained
             job = std::move(_jobs.front());

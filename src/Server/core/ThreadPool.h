@@ -1,6 +1,8 @@
-// A fixed set of worker threads running queued requests. Requests are
-// independent jobs; a provider's nested calls never come back through the
-// pool (they run on the calling thread), so a full pool cannot block them.
+// A set of worker threads running queued requests. Requests are independent
+// jobs; a provider's nested calls never come back through the pool (they run
+// on the calling thread), so a full pool cannot block them. The threads are
+// started at once, or, on demand, one whenever a job would otherwise wait,
+// up to the set's size.
 #ifndef QEL_Server_ThreadPool_h
 #define QEL_Server_ThreadPool_h
 
@@ -19,7 +21,7 @@ class ThreadPool
 {
 public:
     // maxQueued = 0: the queue is unbounded.
-    explicit ThreadPool(std::size_t threads, std::size_t maxQueued = 0);
+    explicit ThreadPool(std::size_t threads, std::size_t maxQueued = 0, bool onDemand = false);
     ~ThreadPool();
 
     ThreadPool(const ThreadPool&) = delete;
@@ -33,17 +35,22 @@ public:
     // Safe to call more than once; must not be called from a worker.
     void stop();
 
-    std::size_t threadCount() const { return _workers.size(); }
+    std::size_t threadCount() const;
     std::size_t queued() const;
 
 private:
     void _run();
+    // REQUIRES: _mutex held, not stopping.
+    void _startWorker();
 
     mutable std::mutex _mutex;
     std::condition_variable _wake;
-    std::deque<std::function<void()>> _jobs;
+    std::deque<std::function<void()>> _jobs;  // guarded by _mutex
+    // Grows under _mutex until stop() begins, then stays as it is.
     std::vector<std::thread> _workers;
+    std::size_t _maxThreads;
     std::size_t _maxQueued;
+    std::size_t _idle = 0;  // workers waiting for a job; guarded by _mutex
     bool _stopping = false;
 };
 

@@ -40,12 +40,14 @@ void OperationExecutor::execute(
                 sink.deliverInstance(r.instance);
                 break;
             case cimxml::ResultKind::NamedInstances:
+            case cimxml::ResultKind::InstancesWithPath:
                 for (Uint32 i = 0; i < r.instances.size(); ++i)
                     sink.deliverInstance(r.instances[i]);
                 break;
             case cimxml::ResultKind::InstanceNames:
             case cimxml::ResultKind::CreatedName:
             case cimxml::ResultKind::ObjectPaths:
+            case cimxml::ResultKind::InstancePaths:
                 for (Uint32 i = 0; i < r.paths.size(); ++i)
                     sink.deliverPath(r.paths[i]);
                 break;

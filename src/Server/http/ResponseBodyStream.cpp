@@ -68,12 +68,17 @@ void ResponseBodyStream::write(std::string&& piece)
         startLocked(lock);
     }
     notifyLocked(lock);
-    // Back-pressure: wait while the client is behind, as long as it keeps reading.
-    while (_queued > _limits.bufferBytes && !_abandoned)
+    // Back-pressure: wait while the client is behind, as long as it keeps reading; once
+    // waiting, until half the buffer is free, so that worker and connection do not take
+    // turns piece by piece.
+    if (_queued <= _limits.bufferBytes)
+        return;
+    const size_t resume = _limits.bufferBytes / 2;
+    while (_queued > resume && !_abandoned)
     {
         const uint64_t progress = _progress;
         _drained.wait_for(lock, _limits.writeTimeout);
-        if (_progress == progress && _queued > _limits.bufferBytes && !_abandoned)
+        if (_progress == progress && _queued > resume && !_abandoned)
         {
             _abandoned = true;
             notifyLocked(lock);  // the connection closes
@@ -142,8 +147,12 @@ ResponseBodyStream::Next ResponseBodyStream::take()
     }
     if (!_queue.empty())
     {
+        // Everything queued goes out as one chunk.
         next.piece = std::move(_queue.front());
         _queue.pop_front();
+        for (const std::string& p : _queue)
+            next.piece += p;
+        _queue.clear();
         return next;
     }
     next.end = _ended;

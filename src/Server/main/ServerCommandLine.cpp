@@ -161,6 +161,40 @@ const std::vector<ServerOption> kOptions = {
          return one(std::to_string(
              std::chrono::duration_cast<std::chrono::seconds>(s.server.http.writeTimeout).count()));
      }},
+    {"pull-timeout", "SECS",
+     "how long an open enumeration waits for its next pull when the client\n"
+     "names no OperationTimeout (default 30)",
+     false,
+     [](S& s, const std::string& v, bool) {
+         s.server.core.enumerations.defaultTimeout =
+             static_cast<Pegasus::Uint32>(number(v, 1, 86400));
+     },
+     [](const S& s) { return one(std::to_string(s.server.core.enumerations.defaultTimeout)); }},
+    {"pull-max-timeout", "SECS", "the longest OperationTimeout a client may ask for (default 300)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.core.enumerations.maxTimeout = static_cast<Pegasus::Uint32>(number(v, 1, 86400)); },
+     [](const S& s) { return one(std::to_string(s.server.core.enumerations.maxTimeout)); }},
+    {"pull-max-object-count", "N",
+     "the most objects one open or pull may ask for (MaxObjectCount;\ndefault 10000)", false,
+     [](S& s, const std::string& v, bool)
+     {
+         s.server.core.enumerations.maxObjectCount =
+             static_cast<Pegasus::Uint32>(number(v, 1, 1000000));
+     },
+     [](const S& s) { return one(std::to_string(s.server.core.enumerations.maxObjectCount)); }},
+    {"pull-max-contexts", "N", "enumerations open at once, all users together (default 64)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.core.enumerations.maxContexts = static_cast<Pegasus::Uint32>(number(v, 1, 4096)); },
+     [](const S& s) { return one(std::to_string(s.server.core.enumerations.maxContexts)); }},
+    {"pull-max-contexts-per-user", "N", "enumerations one user may have open at once (default 16)",
+     false,
+     [](S& s, const std::string& v, bool)
+     {
+         s.server.core.enumerations.maxContextsPerUser =
+             static_cast<Pegasus::Uint32>(number(v, 1, 4096));
+     },
+     [](const S& s) { return one(std::to_string(s.server.core.enumerations.maxContextsPerUser)); }},
     {"local-calls", "MODE",
      "in-process (default) or socket: how the server's own providers\n"
      "reach it through CIMClient::connectLocal",
@@ -257,6 +291,15 @@ void checkServerSettings(const ServerCommandLine& c)
         throw CommandLineError("with port none and socket none no client could reach the server");
     if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
         throw CommandLineError("local-calls socket needs the local socket (socket is none)");
+    const Pegasus::EnumerationLimits& pull = c.server.core.enumerations;
+    if (pull.defaultTimeout > pull.maxTimeout)
+        throw CommandLineError(
+            "pull-timeout (" + std::to_string(pull.defaultTimeout) + ") must not pass " +
+            "pull-max-timeout (" + std::to_string(pull.maxTimeout) + ")");
+    if (pull.maxContextsPerUser > pull.maxContexts)
+        throw CommandLineError(
+            "pull-max-contexts-per-user (" + std::to_string(pull.maxContextsPerUser) +
+            ") must not pass pull-max-contexts (" + std::to_string(pull.maxContexts) + ")");
 }
 
 ServerCommandLine

@@ -393,6 +393,29 @@ CIMObject CimXmlReader::objectWithPath(pugi::xml_node node)
     return CIMObject(cls);
 }
 
+CIMObjectPath CimXmlReader::instancePath(pugi::xml_node node)
+{
+    expectName(node, "INSTANCEPATH");
+    return anyPath(node);
+}
+
+CIMInstance CimXmlReader::instanceWithPath(pugi::xml_node node)
+{
+    expectName(node, "VALUE.INSTANCEWITHPATH");
+    const std::vector<pugi::xml_node> children = elementChildren(node);
+    expectChildCount(node, children, 2, 2);
+    const CIMObjectPath path = instancePath(children[0]);
+    CIMInstance inst = instance(children[1]);
+    guarded(
+        node,
+        [&]
+        {
+            inst.setPath(path);
+            return 0;
+        });
+    return inst;
+}
+
 CIMValue CimXmlReader::valueOfParam(
     pugi::xml_node owner,
     const std::vector<pugi::xml_node>& children,

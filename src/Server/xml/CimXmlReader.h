@@ -86,9 +86,12 @@ public:
     Pegasus::CIMProperty property(pugi::xml_node node);
     Pegasus::CIMInstance instance(pugi::xml_node node);
     Pegasus::CIMClass cimClass(pugi::xml_node node);
-    Pegasus::CIMInstance namedInstance(pugi::xml_node node);  // VALUE.NAMEDINSTANCE, path set
-    Pegasus::CIMObject objectWithPath(pugi::xml_node node);   // VALUE.OBJECTWITHPATH, path set
-    Pegasus::CIMParamValue paramValue(pugi::xml_node node);   // PARAMVALUE
+    Pegasus::CIMInstance namedInstance(pugi::xml_node node);   // VALUE.NAMEDINSTANCE, path set
+    Pegasus::CIMObject objectWithPath(pugi::xml_node node);    // VALUE.OBJECTWITHPATH, path set
+    Pegasus::CIMObjectPath instancePath(pugi::xml_node node);  // INSTANCEPATH
+    // VALUE.INSTANCEWITHPATH, path set.
+    Pegasus::CIMInstance instanceWithPath(pugi::xml_node node);
+    Pegasus::CIMParamValue paramValue(pugi::xml_node node);  // PARAMVALUE
     // RETURNVALUE of an extrinsic method.
     Pegasus::CIMValue returnValue(pugi::xml_node node);
     Pegasus::CIMException error(pugi::xml_node node);  // ERROR

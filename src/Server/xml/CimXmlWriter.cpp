@@ -330,11 +330,27 @@ void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
     }
     else
     {
-        out += "<INSTANCEPATH>";
-        writeNamespacePath(out, path.getHost(), path.getNameSpace());
-        writeInstanceName(out, path);
-        out += "</INSTANCEPATH>";
+        writeInstancePath(out, path);
     }
+}
+
+void writeInstancePath(std::string& out, const CIMObjectPath& path)
+{
+    out += "<INSTANCEPATH>";
+    writeNamespacePath(out, path.getHost(), path.getNameSpace());
+    writeInstanceName(out, path);
+    out += "</INSTANCEPATH>";
+}
+
+void writeInstanceWithPath(
+    std::string& out,
+    const CIMConstInstance& instance,
+    const CIMObjectPath& path)
+{
+    out += "<VALUE.INSTANCEWITHPATH>";
+    writeInstancePath(out, path);
+    writeInstance(out, instance);
+    out += "</VALUE.INSTANCEWITHPATH>";
 }
 
 void writeObjectPath(std::string& out, const CIMObjectPath& path)
@@ -476,10 +492,7 @@ void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObj
     out += "<VALUE.OBJECTWITHPATH>";
     if (object.isInstance())
     {
-        out += "<INSTANCEPATH>";
-        writeNamespacePath(out, path.getHost(), path.getNameSpace());
-        writeInstanceName(out, path);
-        out += "</INSTANCEPATH>";
+        writeInstancePath(out, path);
         writeInstance(out, CIMInstance(object));
     }
     else

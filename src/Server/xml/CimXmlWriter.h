@@ -43,6 +43,13 @@ void writeInstance(std::string& out, const Pegasus::CIMConstInstance& instance);
 void writeClass(std::string& out, const Pegasus::CIMConstClass& cimClass);
 // VALUE.NAMEDINSTANCE: the instance's path as INSTANCENAME followed by the INSTANCE.
 void writeNamedInstance(std::string& out, const Pegasus::CIMConstInstance& instance);
+// INSTANCEPATH of `path`, which must carry host and namespace.
+void writeInstancePath(std::string& out, const Pegasus::CIMObjectPath& path);
+// VALUE.INSTANCEWITHPATH of `instance` named by `path` (as writeInstancePath).
+void writeInstanceWithPath(
+    std::string& out,
+    const Pegasus::CIMConstInstance& instance,
+    const Pegasus::CIMObjectPath& path);
 // VALUE.OBJECTWITHPATH of `object` named by `path`, which must carry host and namespace.
 void writeObjectWithPath(
     std::string& out,

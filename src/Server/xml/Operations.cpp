@@ -69,6 +69,37 @@ const ParamSpec kSetProperty[] = {
     REQ(InstanceName, InstanceName), REQ(PropertyName, PropertyName), OPT(NewValue, Value)};
 const ParamSpec kExecQuery[] = {REQ(QueryLanguage, String), REQ(Query, String)};
 
+// The pulled enumerations. Every open ends with the same five parameters.
+#define OPEN_PARAMETERS                                                                            \
+    OPT(FilterQueryLanguage, NullableString), OPT(FilterQuery, NullableString),                    \
+        OPT(OperationTimeout, Uint32), FLAG(ContinueOnError, false), OPT(MaxObjectCount, Uint32)
+const ParamSpec kOpenEnumerateInstances[] = {
+    REQ(ClassName, ClassName), FLAG(DeepInheritance, true), FLAG(IncludeClassOrigin, false),
+    OPT(PropertyList, PropertyList), OPEN_PARAMETERS};
+const ParamSpec kOpenEnumerateInstancePaths[] = {REQ(ClassName, ClassName), OPEN_PARAMETERS};
+const ParamSpec kOpenReferenceInstances[] = {
+    REQ(InstanceName, InstanceName), OPT(ResultClass, ClassName),     OPT(Role, String),
+    FLAG(IncludeClassOrigin, false), OPT(PropertyList, PropertyList), OPEN_PARAMETERS};
+const ParamSpec kOpenReferenceInstancePaths[] = {
+    REQ(InstanceName, InstanceName), OPT(ResultClass, ClassName), OPT(Role, String),
+    OPEN_PARAMETERS};
+const ParamSpec kOpenAssociatorInstances[] = {
+    REQ(InstanceName, InstanceName), OPT(AssocClass, ClassName),
+    OPT(ResultClass, ClassName),     OPT(Role, String),
+    OPT(ResultRole, String),         FLAG(IncludeClassOrigin, false),
+    OPT(PropertyList, PropertyList), OPEN_PARAMETERS};
+const ParamSpec kOpenAssociatorInstancePaths[] = {
+    REQ(InstanceName, InstanceName), OPT(AssocClass, ClassName),
+    OPT(ResultClass, ClassName),     OPT(Role, String),
+    OPT(ResultRole, String),         OPEN_PARAMETERS};
+const ParamSpec kPullInstancesWithPath[] = {
+    REQ(EnumerationContext, NullableString), REQ(MaxObjectCount, Uint32)};
+const ParamSpec kPullInstancePaths[] = {
+    REQ(EnumerationContext, NullableString), REQ(MaxObjectCount, Uint32)};
+const ParamSpec kCloseEnumeration[] = {REQ(EnumerationContext, NullableString)};
+const ParamSpec kEnumerationCount[] = {REQ(EnumerationContext, NullableString)};
+#undef OPEN_PARAMETERS
+
 #undef REQ
 #undef OPT
 #undef FLAG
@@ -97,9 +128,23 @@ const OperationSpec kOperations[] = {
     OP(GetProperty, PropertyValue),
     OP(SetProperty, Nothing),
     OP(ExecQuery, ObjectsWithPath),
+    OP(OpenEnumerateInstances, InstancesWithPath),
+    OP(OpenEnumerateInstancePaths, InstancePaths),
+    OP(OpenReferenceInstances, InstancesWithPath),
+    OP(OpenReferenceInstancePaths, InstancePaths),
+    OP(OpenAssociatorInstances, InstancesWithPath),
+    OP(OpenAssociatorInstancePaths, InstancePaths),
+    OP(PullInstancesWithPath, InstancesWithPath),
+    OP(PullInstancePaths, InstancePaths),
+    OP(CloseEnumeration, Nothing),
+    OP(EnumerationCount, PropertyValue),
     {Operation::InvokeMethod, "InvokeMethod", nullptr, 0, ResultKind::MethodResult},
 };
 #undef OP
+static_assert(
+    sizeof(kOperations) / sizeof(kOperations[0]) ==
+        static_cast<size_t>(Operation::InvokeMethod) + 1,
+    "one entry per operation");
 
 const char* const kParamNames[] = {
     "ClassName",
@@ -122,6 +167,12 @@ const char* const kParamNames[] = {
     "NewValue",
     "QueryLanguage",
     "Query",
+    "FilterQueryLanguage",
+    "FilterQuery",
+    "OperationTimeout",
+    "ContinueOnError",
+    "MaxObjectCount",
+    "EnumerationContext",
 };
 static_assert(
     sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount,

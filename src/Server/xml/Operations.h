@@ -32,9 +32,12 @@ enum class ParamKind
     PropertyList,   // VALUE.ARRAY of VALUE, absent = NULL list
     PropertyName,   // VALUE holding a property name
     Value,          // VALUE / VALUE.ARRAY / VALUE.REFERENCE, untyped
+    Uint32,         // VALUE holding a uint32 (absent = NULL)
+    NullableString  // VALUE text (absent = NULL)
 };
 
-// What IRETURNVALUE holds.
+// What IRETURNVALUE holds. An intrinsic response's output parameters (those of the opens
+// and pulls: EndOfSequence, EnumerationContext) follow it as PARAMVALUEs.
 enum class ResultKind
 {
     Nothing,          // no IRETURNVALUE
@@ -47,8 +50,12 @@ enum class ResultKind
     CreatedName,      // INSTANCENAME
     ObjectsWithPath,  // VALUE.OBJECTWITHPATH*
     ObjectPaths,      // OBJECTPATH*
-    PropertyValue,    // VALUE / VALUE.ARRAY / VALUE.REFERENCE, or nothing for NULL
-    MethodResult,     // extrinsic: RETURNVALUE + PARAMVALUE*
+    // VALUE / VALUE.ARRAY / VALUE.REFERENCE, or nothing for NULL (GetProperty's value,
+    // EnumerationCount's count)
+    PropertyValue,
+    MethodResult,       // extrinsic: RETURNVALUE + PARAMVALUE*
+    InstancesWithPath,  // VALUE.INSTANCEWITHPATH*
+    InstancePaths,      // INSTANCEPATH*
 };
 
 struct ParamSpec

@@ -11,6 +11,7 @@
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/NameIndex.h>
 
+#include <bitset>
 #include <vector>
 
 using namespace Pegasus;
@@ -53,7 +54,83 @@ void requireVersion(pugi::xml_node node, const char* attribute, char major, cons
             501, cimError, std::string(attribute) + " \"" + a.value() + "\" is not supported");
 }
 
-void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlReader& reader)
+// The request's field of each boolean, text and number parameter: the one place that
+// maps those parameters to fields. nullptr for a parameter of another kind.
+template <class Request>
+auto flagField(Request& r, Param p) -> decltype(&r.localOnly)
+{
+    switch (p)
+    {
+        case Param::LocalOnly:
+            return &r.localOnly;
+        case Param::DeepInheritance:
+            return &r.deepInheritance;
+        case Param::IncludeQualifiers:
+            return &r.includeQualifiers;
+        case Param::IncludeClassOrigin:
+            return &r.includeClassOrigin;
+        case Param::ContinueOnError:
+            return &r.continueOnError;
+        default:
+            return nullptr;
+    }
+}
+
+template <class Request>
+auto textField(Request& r, Param p) -> decltype(&r.role)
+{
+    switch (p)
+    {
+        case Param::Role:
+            return &r.role;
+        case Param::ResultRole:
+            return &r.resultRole;
+        case Param::QueryLanguage:
+            return &r.queryLanguage;
+        case Param::Query:
+            return &r.query;
+        case Param::FilterQueryLanguage:
+            return &r.filterQueryLanguage;
+        case Param::FilterQuery:
+            return &r.filterQuery;
+        case Param::EnumerationContext:
+            return &r.enumerationContext;
+        default:
+            return nullptr;
+    }
+}
+
+template <class Request>
+auto numberField(Request& r, Param p) -> decltype(&r.maxObjectCount)
+{
+    return p == Param::OperationTimeout ? &r.operationTimeout
+           : p == Param::MaxObjectCount ? &r.maxObjectCount
+                                        : nullptr;
+}
+
+// A uint32 in decimal, white space around it allowed.
+bool parseUint32Text(const std::string& text, Uint32& value)
+{
+    const size_t b = text.find_first_not_of(" \t\r\n");
+    const size_t e = text.find_last_not_of(" \t\r\n");
+    if (b == std::string::npos || e - b + 1 > 10)
+        return false;
+    unsigned long long n = 0;
+    for (size_t i = b; i <= e; ++i)
+    {
+        if (text[i] < '0' || text[i] > '9')
+            return false;
+        n = n * 10 + static_cast<unsigned>(text[i] - '0');
+    }
+    if (n > 0xFFFFFFFFull)
+        return false;
+    value = static_cast<Uint32>(n);
+    return true;
+}
+
+// Reads one parameter into the request; false when it was given as NULL (an empty
+// IPARAMVALUE) and its kind tells NULL from a value.
+bool setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlReader& reader)
 {
     const std::vector<pugi::xml_node> children = elementChildren(ip);
     if (children.size() > 1)
@@ -76,23 +153,8 @@ void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlRead
             bool b;
             if (!parseBooleanText(elementText(v), b))
                 invalidElement(v, std::string("parameter ") + def.name + " must be TRUE or FALSE");
-            switch (def.param)
-            {
-                case Param::LocalOnly:
-                    r.localOnly = b;
-                    break;
-                case Param::DeepInheritance:
-                    r.deepInheritance = b;
-                    break;
-                case Param::IncludeQualifiers:
-                    r.includeQualifiers = b;
-                    break;
-                case Param::IncludeClassOrigin:
-                    r.includeClassOrigin = b;
-                    break;
-                default:
-                    break;
-            }
+            if (bool* field = flagField(r, def.param))
+                *field = b;
             break;
         }
         case ParamKind::String:
@@ -103,14 +165,30 @@ void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlRead
                 expect("VALUE");
                 s = reader.untypedValue(v).toString();
             }
-            if (def.param == Param::Role)
-                r.role = s;
-            else if (def.param == Param::ResultRole)
-                r.resultRole = s;
-            else if (def.param == Param::QueryLanguage)
-                r.queryLanguage = s;
-            else if (def.param == Param::Query)
-                r.query = s;
+            if (String* field = textField(r, def.param))
+                *field = s;
+            break;
+        }
+        case ParamKind::NullableString:
+            if (!v)
+                return false;
+            expect("VALUE");
+            if (String* field = textField(r, def.param))
+                *field = reader.untypedValue(v).toString();
+            break;
+        case ParamKind::Uint32:
+        {
+            if (!v)
+                return false;
+            expect("VALUE");
+            const std::string text = elementText(v);
+            Uint32 n = 0;
+            if (!parseUint32Text(text, n))
+                invalidElement(
+                    v, std::string("parameter ") + def.name +
+                           " must be a uint32 (0 to 4294967295), not \"" + text + "\"");
+            if (Uint32* field = numberField(r, def.param))
+                *field = n;
             break;
         }
         case ParamKind::ClassName:
@@ -174,6 +252,7 @@ void setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlRead
             r.newValue = v ? reader.untypedValue(v) : CIMValue();
             break;
     }
+    return true;
 }
 
 void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader)
@@ -197,6 +276,8 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
     r.nameSpace = reader.localNamespacePath(children[i++]);
     // Each parameter may be given once, so the operation's parameters are the bound.
     checkCount(call, "IPARAMVALUE", countNamed(children, i, "IPARAMVALUE"), def->paramCount);
+    // Parameters met so far, NULL ones included; `present` keeps those with a value.
+    std::bitset<kParamCount> seen;
     for (; i < children.size(); ++i)
     {
         pugi::xml_node ip = children[i];
@@ -209,10 +290,13 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
         if (!p)
             invalidElement(ip, std::string("unknown parameter \"") + name + "\" for " + def->name);
         const size_t bit = static_cast<size_t>(p->param);
-        if (r.present.test(bit))
+        if (seen.test(bit))
             invalidElement(ip, std::string("parameter ") + p->name + " given twice");
-        setParam(r, *p, ip, reader);
-        r.present.set(bit);
+        seen.set(bit);
+        if (setParam(r, *p, ip, reader))
+            r.present.set(bit);
+        else if (p->required)
+            invalidElement(ip, std::string("parameter ") + p->name + " must not be NULL");
     }
     for (size_t k = 0; k < def->paramCount; ++k)
     {
@@ -270,26 +354,22 @@ void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p)
     {
         case ParamKind::Boolean:
         {
-            bool b = false;
-            if (p.param == Param::LocalOnly)
-                b = r.localOnly;
-            else if (p.param == Param::DeepInheritance)
-                b = r.deepInheritance;
-            else if (p.param == Param::IncludeQualifiers)
-                b = r.includeQualifiers;
-            else if (p.param == Param::IncludeClassOrigin)
-                b = r.includeClassOrigin;
-            out += b ? "<VALUE>TRUE</VALUE>" : "<VALUE>FALSE</VALUE>";
+            const bool* b = flagField(r, p.param);
+            out += b && *b ? "<VALUE>TRUE</VALUE>" : "<VALUE>FALSE</VALUE>";
             break;
         }
         case ParamKind::String:
-        {
-            const String& s = p.param == Param::Role            ? r.role
-                              : p.param == Param::ResultRole    ? r.resultRole
-                              : p.param == Param::QueryLanguage ? r.queryLanguage
-                                                                : r.query;
+        case ParamKind::NullableString:
             out += "<VALUE>";
-            appendEscaped(out, s);
+            if (const String* s = textField(r, p.param))
+                appendEscaped(out, *s);
+            out += "</VALUE>";
+            break;
+        case ParamKind::Uint32:
+        {
+            const Uint32* n = numberField(r, p.param);
+            out += "<VALUE>";
+            out += std::to_string(n ? *n : 0);
             out += "</VALUE>";
             break;
         }
@@ -355,14 +435,8 @@ void applyDefaults(CimRequest& r)
         const ParamSpec& p = def.params[i];
         if (p.kind != ParamKind::Boolean)
             continue;
-        if (p.param == Param::LocalOnly)
-            r.localOnly = p.booleanDefault;
-        else if (p.param == Param::DeepInheritance)
-            r.deepInheritance = p.booleanDefault;
-        else if (p.param == Param::IncludeQualifiers)
-            r.includeQualifiers = p.booleanDefault;
-        else if (p.param == Param::IncludeClassOrigin)
-            r.includeClassOrigin = p.booleanDefault;
+        if (bool* field = flagField(r, p.param))
+            *field = p.booleanDefault;
     }
 }
 

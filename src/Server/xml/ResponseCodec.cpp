@@ -85,6 +85,13 @@ void writeResult(
         case ResultKind::ObjectsWithPath:
             writeItems(out, r.objects.size(), [&](Uint32 i) { doc.addObject(out, r.objects[i]); });
             break;
+        case ResultKind::InstancesWithPath:
+            writeItems(
+                out, r.instances.size(), [&](Uint32 i) { doc.addInstance(out, r.instances[i]); });
+            break;
+        case ResultKind::InstancePaths:
+            writeItems(out, r.paths.size(), [&](Uint32 i) { doc.addPath(out, r.paths[i]); });
+            break;
     }
 }
 
@@ -156,6 +163,8 @@ void ResponseDocument::addInstance(std::string& out, const CIMInstance& instance
         writeInstance(out, instance);
     else if (_kind == ResultKind::NamedInstances)
         writeNamedInstance(out, instance);
+    else if (_kind == ResultKind::InstancesWithPath)
+        writeInstanceWithPath(out, instance, completed(instance.getPath(), _host, _nameSpace));
 }
 
 void ResponseDocument::addPath(std::string& out, const CIMObjectPath& path) const
@@ -164,6 +173,8 @@ void ResponseDocument::addPath(std::string& out, const CIMObjectPath& path) cons
         writeInstanceName(out, path);
     else if (_kind == ResultKind::ObjectPaths)
         writeObjectPath(out, completed(path, _host, _nameSpace));
+    else if (_kind == ResultKind::InstancePaths)
+        writeInstancePath(out, completed(path, _host, _nameSpace));
 }
 
 void ResponseDocument::addObject(std::string& out, const CIMObject& object) const

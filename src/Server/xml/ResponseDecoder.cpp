@@ -294,6 +294,12 @@ void ResponseDecoder::readObject(pugi::xml_node node)
         case ResultKind::PropertyValue:
             r.value = _reader.untypedValue(node);
             break;
+        case ResultKind::InstancesWithPath:
+            r.instances.append(_reader.instanceWithPath(node));
+            break;
+        case ResultKind::InstancePaths:
+            r.paths.append(_reader.instancePath(node));
+            break;
     }
 }
 
@@ -360,6 +366,9 @@ CimResponse ResponseDecoder::finish()
                 readObject(n);
             }
         }
+        // A pull's enumeration state follows its result.
+        for (; i < children.size() && is(children[i], "PARAMVALUE"); ++i)
+            r.outParameters.append(_reader.paramValue(children[i]));
         if (i != children.size())
             bad(std::string("unexpected ") + children[i].name());
     }

@@ -17,6 +17,11 @@ void reset();
 // in ServerTestProviders.cpp.
 void setKnob(const std::string& target, const std::string& mode);
 
+// Providers in mode "gated" wait until the gate is open; reset() opens it. A
+// provider reaching the gate counts "gate.waiting".
+void closeGate();
+void openGate();
+
 // Events counted by the providers ("Test_InitFail.initialize", "Item.terminate"...).
 unsigned counter(const std::string& name);
 

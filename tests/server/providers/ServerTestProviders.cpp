@@ -10,7 +10,8 @@
 // "not-supported" (CIMNotSupportedException "not here"). Enumerations also
 // understand "uninit", "no-complete:<n>" and "count:<n>"; Item's also
 // "fail-after:<n>" and "unsupported-after:<n>" (n delivered one at a time, then
-// the "gone" or the "not here" exception).
+// the "gone" or the "not here" exception) and "gated" (waits until the gate is
+// open, then answers as usual).
 #include "ServerTestControl.h"
 
 #include <Pegasus/Client/CIMClient.h>
@@ -28,6 +29,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -40,6 +42,8 @@ namespace
 {
 
 std::mutex stateMutex;
+std::condition_variable gateChanged;  // with stateMutex
+bool gateOpen = true;
 std::map<std::string, std::string> knobs;
 std::map<std::string, unsigned> counters;
 std::string recordedCall;
@@ -66,6 +70,13 @@ void record(const std::string& call)
 {
     std::lock_guard<std::mutex> lock(stateMutex);
     recordedCall = call;
+}
+
+void passGate()
+{
+    bump("gate.waiting");
+    std::unique_lock<std::mutex> lock(stateMutex);
+    gateChanged.wait(lock, [] { return gateOpen; });
 }
 
 // Throws as the mode says; other modes are left to the caller.
@@ -318,6 +329,8 @@ public:
             "enumerateInstances " + text(ref.toString()) + " iq=" + (iq ? "1" : "0") +
             " ico=" + (ico ? "1" : "0") + " pl=" + text(pl.toString()));
         const std::string mode = misbehaveAs("enumerateInstances");
+        if (mode == "gated")
+            passGate();
         handler.processing();
         if (mode == "uninit")
             handler.deliver(CIMInstance());
@@ -765,6 +778,21 @@ void reset()
     knobs.clear();
     counters.clear();
     recordedCall.clear();
+    gateOpen = true;
+    gateChanged.notify_all();
+}
+
+void closeGate()
+{
+    std::lock_guard<std::mutex> lock(stateMutex);
+    gateOpen = false;
+}
+
+void openGate()
+{
+    std::lock_guard<std::mutex> lock(stateMutex);
+    gateOpen = true;
+    gateChanged.notify_all();
 }
 
 void setKnob(const std::string& target, const std::string& mode)

@@ -41,6 +41,20 @@ void _checkInstance(const CIMObjectPath& path)
     }
 }
 
+// The whole answer of a request served by one object.
+template <class Handler, class Object>
+void _deliverOne(Handler& handler, const Object& object)
+{
+    handler.processing();
+    handler.deliver(object);
+    handler.complete();
+}
+
+[[noreturn]] void _notSupported(const char* operation)
+{
+    throw CIMNotSupportedException(ClassName + " does not support " + String(operation) + ".");
+}
+
 api_sysident_t _systemIdentity()
 {
     api_sysident_t ident;
@@ -137,9 +151,7 @@ void QEL_InternalCacheProvider::getInstance(
     InstanceResponseHandler& handler)
 {
     _checkInstance(instanceReference);
-    handler.processing();
-    handler.deliver(buildInstance());
-    handler.complete();
+    _deliverOne(handler, buildInstance());
 }
 
 void QEL_InternalCacheProvider::enumerateInstances(
@@ -151,9 +163,7 @@ void QEL_InternalCacheProvider::enumerateInstances(
     InstanceResponseHandler& handler)
 {
     _checkClass(classReference);
-    handler.processing();
-    handler.deliver(buildInstance());
-    handler.complete();
+    _deliverOne(handler, buildInstance());
 }
 
 void QEL_InternalCacheProvider::enumerateInstanceNames(
@@ -162,9 +172,7 @@ void QEL_InternalCacheProvider::enumerateInstanceNames(
     ObjectPathResponseHandler& handler)
 {
     _checkClass(classReference);
-    handler.processing();
-    handler.deliver(buildObjectPath());
-    handler.complete();
+    _deliverOne(handler, buildObjectPath());
 }
 
 void QEL_InternalCacheProvider::modifyInstance(
@@ -175,7 +183,7 @@ void QEL_InternalCacheProvider::modifyInstance(
     const CIMPropertyList& propertyList,
     ResponseHandler& handler)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    _notSupported("modifyInstance");
 }
 
 void QEL_InternalCacheProvider::createInstance(
@@ -184,7 +192,7 @@ void QEL_InternalCacheProvider::createInstance(
     const CIMInstance& instanceObject,
     ObjectPathResponseHandler& handler)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    _notSupported("createInstance");
 }
 
 void QEL_InternalCacheProvider::deleteInstance(
@@ -192,7 +200,7 @@ void QEL_InternalCacheProvider::deleteInstance(
     const CIMObjectPath& instanceReference,
     ResponseHandler& handler)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    _notSupported("deleteInstance");
 }
 
 void QEL_InternalCacheProvider::invokeMethod(
