@@ -1,5 +1,6 @@
 #include "CimXmlWriter.h"
 
+#include "ElementHeads.h"
 #include "ValueText.h"
 #include "XmlText.h"
 
@@ -23,58 +24,19 @@ namespace cimxml
 namespace
 {
 
-// Attribute and element names are literals: as string_views their lengths are known when
-// compiled, not counted for every property written.
-//
-// ' NAME="' in one append (appends are what writing costs most, a few per property).
-void attrStart(std::string& out, std::string_view name)
-{
-    char head[32];
-    if (name.size() + 3 > sizeof head)
-    {
-        out += ' ';
-        out += name;
-        out += "=\"";
-        return;
-    }
-    head[0] = ' ';
-    std::memcpy(head + 1, name.data(), name.size());
-    head[name.size() + 1] = '=';
-    head[name.size() + 2] = '"';
-    out.append(head, name.size() + 3);
-}
-
 void attr(std::string& out, std::string_view name, const String& value)
 {
-    attrStart(out, name);
-    appendEscaped(out, value);
-    out += '"';
+    appendAttribute(out, name, value);
 }
 
 void attr(std::string& out, std::string_view name, const char* value)
 {
-    attrStart(out, name);
-    appendEscaped(out, value, std::char_traits<char>::length(value));
-    out += '"';
+    appendAttribute(out, name, value);
 }
 
 bool isEmbedded(CIMType t)
 {
     return t == CIMTYPE_OBJECT || t == CIMTYPE_INSTANCE;
-}
-
-// TYPE and, for embedded objects, the EmbeddedObject marker (they travel as strings).
-void typeAttrs(std::string& out, CIMType t, std::string_view typeAttr = "TYPE")
-{
-    if (isEmbedded(t))
-    {
-        attr(out, typeAttr, "string");
-        attr(out, "EmbeddedObject", t == CIMTYPE_OBJECT ? "object" : "instance");
-    }
-    else
-    {
-        attr(out, typeAttr, typeAttribute(t));
-    }
 }
 
 std::string embeddedText(const CIMObject& object)
@@ -146,7 +108,7 @@ void writeQualifier(std::string& out, const Q& q)
     const CIMValue& v = q.getValue();
     out += "<QUALIFIER";
     attr(out, "NAME", q.getName().getString());
-    typeAttrs(out, v.getType());
+    appendTypeAttributes(out, v.getType());
     if (q.getPropagated())
         attr(out, "PROPAGATED", "true");
     writeFlavor(out, q.getFlavor());
@@ -166,40 +128,17 @@ template <class P>
 void writeProperty(std::string& out, const P& p)
 {
     const CIMValue& v = p.getValue();
-    const CIMType t = p.getType();
-    // Start and end tags, each written in one piece.
-    std::string_view start = "<PROPERTY", end = "</PROPERTY>";
-    if (t == CIMTYPE_REFERENCE)
-    {
-        start = "<PROPERTY.REFERENCE";
-        end = "</PROPERTY.REFERENCE>";
-    }
-    else if (p.isArray())
-    {
-        start = "<PROPERTY.ARRAY";
-        end = "</PROPERTY.ARRAY>";
-    }
-    out += start;
-    attr(out, "NAME", p.getName().getString());
-    if (t == CIMTYPE_REFERENCE)
-    {
-        if (!p.getReferenceClassName().isNull())
-            attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
-    }
-    else
-    {
-        typeAttrs(out, t);
-        if (p.isArray() && p.getArraySize() != 0)
-            attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
-    }
-    if (!p.getClassOrigin().isNull())
-        attr(out, "CLASSORIGIN", p.getClassOrigin().getString());
-    if (p.getPropagated())
-        attr(out, "PROPAGATED", "true");
-    out += '>';
+    const CIMType t = v.getType();
+    appendPropertyHead(
+        out, PropertyShape{
+                 p.getName().getString(), t, v.isArray(), p.getArraySize(),
+                 p.getReferenceClassName().getString(), p.getClassOrigin().getString(),
+                 p.getPropagated()});
     writeQualifiers(out, p);
     writeValue(out, v);
-    out += end;
+    out += t == CIMTYPE_REFERENCE ? std::string_view("</PROPERTY.REFERENCE>")
+           : v.isArray()          ? std::string_view("</PROPERTY.ARRAY>")
+                                  : std::string_view("</PROPERTY>");
 }
 
 template <class P>
@@ -221,7 +160,7 @@ void writeParameter(std::string& out, const P& p)
     }
     else
     {
-        typeAttrs(out, t);
+        appendTypeAttributes(out, t);
     }
     if (p.isArray() && p.getArraySize() != 0)
         attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
@@ -237,7 +176,7 @@ void writeMethod(std::string& out, const M& m)
 {
     out += "<METHOD";
     attr(out, "NAME", m.getName().getString());
-    typeAttrs(out, m.getType());
+    appendTypeAttributes(out, m.getType());
     if (!m.getClassOrigin().isNull())
         attr(out, "CLASSORIGIN", m.getClassOrigin().getString());
     if (m.getPropagated())
@@ -249,21 +188,21 @@ void writeMethod(std::string& out, const M& m)
     out += "</METHOD>";
 }
 
-void writeKeyValue(std::string& out, const CIMKeyBinding& kb)
+// The KEYBINDING of one key.
+void writeKeyBinding(std::string& out, const CIMKeyBinding& kb)
 {
     if (kb.getType() == CIMKeyBinding::REFERENCE)
     {
+        out += "<KEYBINDING";
+        attr(out, "NAME", kb.getName().getString());
+        out += '>';
         writeValueReference(out, CIMObjectPath(kb.getValue()));
+        out += "</KEYBINDING>";
         return;
     }
-    const char* valueType = kb.getType() == CIMKeyBinding::BOOLEAN   ? "boolean"
-                            : kb.getType() == CIMKeyBinding::NUMERIC ? "numeric"
-                                                                     : "string";
-    out += "<KEYVALUE";
-    attr(out, "VALUETYPE", valueType);
-    out += '>';
+    appendKeyHead(out, kb.getName().getString(), kb.getType());
     appendEscaped(out, kb.getValue());
-    out += "</KEYVALUE>";
+    out += "</KEYVALUE></KEYBINDING>";
 }
 
 }  // namespace
@@ -309,13 +248,7 @@ void writeInstanceName(std::string& out, const CIMObjectPath& path)
     out += '>';
     const Array<CIMKeyBinding>& keys = path.getKeyBindings();
     for (Uint32 i = 0; i < keys.size(); ++i)
-    {
-        out += "<KEYBINDING";
-        attr(out, "NAME", keys[i].getName().getString());
-        out += '>';
-        writeKeyValue(out, keys[i]);
-        out += "</KEYBINDING>";
-    }
+        writeKeyBinding(out, keys[i]);
     out += "</INSTANCENAME>";
 }
 
@@ -401,38 +334,18 @@ void writeValue(std::string& out, const CIMValue& value)
         }
         return;
     }
-    if (!value.isArray())
+    if (!isEmbedded(t))
     {
-        if (isEmbedded(t))
-        {
-            writeTextValue(out, scalarEmbeddedText(value));
-        }
-        else if (t == CIMTYPE_STRING)
-        {
-            // Strings, the commonest values, go straight from their UTF-16 units.
-            String text;
-            value.get(text);
-            out += "<VALUE>";
-            appendEscaped(out, text);
-            out += "</VALUE>";
-        }
-        else
-        {
-            out += "<VALUE>";
-            std::string text;
-            appendScalarText(text, value);
-            appendEscaped(out, text);
-            out += "</VALUE>";
-        }
+        appendValueElements(out, value);
         return;
     }
-    std::vector<std::string> texts;
-    if (isEmbedded(t))
-        texts = embeddedTexts(value);
-    else
-        appendArrayTexts(texts, value);
+    if (!value.isArray())
+    {
+        writeTextValue(out, scalarEmbeddedText(value));
+        return;
+    }
     out += "<VALUE.ARRAY>";
-    for (const std::string& s : texts)
+    for (const std::string& s : embeddedTexts(value))
         writeTextValue(out, s);
     out += "</VALUE.ARRAY>";
 }
@@ -498,7 +411,7 @@ void writeParamValue(std::string& out, const CIMParamValue& param)
     const CIMValue v = param.getValue();
     out += "<PARAMVALUE";
     attr(out, "NAME", param.getParameterName());
-    typeAttrs(out, v.getType(), "PARAMTYPE");
+    appendTypeAttributes(out, v.getType(), "PARAMTYPE");
     out += '>';
     writeValue(out, v);
     out += "</PARAMVALUE>";
@@ -509,7 +422,7 @@ void writeReturnValue(std::string& out, const CIMValue& value)
     if (value.isNull())
         return;
     out += "<RETURNVALUE";
-    typeAttrs(out, value.getType(), "PARAMTYPE");
+    appendTypeAttributes(out, value.getType(), "PARAMTYPE");
     out += '>';
     writeValue(out, value);
     out += "</RETURNVALUE>";

@@ -279,6 +279,55 @@ void appendArrayAs(std::vector<std::string>& out, const CIMValue& value)
     }
 }
 
+// One element's text as it stands inside VALUE: escaped where the type's text can need it.
+template <class T>
+void appendElementText(std::string& out, const T& v)
+{
+    // Numbers and booleans: digits, signs, letters of TRUE/FALSE/NaN/INF and "e+" only.
+    appendOne(out, v);
+}
+template <>
+void appendElementText(std::string& out, const Char16& v)
+{
+    std::string text;
+    appendChar16(text, v);
+    appendEscaped(out, text);
+}
+template <>
+void appendElementText(std::string& out, const String& v)
+{
+    appendEscaped(out, v);
+}
+template <>
+void appendElementText(std::string& out, const CIMDateTime& v)
+{
+    appendEscaped(out, v.toString());
+}
+
+template <class T>
+void appendValueAs(std::string& out, const CIMValue& value)
+{
+    if (!value.isArray())
+    {
+        T v;
+        value.get(v);
+        out += "<VALUE>";
+        appendElementText(out, v);
+        out += "</VALUE>";
+        return;
+    }
+    Array<T> a;
+    value.get(a);
+    out += "<VALUE.ARRAY>";
+    for (Uint32 i = 0; i < a.size(); ++i)
+    {
+        out += "<VALUE>";
+        appendElementText(out, a[i]);
+        out += "</VALUE>";
+    }
+    out += "</VALUE.ARRAY>";
+}
+
 // Text -> one element of type T.
 template <class T>
 T parseOne(const std::string& text, const TextOrigin& where);
@@ -468,6 +517,21 @@ void appendArrayTexts(std::vector<std::string>& out, const CIMValue& value)
 #undef X
         default:
             throw CIMException(CIM_ERR_FAILED, "array of a non-simple type written as text");
+    }
+}
+
+void appendValueElements(std::string& out, const CIMValue& value)
+{
+    switch (value.getType())
+    {
+#define X(tag, T)                                                                                  \
+    case tag:                                                                                      \
+        appendValueAs<T>(out, value);                                                              \
+        return;
+        QEL_CIMXML_SIMPLE_TYPES(X)
+#undef X
+        default:
+            throw CIMException(CIM_ERR_FAILED, "value of a non-simple type written as text");
     }
 }
 

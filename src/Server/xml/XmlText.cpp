@@ -50,16 +50,40 @@ void appendEscapedByte(std::string& out, unsigned char c)
     }
 }
 
+// Whether a unit below 0x80 goes out as it is: when escaping, the plain bytes; otherwise
+// everything but the NUL that ends the C string.
+inline bool isVerbatim(Pegasus::Uint16 unit, bool escape)
+{
+    return escape ? isPlain(static_cast<unsigned char>(unit)) : unit != 0;
+}
+
 // Appends the UTF-8 form of `text` as String::getCString() encodes it (a lone surrogate as
 // its own 3-byte sequence) up to its first NUL, where that C string would end; escaped
-// when `escape`. Straight from the UTF-16 units, through a small buffer: no temporary
-// copy of the text and no byte-by-byte growth of `out`.
+// when `escape`. Straight from the UTF-16 units: a leading run of plain ASCII (most texts
+// are nothing else) is copied into room made for it at once; the rest goes through a
+// small buffer. No temporary copy of the text and no byte-by-byte growth of `out`.
 void appendUtf8Text(std::string& out, const Pegasus::String& text, bool escape)
 {
+    const Pegasus::Char16* d = text.getChar16Data();
+    const Pegasus::Uint32 n = text.size();
+    const size_t base = out.size();
+    out.resize(base + n);
+    char* fast = &out[base];
+    Pegasus::Uint32 i = 0;
+    for (; i < n; ++i)
+    {
+        const Pegasus::Uint16 unit = d[i];
+        if (unit >= 0x80 || !isVerbatim(unit, escape))
+            break;
+        fast[i] = static_cast<char>(unit);
+    }
+    out.resize(base + i);
+    if (i == n)
+        return;
+
     char buf[256];
     size_t used = 0;
-    const Pegasus::Char16* d = text.getChar16Data();
-    for (Pegasus::Uint32 i = 0, n = text.size(); i < n; ++i)
+    for (; i < n; ++i)
     {
         if (used > sizeof buf - 4)
         {
@@ -111,6 +135,24 @@ void appendUtf8Text(std::string& out, const Pegasus::String& text, bool escape)
     out.append(buf, used);
 }
 
+// ' NAME="' in one append.
+void attributeStart(std::string& out, std::string_view name)
+{
+    char head[32];
+    if (name.size() + 3 > sizeof head)
+    {
+        out += ' ';
+        out += name;
+        out += "=\"";
+        return;
+    }
+    head[0] = ' ';
+    std::memcpy(head + 1, name.data(), name.size());
+    head[name.size() + 1] = '=';
+    head[name.size() + 2] = '"';
+    out.append(head, name.size() + 3);
+}
+
 }  // namespace
 
 void appendEscaped(std::string& out, const char* text, size_t length)
@@ -137,6 +179,20 @@ void appendEscaped(std::string& out, const std::string& text)
 void appendEscaped(std::string& out, const Pegasus::String& text)
 {
     appendUtf8Text(out, text, true);
+}
+
+void appendAttribute(std::string& out, std::string_view name, const Pegasus::String& value)
+{
+    attributeStart(out, name);
+    appendUtf8Text(out, value, true);
+    out += '"';
+}
+
+void appendAttribute(std::string& out, std::string_view name, const char* value)
+{
+    attributeStart(out, name);
+    appendEscaped(out, value, std::char_traits<char>::length(value));
+    out += '"';
 }
 
 void appendUtf8(std::string& out, const Pegasus::String& text)

@@ -5,6 +5,7 @@
 #include <Pegasus/Common/String.h>
 
 #include <string>
+#include <string_view>
 
 namespace qel
 {
@@ -17,6 +18,11 @@ namespace cimxml
 void appendEscaped(std::string& out, const char* text, size_t length);
 void appendEscaped(std::string& out, const std::string& text);
 void appendEscaped(std::string& out, const Pegasus::String& text);
+
+// ' NAME="value"' with the value escaped. Attribute names are literals: as string_views their
+// lengths are known when compiled.
+void appendAttribute(std::string& out, std::string_view name, const Pegasus::String& value);
+void appendAttribute(std::string& out, std::string_view name, const char* value);
 
 // The UTF-8 form of text as String::getCString() gives it, up to its first NUL.
 void appendUtf8(std::string& out, const Pegasus::String& text);
