@@ -2,6 +2,7 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMObjectRep.h>
+#include <Pegasus/Common/CIMPropertyRep.h>
 #include <Pegasus/Common/CheckRep.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -26,6 +27,14 @@ bool CIMObjectRep::identical(const CIMObjectRep& x) const
 {
     return this == &x || (reference.identical(x.reference) && qualifiers.identical(x.qualifiers) &&
                           properties.identical(x.properties));
+}
+
+CIMProperty CIMObjectRep::propertyHandle(Uint32 index) const
+{
+    const CIMProperty& inList = properties.at(index);
+    if (inList._rep.use_count() != 0)
+        return inList;
+    return CIMProperty(std::shared_ptr<CIMPropertyRep>(propertyBlock, inList._rep.get()));
 }
 
 void CIMObjectRep::addProperty(const CIMProperty& x)
@@ -146,12 +155,12 @@ Uint32 CIMObject::findProperty(const CIMName& name) const
 
 CIMProperty CIMObject::getProperty(Uint32 index)
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 CIMConstProperty CIMObject::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 void CIMObject::removeProperty(Uint32 index)
@@ -256,7 +265,7 @@ Uint32 CIMConstObject::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstObject::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 Uint32 CIMConstObject::getPropertyCount() const

@@ -1,0 +1,110 @@
+// Internal: a hash index of the names of a member list, by position, so that finding one
+// of a class's dozens of properties by name costs a hash and one comparison instead of a
+// walk over the list. Immutable once built; lists with the same names in the same order
+// share one (a class and its clones, the instances built from it with all its properties).
+//
+// Counted by hand (retain/release) so that a list can read it through a plain pointer on
+// every lookup.
+#ifndef Pegasus_NameIndex_h
+#define Pegasus_NameIndex_h
+
+#include <atomic>
+#include <memory>
+#include <vector>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/NameTag.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+class NameIndex
+{
+public:
+    // Lists shorter than this are walked: an index would not pay for itself.
+    static const Uint32 kMinimumSize = 16;
+
+    // Indexes names[0..n); nameOf(i) gives the i-th name.
+    template <class NameOf>
+    static NameIndex* build(Uint32 n, NameOf nameOf)
+    {
+        NameIndex* index = new NameIndex(n);
+        for (Uint32 i = 0; i < n; i++)
+            index->_insert(hashOf(nameOf(i)), i);
+        return index;
+    }
+
+    static void retain(const NameIndex* index)
+    {
+        if (index)
+            index->_refs.fetch_add(1, std::memory_order_relaxed);
+    }
+
+    static void release(const NameIndex* index)
+    {
+        if (index && index->_refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete index;
+    }
+
+    Uint32 size() const { return _size; }
+
+    // The position of `name`, ignoring ASCII case, or PEG_NOT_FOUND. sameAt(i) confirms a
+    // candidate (hashes of different names can be equal).
+    template <class SameAt>
+    Uint32 find(const CIMName& name, SameAt sameAt) const
+    {
+        const Uint32 h = hashOf(name);
+        for (Uint32 slot = h & _mask;; slot = (slot + 1) & _mask)
+        {
+            const Entry& e = _slots[slot];
+            if (e.position == kEmpty)
+                return PEG_NOT_FOUND;
+            if (e.hash == h && sameAt(e.position))
+                return e.position;
+        }
+    }
+
+    // FNV-1a over the units, ASCII letters folded to lower case.
+    static Uint32 hashOf(const CIMName& name)
+    {
+        const String& s = name.getString();
+        const Char16* d = s.getChar16Data();
+        Uint32 h = 2166136261u;
+        for (Uint32 i = 0, n = s.size(); i < n; i++)
+            h = (h ^ nameTagFold(d[i])) * 16777619u;
+        return h;
+    }
+
+private:
+    static const Uint32 kEmpty = 0xFFFFFFFFu;
+
+    struct Entry
+    {
+        Uint32 hash;
+        Uint32 position;
+    };
+
+    explicit NameIndex(Uint32 n) : _size(n)
+    {
+        Uint32 capacity = 16;
+        while (capacity < 2 * n)
+            capacity <<= 1;
+        _mask = capacity - 1;
+        _slots.assign(capacity, Entry{0, kEmpty});
+    }
+
+    void _insert(Uint32 h, Uint32 position)
+    {
+        Uint32 slot = h & _mask;
+        while (_slots[slot].position != kEmpty)
+            slot = (slot + 1) & _mask;
+        _slots[slot] = Entry{h, position};
+    }
+
+    mutable std::atomic<Uint32> _refs{1};
+    Uint32 _size;
+    Uint32 _mask = 0;
+    std::vector<Entry> _slots;
+};
+
+PEGASUS_NAMESPACE_END
+
+#endif /* Pegasus_NameIndex_h */
