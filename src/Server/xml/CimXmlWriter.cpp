@@ -2,6 +2,7 @@
 
 #include "ElementHeads.h"
 #include "ValueText.h"
+#include "XmlBuffer.h"
 #include "XmlText.h"
 
 #include <Pegasus/Common/CIMFlavor.h>
@@ -10,6 +11,7 @@
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/ObjectReader.h>
 
 #include <cstring>
 #include <string_view>
@@ -24,12 +26,12 @@ namespace cimxml
 namespace
 {
 
-void attr(std::string& out, std::string_view name, const String& value)
+void attr(XmlBuffer& out, std::string_view name, const String& value)
 {
     appendAttribute(out, name, value);
 }
 
-void attr(std::string& out, std::string_view name, const char* value)
+void attr(XmlBuffer& out, std::string_view name, const char* value)
 {
     appendAttribute(out, name, value);
 }
@@ -49,10 +51,10 @@ std::string embeddedText(const CIMObject& object)
     return xml;
 }
 
-void writeTextValue(std::string& out, const std::string& text)
+void writeTextValue(XmlBuffer& out, const std::string& text)
 {
     out += "<VALUE>";
-    appendEscaped(out, text);
+    appendEscaped(out, text.data(), text.size());
     out += "</VALUE>";
 }
 
@@ -89,7 +91,7 @@ std::string scalarEmbeddedText(const CIMValue& value)
     return embeddedText(CIMObject(i));
 }
 
-void writeFlavor(std::string& out, const CIMFlavor& f)
+void writeFlavor(XmlBuffer& out, const CIMFlavor& f)
 {
     // Defaults are OVERRIDABLE and TOSUBCLASS true, TOINSTANCE and TRANSLATABLE false.
     if (!f.hasFlavor(CIMFlavor::OVERRIDABLE))
@@ -103,7 +105,7 @@ void writeFlavor(std::string& out, const CIMFlavor& f)
 }
 
 template <class Q>
-void writeQualifier(std::string& out, const Q& q)
+void writeQualifier(XmlBuffer& out, const Q& q)
 {
     const CIMValue& v = q.getValue();
     out += "<QUALIFIER";
@@ -118,31 +120,63 @@ void writeQualifier(std::string& out, const Q& q)
 }
 
 template <class T>
-void writeQualifiers(std::string& out, const T& owner)
+void writeQualifiers(XmlBuffer& out, const T& owner)
 {
     for (Uint32 i = 0, n = owner.getQualifierCount(); i < n; ++i)
         writeQualifier(out, owner.getQualifier(i));
 }
 
-template <class P>
-void writeProperty(std::string& out, const P& p)
+// A property from its parts: start tag, qualifiers (an owner with getQualifierCount() and
+// getQualifier(i)), value, end tag.
+template <class Qualifiers>
+void writeProperty(
+    XmlBuffer& out,
+    const PropertyShape& shape,
+    const CIMValue& v,
+    const Qualifiers& qualifiers)
+{
+    appendPropertyHead(out, shape);
+    writeQualifiers(out, qualifiers);
+    writeValue(out, v);
+    out += shape.type == CIMTYPE_REFERENCE ? std::string_view("</PROPERTY.REFERENCE>")
+           : shape.isArray                 ? std::string_view("</PROPERTY.ARRAY>")
+                                           : std::string_view("</PROPERTY>");
+}
+
+// A class's property, through its handle.
+void writeProperty(XmlBuffer& out, const CIMConstProperty& p)
 {
     const CIMValue& v = p.getValue();
-    const CIMType t = v.getType();
-    appendPropertyHead(
-        out, PropertyShape{
-                 p.getName().getString(), t, v.isArray(), p.getArraySize(),
-                 p.getReferenceClassName().getString(), p.getClassOrigin().getString(),
-                 p.getPropagated()});
-    writeQualifiers(out, p);
-    writeValue(out, v);
-    out += t == CIMTYPE_REFERENCE ? std::string_view("</PROPERTY.REFERENCE>")
-           : v.isArray()          ? std::string_view("</PROPERTY.ARRAY>")
-                                  : std::string_view("</PROPERTY>");
+    writeProperty(
+        out,
+        PropertyShape{
+            p.getName().getString(), v.getType(), v.isArray(), p.getArraySize(),
+            p.getReferenceClassName().getString(), p.getClassOrigin().getString(),
+            p.getPropagated()},
+        v, p);
+}
+
+// The qualifiers of a property read in place.
+struct RepQualifiers
+{
+    const CIMPropertyRep& rep;
+    Uint32 getQualifierCount() const { return rep.qualifiers.size(); }
+    const CIMQualifier& getQualifier(Uint32 i) const { return rep.qualifiers.at(i); }
+};
+
+// An instance's property, read in place (instances are written by the thousand).
+void writeProperty(XmlBuffer& out, const CIMPropertyRep& p)
+{
+    writeProperty(
+        out,
+        PropertyShape{
+            p.name.getString(), p.value.getType(), p.value.isArray(), p.arraySize,
+            p.referenceClassName.getString(), p.classOrigin.getString(), p.propagated},
+        p.value, RepQualifiers{p});
 }
 
 template <class P>
-void writeParameter(std::string& out, const P& p)
+void writeParameter(XmlBuffer& out, const P& p)
 {
     const CIMType t = p.getType();
     std::string_view element;
@@ -172,7 +206,7 @@ void writeParameter(std::string& out, const P& p)
 }
 
 template <class M>
-void writeMethod(std::string& out, const M& m)
+void writeMethod(XmlBuffer& out, const M& m)
 {
     out += "<METHOD";
     attr(out, "NAME", m.getName().getString());
@@ -189,7 +223,7 @@ void writeMethod(std::string& out, const M& m)
 }
 
 // The KEYBINDING of one key.
-void writeKeyBinding(std::string& out, const CIMKeyBinding& kb)
+void writeKeyBinding(XmlBuffer& out, const CIMKeyBinding& kb)
 {
     if (kb.getType() == CIMKeyBinding::REFERENCE)
     {
@@ -207,7 +241,7 @@ void writeKeyBinding(std::string& out, const CIMKeyBinding& kb)
 
 }  // namespace
 
-void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+void writeLocalNamespacePath(XmlBuffer& out, const CIMNamespaceName& ns)
 {
     out += "<LOCALNAMESPACEPATH>";
     const std::string text = toUtf8(ns.getString());
@@ -225,7 +259,7 @@ void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
     out += "</LOCALNAMESPACEPATH>";
 }
 
-void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns)
+void writeNamespacePath(XmlBuffer& out, const String& host, const CIMNamespaceName& ns)
 {
     out += "<NAMESPACEPATH><HOST>";
     appendEscaped(out, host);
@@ -234,14 +268,14 @@ void writeNamespacePath(std::string& out, const String& host, const CIMNamespace
     out += "</NAMESPACEPATH>";
 }
 
-void writeClassName(std::string& out, const CIMName& name)
+void writeClassName(XmlBuffer& out, const CIMName& name)
 {
     out += "<CLASSNAME";
     attr(out, "NAME", name.getString());
     out += "/>";
 }
 
-void writeInstanceName(std::string& out, const CIMObjectPath& path)
+void writeInstanceName(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<INSTANCENAME";
     attr(out, "CLASSNAME", path.getClassName().getString());
@@ -252,7 +286,7 @@ void writeInstanceName(std::string& out, const CIMObjectPath& path)
     out += "</INSTANCENAME>";
 }
 
-void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
+void writeObjectPathBody(XmlBuffer& out, const CIMObjectPath& path)
 {
     if (path.getKeyBindings().size() == 0)
     {
@@ -270,14 +304,14 @@ void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
     }
 }
 
-void writeObjectPath(std::string& out, const CIMObjectPath& path)
+void writeObjectPath(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<OBJECTPATH>";
     writeObjectPathBody(out, path);
     out += "</OBJECTPATH>";
 }
 
-void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
+void writeLocalObjectPath(XmlBuffer& out, const CIMObjectPath& path)
 {
     if (path.getKeyBindings().size() == 0)
     {
@@ -295,7 +329,7 @@ void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
     }
 }
 
-void writeValueReference(std::string& out, const CIMObjectPath& path)
+void writeValueReference(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<VALUE.REFERENCE>";
     const bool hasNamespace = !path.getNameSpace().isNull();
@@ -310,7 +344,7 @@ void writeValueReference(std::string& out, const CIMObjectPath& path)
     out += "</VALUE.REFERENCE>";
 }
 
-void writeValue(std::string& out, const CIMValue& value)
+void writeValue(XmlBuffer& out, const CIMValue& value)
 {
     if (value.isNull())
         return;
@@ -350,18 +384,19 @@ void writeValue(std::string& out, const CIMValue& value)
     out += "</VALUE.ARRAY>";
 }
 
-void writeInstance(std::string& out, const CIMConstInstance& instance)
+void writeInstance(XmlBuffer& out, const CIMConstInstance& instance)
 {
     out += "<INSTANCE";
     attr(out, "CLASSNAME", instance.getClassName().getString());
     out += '>';
     writeQualifiers(out, instance);
-    for (Uint32 i = 0, n = instance.getPropertyCount(); i < n; ++i)
-        writeProperty(out, instance.getProperty(i));
+    const NamedElementList<CIMProperty>& properties = ObjectReader::properties(instance);
+    for (Uint32 i = 0, n = properties.size(); i < n; ++i)
+        writeProperty(out, ObjectReader::rep(properties.at(i)));
     out += "</INSTANCE>";
 }
 
-void writeClass(std::string& out, const CIMConstClass& cimClass)
+void writeClass(XmlBuffer& out, const CIMConstClass& cimClass)
 {
     out += "<CLASS";
     attr(out, "NAME", cimClass.getClassName().getString());
@@ -376,7 +411,7 @@ void writeClass(std::string& out, const CIMConstClass& cimClass)
     out += "</CLASS>";
 }
 
-void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
+void writeNamedInstance(XmlBuffer& out, const CIMConstInstance& instance)
 {
     out += "<VALUE.NAMEDINSTANCE>";
     writeInstanceName(out, instance.getPath());
@@ -384,7 +419,7 @@ void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
     out += "</VALUE.NAMEDINSTANCE>";
 }
 
-void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path)
+void writeObjectWithPath(XmlBuffer& out, const CIMObject& object, const CIMObjectPath& path)
 {
     out += "<VALUE.OBJECTWITHPATH>";
     if (object.isInstance())
@@ -406,7 +441,7 @@ void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObj
     out += "</VALUE.OBJECTWITHPATH>";
 }
 
-void writeParamValue(std::string& out, const CIMParamValue& param)
+void writeParamValue(XmlBuffer& out, const CIMParamValue& param)
 {
     const CIMValue v = param.getValue();
     out += "<PARAMVALUE";
@@ -417,7 +452,7 @@ void writeParamValue(std::string& out, const CIMParamValue& param)
     out += "</PARAMVALUE>";
 }
 
-void writeReturnValue(std::string& out, const CIMValue& value)
+void writeReturnValue(XmlBuffer& out, const CIMValue& value)
 {
     if (value.isNull())
         return;
@@ -428,7 +463,7 @@ void writeReturnValue(std::string& out, const CIMValue& value)
     out += "</RETURNVALUE>";
 }
 
-void writeError(std::string& out, const CIMException& error)
+void writeError(XmlBuffer& out, const CIMException& error)
 {
     String description = cimStatusCodeToString(error.getCode());
     if (error.getMessage().size() != 0)
@@ -440,6 +475,104 @@ void writeError(std::string& out, const CIMException& error)
     for (Uint32 i = 0, n = error.getErrorCount(); i < n; ++i)
         writeInstance(out, error.getError(i));
     out += "</ERROR>";
+}
+
+// The std::string forms: one buffer for the whole element, handed over at the end.
+
+void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+{
+    XmlBuffer buffer(out);
+    writeLocalNamespacePath(buffer, ns);
+}
+
+void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns)
+{
+    XmlBuffer buffer(out);
+    writeNamespacePath(buffer, host, ns);
+}
+
+void writeClassName(std::string& out, const CIMName& name)
+{
+    XmlBuffer buffer(out);
+    writeClassName(buffer, name);
+}
+
+void writeInstanceName(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeInstanceName(buffer, path);
+}
+
+void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectPathBody(buffer, path);
+}
+
+void writeObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectPath(buffer, path);
+}
+
+void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeLocalObjectPath(buffer, path);
+}
+
+void writeValueReference(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeValueReference(buffer, path);
+}
+
+void writeValue(std::string& out, const CIMValue& value)
+{
+    XmlBuffer buffer(out);
+    writeValue(buffer, value);
+}
+
+void writeInstance(std::string& out, const CIMConstInstance& instance)
+{
+    XmlBuffer buffer(out);
+    writeInstance(buffer, instance);
+}
+
+void writeClass(std::string& out, const CIMConstClass& cimClass)
+{
+    XmlBuffer buffer(out);
+    writeClass(buffer, cimClass);
+}
+
+void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
+{
+    XmlBuffer buffer(out);
+    writeNamedInstance(buffer, instance);
+}
+
+void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectWithPath(buffer, object, path);
+}
+
+void writeParamValue(std::string& out, const CIMParamValue& param)
+{
+    XmlBuffer buffer(out);
+    writeParamValue(buffer, param);
+}
+
+void writeReturnValue(std::string& out, const CIMValue& value)
+{
+    XmlBuffer buffer(out);
+    writeReturnValue(buffer, value);
+}
+
+void writeError(std::string& out, const CIMException& error)
+{
+    XmlBuffer buffer(out);
+    writeError(buffer, error);
 }
 
 }  // namespace cimxml

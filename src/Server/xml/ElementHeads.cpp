@@ -55,12 +55,16 @@ struct KeyEntry
     std::string text;
 };
 
-// Room for the properties of several classes; a miss costs no more than writing the tag.
+// Room for the properties of several classes, in sets of four ways: the properties of one
+// class that hash alike take turns in a set instead of evicting each other on every
+// instance. A miss costs no more than writing the tag.
 struct Heads
 {
-    static constexpr size_t kPropertyBits = 9;
+    static constexpr size_t kPropertySetBits = 8;
+    static constexpr size_t kWays = 4;
     static constexpr size_t kKeyBits = 6;
-    PropertyEntry properties[size_t(1) << kPropertyBits];
+    PropertyEntry properties[(size_t(1) << kPropertySetBits) * kWays];
+    Uint8 nextWay[size_t(1) << kPropertySetBits] = {};  // the way a miss replaces next
     KeyEntry keys[size_t(1) << kKeyBits];
 };
 
@@ -73,7 +77,7 @@ Heads& heads()
     return *mine;
 }
 
-void writePropertyHead(std::string& out, const PropertyShape& s)
+void writePropertyHead(XmlBuffer& out, const PropertyShape& s)
 {
     if (s.type == CIMTYPE_REFERENCE)
         out += "<PROPERTY.REFERENCE";
@@ -109,7 +113,7 @@ const char* keyValueType(CIMKeyBinding::Type type)
 
 }  // namespace
 
-void appendTypeAttributes(std::string& out, CIMType type, std::string_view attributeName)
+void appendTypeAttributes(XmlBuffer& out, CIMType type, std::string_view attributeName)
 {
     if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
     {
@@ -123,40 +127,55 @@ void appendTypeAttributes(std::string& out, CIMType type, std::string_view attri
     }
 }
 
-void appendPropertyHead(std::string& out, const PropertyShape& shape)
+void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape)
 {
     const std::uintptr_t h = identity(shape.name) ^ (identity(shape.classOrigin) << 1) ^
                              (identity(shape.referenceClass) << 2) ^
                              (std::uintptr_t(shape.type) << 3) ^ shape.arraySize ^
                              (std::uintptr_t(shape.isArray) << 8) ^
                              (std::uintptr_t(shape.propagated) << 9);
-    PropertyEntry& e = heads().properties[slotOf(h, Heads::kPropertyBits)];
-    if (!e.holds(shape))
+    Heads& all = heads();
+    const size_t set = slotOf(h, Heads::kPropertySetBits);
+    PropertyEntry* ways = &all.properties[set * Heads::kWays];
+    for (size_t way = 0; way < Heads::kWays; ++way)
     {
-        e.text.clear();
-        writePropertyHead(e.text, shape);
-        e.name = shape.name;
-        e.referenceClass = shape.referenceClass;
-        e.classOrigin = shape.classOrigin;
-        e.type = shape.type;
-        e.isArray = shape.isArray;
-        e.arraySize = shape.arraySize;
-        e.propagated = shape.propagated;
-        e.used = true;
+        if (ways[way].holds(shape))
+        {
+            out += ways[way].text;
+            return;
+        }
     }
+    PropertyEntry& e = ways[all.nextWay[set]];
+    all.nextWay[set] = static_cast<Uint8>((all.nextWay[set] + 1) % Heads::kWays);
+    e.text.clear();
+    {
+        XmlBuffer text(e.text);
+        writePropertyHead(text, shape);
+    }
+    e.name = shape.name;
+    e.referenceClass = shape.referenceClass;
+    e.classOrigin = shape.classOrigin;
+    e.type = shape.type;
+    e.isArray = shape.isArray;
+    e.arraySize = shape.arraySize;
+    e.propagated = shape.propagated;
+    e.used = true;
     out += e.text;
 }
 
-void appendKeyHead(std::string& out, const String& name, CIMKeyBinding::Type type)
+void appendKeyHead(XmlBuffer& out, const String& name, CIMKeyBinding::Type type)
 {
     KeyEntry& e = heads().keys[slotOf(identity(name) ^ type, Heads::kKeyBits)];
     if (!e.used || identity(e.name) != identity(name) || e.type != type)
     {
-        e.text = "<KEYBINDING";
-        appendAttribute(e.text, "NAME", name);
-        e.text += "><KEYVALUE";
-        appendAttribute(e.text, "VALUETYPE", keyValueType(type));
-        e.text += '>';
+        e.text.clear();
+        XmlBuffer text(e.text);
+        text += "<KEYBINDING";
+        appendAttribute(text, "NAME", name);
+        text += "><KEYVALUE";
+        appendAttribute(text, "VALUETYPE", keyValueType(type));
+        text += '>';
+        text.flush();
         e.name = name;
         e.type = type;
         e.used = true;

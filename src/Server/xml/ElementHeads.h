@@ -11,6 +11,8 @@
 #ifndef QEL_SERVER_XML_ELEMENTHEADS_H
 #define QEL_SERVER_XML_ELEMENTHEADS_H
 
+#include "XmlBuffer.h"
+
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMType.h>
 #include <Pegasus/Common/String.h>
@@ -35,20 +37,17 @@ struct PropertyShape
     bool propagated;
 };
 
-void appendPropertyHead(std::string& out, const PropertyShape& shape);
+void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape);
 
 // TYPE="..." (or PARAMTYPE, as named), and for embedded objects TYPE="string" with the
 // EmbeddedObject marker.
 void appendTypeAttributes(
-    std::string& out,
+    XmlBuffer& out,
     Pegasus::CIMType type,
     std::string_view attributeName = "TYPE");
 
 // <KEYBINDING NAME="name"><KEYVALUE VALUETYPE="type"> for a key that is not a reference.
-void appendKeyHead(
-    std::string& out,
-    const Pegasus::String& name,
-    Pegasus::CIMKeyBinding::Type type);
+void appendKeyHead(XmlBuffer& out, const Pegasus::String& name, Pegasus::CIMKeyBinding::Type type);
 
 }  // namespace cimxml
 }  // namespace qel
