@@ -314,9 +314,66 @@ CIMNamespaceName::CIMNamespaceName(const String& name) : cimNamespaceName(_check
 {
 }
 
-CIMNamespaceName::CIMNamespaceName(const char* name)
-    : cimNamespaceName(_checkedNamespace(String(name)))
+namespace
 {
+// Namespace names from C strings, as providers make one for every object path they build
+// (CIMNamespaceName("root/qel")): each thread keeps the checked, interned text of the last
+// few, by the address of their text (compared again on every use).
+class RecentNamespaces
+{
+public:
+    const String* find(const char* text) const
+    {
+        const Slot& s = _slots[_slotOf(text)];
+        if (s.text != text || std::strncmp(text, s.known.c_str(), s.known.size() + 1) != 0)
+            return nullptr;
+        return &s.name;
+    }
+
+    void remember(const char* text, const String& name)
+    {
+        Slot& s = _slots[_slotOf(text)];
+        s.text = text;
+        s.known = text;
+        s.name = name;
+    }
+
+private:
+    static const size_t kSlots = 16;
+    struct Slot
+    {
+        const char* text = nullptr;
+        std::string known;
+        String name;
+    };
+
+    static size_t _slotOf(const char* text)
+    {
+        return (reinterpret_cast<std::uintptr_t>(text) >> 3) % kSlots;
+    }
+
+    Slot _slots[kSlots];
+};
+
+RecentNamespaces& recentNamespaces()
+{
+    static thread_local RecentNamespaces namespaces __attribute__((tls_model("initial-exec")));
+    return namespaces;
+}
+}  // namespace
+
+CIMNamespaceName::CIMNamespaceName(const char* name)
+{
+    if (name)
+    {
+        if (const String* known = recentNamespaces().find(name))
+        {
+            cimNamespaceName = *known;
+            return;
+        }
+    }
+    cimNamespaceName = internedText(_checkedNamespace(String(name)));
+    recentNamespaces().remember(name, cimNamespaceName);
 }
 
 CIMNamespaceName& CIMNamespaceName::operator=(const CIMNamespaceName& name)
