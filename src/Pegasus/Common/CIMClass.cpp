@@ -138,7 +138,12 @@ std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
-    auto inst = std::make_shared<CIMInstanceRep>(getClassName());
+    // The instance's first path names its class only: the class's own path is shared when
+    // it is no more than that.
+    const bool classOnly = reference.getHost().size() == 0 && reference.getNameSpace().isNull() &&
+                           reference.getKeyBindings().size() == 0;
+    auto inst = classOnly ? std::make_shared<CIMInstanceRep>(reference)
+                          : std::make_shared<CIMInstanceRep>(getClassName());
     inst->properties.reserve(properties.size());
     if (includeQualifiers)
     {
@@ -148,11 +153,12 @@ std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
     }
     // The instance's properties are made in one block. The class's are valid already:
     // copies need no checks.
+    const bool all = propertyList.isNull();
     inst->propertyBlock = PropertyBlock::make(properties.size());
     for (Uint32 i = 0; i < properties.size(); i++)
     {
         const CIMProperty& cp = properties.at(i);
-        if (!propertyList.useThisProperty(cp.getName()))
+        if (!all && !propertyList.useThisProperty(cp.getName()))
             continue;
         inst->properties.addCopyOf(
             properties, i,

@@ -13,6 +13,10 @@ CIMInstanceRep::CIMInstanceRep(const CIMName& className)
 {
 }
 
+CIMInstanceRep::CIMInstanceRep(const CIMObjectPath& classPath) : CIMObjectRep(classPath)
+{
+}
+
 std::shared_ptr<CIMObjectRep> CIMInstanceRep::cloneObject() const
 {
     return clone();

@@ -21,7 +21,13 @@ CIMObjectRep::CIMObjectRep(const CIMObjectRep& x) : reference(x.reference)
     x.properties.cloneTo(properties);
 }
 
-CIMObjectRep::~CIMObjectRep() = default;
+CIMObjectRep::~CIMObjectRep()
+{
+    // When nothing else holds the block, the properties made in it go with it: their owner
+    // counts need not be taken down one by one.
+    if (propertyBlock && propertyBlock.use_count() == 1)
+        properties.dropUncounted();
+}
 
 bool CIMObjectRep::identical(const CIMObjectRep& x) const
 {
@@ -58,20 +64,21 @@ void CIMObjectRep::instanceFilter(
 {
     if (!includeQualifiers)
         qualifiers.clear();
+    const bool all = propertyList.isNull();
     for (Uint32 i = 0; i < properties.size();)
     {
-        CIMProperty& p = properties.at(i);
-        if (!propertyList.useThisProperty(p.getName()))
+        CIMPropertyRep& p = *properties.at(i)._rep;
+        if (!all && !propertyList.useThisProperty(p.name))
         {
             properties.remove(i);
             continue;
         }
-        if (!includeClassOrigin)
-            p.setClassOrigin(CIMName());
+        if (!includeClassOrigin && !p.classOrigin.isNull())
+            p.classOrigin.clear();
         if (!includeQualifiers)
         {
-            while (p.getQualifierCount() != 0)
-                p.removeQualifier(0);
+            while (p.qualifiers.size() != 0)
+                p.qualifiers.remove(0);
         }
         i++;
     }

@@ -56,6 +56,8 @@ class CIMInstanceRep final : public CIMObjectRep
 {
 public:
     explicit CIMInstanceRep(const CIMName& className);
+    // An instance of the class whose (class-only) path is given, sharing it.
+    explicit CIMInstanceRep(const CIMObjectPath& classPath);
     CIMInstanceRep(const CIMInstanceRep& x) = default;
 
     std::shared_ptr<CIMObjectRep> cloneObject() const override;

@@ -11,8 +11,6 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class PropertyBlock;
-
 // A property's qualifiers, as a NamedElementList made when the first one is added: most
 // properties (all of an instance's, unless qualifiers were asked for) have none, and the
 // list would be the largest part of them.
@@ -153,8 +151,6 @@ public:
     CIMName referenceClassName;
     CIMName classOrigin;
     PropertyQualifiers qualifiers;
-    // The PropertyBlock this rep was made in, or null when it has an allocation of its own.
-    PropertyBlock* block = nullptr;
     Uint32 arraySize;
     int ownerCount = 0;
     Boolean propagated;
@@ -197,7 +193,6 @@ public:
             throw std::bad_alloc();
         CIMPropertyRep* rep = new (_reps() + _count) CIMPropertyRep(std::forward<Args>(args)...);
         _count++;
-        rep->block = this;
         return std::shared_ptr<CIMPropertyRep>(std::shared_ptr<void>(), rep);
     }
 

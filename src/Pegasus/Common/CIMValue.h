@@ -161,6 +161,8 @@ public:
     String toString() const;
 
 private:
+    friend class ObjectReader;
+
     // Back to a null boolean scalar.
     void _release();
     // Takes x's value; x is left a null boolean scalar.

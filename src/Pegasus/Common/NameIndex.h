@@ -5,14 +5,19 @@
 //
 // Counted by hand (retain/release) so that a list can read it through a plain pointer on
 // every lookup.
+//
+// Interned names (StringIntern.h) are also found by the address of their text, which
+// names made from the same literal share: no hash of the text, no comparison.
 #ifndef Pegasus_NameIndex_h
 #define Pegasus_NameIndex_h
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <vector>
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/NameTag.h>
+#include <Pegasus/Common/StringIntern.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -28,7 +33,13 @@ public:
     {
         NameIndex* index = new NameIndex(n);
         for (Uint32 i = 0; i < n; i++)
-            index->_insert(hashOf(nameOf(i)), i);
+        {
+            const CIMName& name = nameOf(i);
+            index->_insert(hashOf(name), i);
+            // Only immortal texts: another text can never take the place of one.
+            if (isInterned(name.getString()))
+                index->_insertText(name.getString().getChar16Data(), i);
+        }
         return index;
     }
 
@@ -51,6 +62,15 @@ public:
     template <class SameAt>
     Uint32 find(const CIMName& name, SameAt sameAt) const
     {
+        const Char16* text = name.getString().getChar16Data();
+        for (Uint32 slot = _textSlotOf(text);; slot = (slot + 1) & _mask)
+        {
+            const TextEntry& e = _textSlots[slot];
+            if (e.position == kEmpty)
+                break;
+            if (e.text == text)
+                return e.position;
+        }
         const Uint32 h = hashOf(name);
         for (Uint32 slot = h & _mask;; slot = (slot + 1) & _mask)
         {
@@ -82,6 +102,12 @@ private:
         Uint32 position;
     };
 
+    struct TextEntry
+    {
+        const Char16* text;
+        Uint32 position;
+    };
+
     explicit NameIndex(Uint32 n) : _size(n)
     {
         Uint32 capacity = 16;
@@ -89,6 +115,21 @@ private:
             capacity <<= 1;
         _mask = capacity - 1;
         _slots.assign(capacity, Entry{0, kEmpty});
+        _textSlots.assign(capacity, TextEntry{nullptr, kEmpty});
+    }
+
+    Uint32 _textSlotOf(const Char16* text) const
+    {
+        const std::uintptr_t a = reinterpret_cast<std::uintptr_t>(text);
+        return static_cast<Uint32>((a * 0x9E3779B97F4A7C15ull) >> 40) & _mask;
+    }
+
+    void _insertText(const Char16* text, Uint32 position)
+    {
+        Uint32 slot = _textSlotOf(text);
+        while (_textSlots[slot].position != kEmpty)
+            slot = (slot + 1) & _mask;
+        _textSlots[slot] = TextEntry{text, position};
     }
 
     void _insert(Uint32 h, Uint32 position)
@@ -103,6 +144,7 @@ private:
     Uint32 _size;
     Uint32 _mask = 0;
     std::vector<Entry> _slots;
+    std::vector<TextEntry> _textSlots;  // interned names only
 };
 
 PEGASUS_NAMESPACE_END

@@ -119,6 +119,21 @@ public:
         _tags.erase(_tags.begin() + index);
     }
 
+    // Empties the list; elements with uncounted handles (use_count() 0: the properties an
+    // instance made in its own block, see PropertyBlock) are dropped without their owner
+    // count taken down, as for reps that go with the list.
+    void dropUncounted()
+    {
+        _dropIndex();
+        for (auto& x : _items)
+        {
+            if (x._rep.use_count() != 0)
+                _release(x);
+        }
+        _items.clear();
+        _tags.clear();
+    }
+
     void clear()
     {
         _dropIndex();

@@ -28,8 +28,8 @@ bool ResultFilter::_reusable(const CIMObjectRep& rep, long handles, Boolean incl
         const long count = p.use_count();
         if (count == 0)
             continue;  // of the instance's block
-        if (count != 1 || p->block)
-            return false;
+        if (count != 1)
+            return false;  // (a block of another instance held by this handle alone is fine)
     }
     if (rep.propertyBlock && rep.propertyBlock.use_count() != 1)
         return false;
