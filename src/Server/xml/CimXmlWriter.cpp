@@ -133,9 +133,10 @@ void writeProperty(
     XmlBuffer& out,
     const PropertyShape& shape,
     const CIMValue& v,
-    const Qualifiers& qualifiers)
+    const Qualifiers& qualifiers,
+    Uint32 position = kNoPosition)
 {
-    appendPropertyHead(out, shape);
+    appendPropertyHead(out, shape, position);
     writeQualifiers(out, qualifiers);
     writeValue(out, v);
     out += shape.type == CIMTYPE_REFERENCE ? std::string_view("</PROPERTY.REFERENCE>")
@@ -164,15 +165,16 @@ struct RepQualifiers
     const CIMQualifier& getQualifier(Uint32 i) const { return rep.qualifiers.at(i); }
 };
 
-// An instance's property, read in place (instances are written by the thousand).
-void writeProperty(XmlBuffer& out, const CIMPropertyRep& p)
+// An instance's property at `position`, read in place (instances are written by the
+// thousand).
+void writeProperty(XmlBuffer& out, const CIMPropertyRep& p, Uint32 position)
 {
     writeProperty(
         out,
         PropertyShape{
             p.name.getString(), p.value.getType(), p.value.isArray(), p.arraySize,
             p.referenceClassName.getString(), p.classOrigin.getString(), p.propagated},
-        p.value, RepQualifiers{p});
+        p.value, RepQualifiers{p}, position);
 }
 
 template <class P>
@@ -392,7 +394,7 @@ void writeInstance(XmlBuffer& out, const CIMConstInstance& instance)
     writeQualifiers(out, instance);
     const NamedElementList<CIMProperty>& properties = ObjectReader::properties(instance);
     for (Uint32 i = 0, n = properties.size(); i < n; ++i)
-        writeProperty(out, ObjectReader::rep(properties.at(i)));
+        writeProperty(out, ObjectReader::rep(properties.at(i)), i);
     out += "</INSTANCE>";
 }
 

@@ -65,15 +65,22 @@ struct Heads
     static constexpr size_t kKeyBits = 6;
     PropertyEntry properties[(size_t(1) << kPropertySetBits) * kWays];
     Uint8 nextWay[size_t(1) << kPropertySetBits] = {};  // the way a miss replaces next
+    // The entry used last for the property at each position of an instance: the instances
+    // of an answer list the same properties in the same order, so this one is tried first.
+    static constexpr size_t kPositions = 256;
+    const PropertyEntry* byPosition[kPositions] = {};
     KeyEntry keys[size_t(1) << kKeyBits];
 };
 
-// On the heap, made on a thread's first use.
+// On the heap, made on a thread's first use. Read through a plain thread-local pointer (one
+// load: the writer asks for every property it writes); the owner frees it with its thread.
 Heads& heads()
 {
-    thread_local std::unique_ptr<Heads> mine;
-    if (!mine)
-        mine.reset(new Heads());
+    static thread_local Heads* mine __attribute__((tls_model("initial-exec"))) = nullptr;
+    if (mine)
+        return *mine;
+    thread_local std::unique_ptr<Heads> owner(new Heads());
+    mine = owner.get();
     return *mine;
 }
 
@@ -127,23 +134,21 @@ void appendTypeAttributes(XmlBuffer& out, CIMType type, std::string_view attribu
     }
 }
 
-void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape)
+namespace
+{
+const PropertyEntry& propertyEntry(Heads& all, const PropertyShape& shape)
 {
     const std::uintptr_t h = identity(shape.name) ^ (identity(shape.classOrigin) << 1) ^
                              (identity(shape.referenceClass) << 2) ^
                              (std::uintptr_t(shape.type) << 3) ^ shape.arraySize ^
                              (std::uintptr_t(shape.isArray) << 8) ^
                              (std::uintptr_t(shape.propagated) << 9);
-    Heads& all = heads();
     const size_t set = slotOf(h, Heads::kPropertySetBits);
     PropertyEntry* ways = &all.properties[set * Heads::kWays];
     for (size_t way = 0; way < Heads::kWays; ++way)
     {
         if (ways[way].holds(shape))
-        {
-            out += ways[way].text;
-            return;
-        }
+            return ways[way];
     }
     PropertyEntry& e = ways[all.nextWay[set]];
     all.nextWay[set] = static_cast<Uint8>((all.nextWay[set] + 1) % Heads::kWays);
@@ -160,6 +165,22 @@ void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape)
     e.arraySize = shape.arraySize;
     e.propagated = shape.propagated;
     e.used = true;
+    return e;
+}
+}  // namespace
+
+void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape, Uint32 position)
+{
+    Heads& all = heads();
+    const PropertyEntry** last = position < Heads::kPositions ? &all.byPosition[position] : nullptr;
+    if (last && *last && (*last)->holds(shape))
+    {
+        out += (*last)->text;
+        return;
+    }
+    const PropertyEntry& e = propertyEntry(all, shape);
+    if (last)
+        *last = &e;
     out += e.text;
 }
 

@@ -37,7 +37,13 @@ struct PropertyShape
     bool propagated;
 };
 
-void appendPropertyHead(XmlBuffer& out, const PropertyShape& shape);
+// `position`, the property's place in its instance, lets the tag written last at that place
+// be tried first.
+const Pegasus::Uint32 kNoPosition = 0xFFFFFFFFu;
+void appendPropertyHead(
+    XmlBuffer& out,
+    const PropertyShape& shape,
+    Pegasus::Uint32 position = kNoPosition);
 
 // TYPE="..." (or PARAMTYPE, as named), and for embedded objects TYPE="string" with the
 // EmbeddedObject marker.

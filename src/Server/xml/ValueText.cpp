@@ -5,6 +5,7 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/ObjectReader.h>
 
 #include <cerrno>
 #include <charconv>
@@ -310,20 +311,34 @@ void appendElementText(XmlBuffer& out, const CIMDateTime& v)
     appendEscaped(out, v.toString());
 }
 
+// A scalar of type T as the value holds it: read in place for texts, copied otherwise.
+template <class T>
+struct Scalar
+{
+    explicit Scalar(const CIMValue& value) { value.get(v); }
+    const T& get() const { return v; }
+    T v;
+};
+template <>
+struct Scalar<String>
+{
+    explicit Scalar(const CIMValue& value) : v(ObjectReader::stringOf(value)) {}
+    const String& get() const { return v; }
+    const String& v;
+};
+
+// The value must be non-null and of type T (the caller switched on its type).
 template <class T>
 void appendValueAs(XmlBuffer& out, const CIMValue& value)
 {
     if (!value.isArray())
     {
-        T v;
-        value.get(v);
         out += "<VALUE>";
-        appendElementText(out, v);
+        appendElementText(out, Scalar<T>(value).get());
         out += "</VALUE>";
         return;
     }
-    Array<T> a;
-    value.get(a);
+    const Array<T>& a = ObjectReader::arrayOf<T>(value);
     out += "<VALUE.ARRAY>";
     for (Uint32 i = 0; i < a.size(); ++i)
     {
