@@ -107,6 +107,31 @@ TEST(WriterHeads, ChangesToAPropertyShowInItsNextTag)
                     "<VALUE>1</VALUE></PROPERTY>");
 }
 
+TEST(WriterHeads, InstancesAlikeButForOneAttributeAtOnePlace)
+{
+    // The tag written last at a place is tried first: it must still be checked.
+    CIMInstance a("X");
+    a.addProperty(CIMProperty(CIMName("Speed"), CIMValue(Uint16(1)), 0, CIMName(), CIMName("A")));
+    a.addProperty(CIMProperty(CIMName("Mode"), CIMValue(Uint16(2))));
+    CIMInstance b = a.clone();
+    b.getProperty(0).setClassOrigin(CIMName("B"));
+    CIMInstance c = a.clone();
+    c.removeProperty(0);
+    const std::string mode = "<PROPERTY NAME=\"Mode\" TYPE=\"uint16\"><VALUE>2</VALUE></PROPERTY>";
+    for (int round = 0; round < 2; ++round)
+    {
+        EXPECT_EQ(
+            written(a), "<PROPERTY NAME=\"Speed\" TYPE=\"uint16\" CLASSORIGIN=\"A\">"
+                        "<VALUE>1</VALUE></PROPERTY>" +
+                            mode);
+        EXPECT_EQ(
+            written(b), "<PROPERTY NAME=\"Speed\" TYPE=\"uint16\" CLASSORIGIN=\"B\">"
+                        "<VALUE>1</VALUE></PROPERTY>" +
+                            mode);
+        EXPECT_EQ(written(c), mode);
+    }
+}
+
 TEST(WriterHeads, KeyBindingsOfEachKind)
 {
     const CIMObjectPath path("X.b=TRUE,n=-5,r=\"Y.k=\\\"v\\\"\",s=\"a&b\"");
