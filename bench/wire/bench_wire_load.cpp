@@ -5,7 +5,9 @@
 // threads) and the process's resident memory (server and clients together) idle and after
 // the run. On a busy machine the CPU times are steadier than the wall-clock figures.
 // BM_InProcess* build and encode the same answers on the same server without HTTP,
-// authentication or client: the wire figures divided by these are the host's overhead.
+// authentication or client: the wire figures divided by these are the host's overhead, and
+// the answers' costs as CI can follow them (EnumerateInstances of QEL_FCPort, QEL_SFP and
+// QEL_FCPortLESBStatistics, GetInstance and Associators of a port).
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 #include <Server/clienttransport/InstallTransports.h>
@@ -274,16 +276,46 @@ void inProcess(
     state.SetItemsProcessed(state.iterations());
 }
 
-void BM_InProcessEnumerateInstances(benchmark::State& state)
+// The first port of the array of `ports` ports, found once per size.
+const CIMObjectPath& firstPort(unsigned ports)
+{
+    static CIMObjectPath target;
+    static unsigned targetPorts = 0;
+    if (targetPorts != ports)
+    {
+        Server& s = serverFor(ports);
+        const OperationContext c =
+            Dispatcher::requestContext(String(s.user.c_str()), String("127.0.0.1"));
+        target = s.wire->core().dispatcher().enumerateInstanceNames(
+            c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"))[0];
+        targetPorts = ports;
+    }
+    return target;
+}
+
+// EnumerateInstances of the module's classes: QEL_FCPort, QEL_SFP, QEL_FCPortLESBStatistics.
+void BM_InProcessEnumerateInstances(benchmark::State& state, const char* className)
 {
     inProcess(
         state, qel::cimxml::Operation::EnumerateInstances, "EnumerateInstances",
-        [](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r) {
-            r.instances =
-                d.enumerateInstances(c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"));
+        [className](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r) {
+            r.instances = d.enumerateInstances(c, CIMNamespaceName("root/qel"), CIMName(className));
         });
 }
-BENCHMARK(BM_InProcessEnumerateInstances)
+BENCHMARK_CAPTURE(BM_InProcessEnumerateInstances, QEL_FCPort, "QEL_FCPort")
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_InProcessEnumerateInstances, QEL_SFP, "QEL_SFP")
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(
+    BM_InProcessEnumerateInstances,
+    QEL_FCPortLESBStatistics,
+    "QEL_FCPortLESBStatistics")
     ->Arg(100)
     ->Arg(1000)
     ->Arg(10000)
@@ -291,23 +323,24 @@ BENCHMARK(BM_InProcessEnumerateInstances)
 
 void BM_InProcessGetInstance(benchmark::State& state)
 {
-    static CIMObjectPath target;
-    static unsigned targetPorts = 0;
-    if (targetPorts != state.range(0))
-    {
-        Server& s = serverFor(static_cast<unsigned>(state.range(0)));
-        const OperationContext c =
-            Dispatcher::requestContext(String(s.user.c_str()), String("127.0.0.1"));
-        target = s.wire->core().dispatcher().enumerateInstanceNames(
-            c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"))[0];
-        targetPorts = static_cast<unsigned>(state.range(0));
-    }
+    const CIMObjectPath& target = firstPort(static_cast<unsigned>(state.range(0)));
     inProcess(
         state, qel::cimxml::Operation::GetInstance, "GetInstance",
-        [](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r)
+        [&target](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r)
         { r.instance = d.getInstance(c, CIMNamespaceName("root/qel"), target); });
 }
 BENCHMARK(BM_InProcessGetInstance)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+// Associators of a port over both of its associations (its SFP and its counters).
+void BM_InProcessAssociators(benchmark::State& state)
+{
+    const CIMObjectPath& target = firstPort(static_cast<unsigned>(state.range(0)));
+    inProcess(
+        state, qel::cimxml::Operation::Associators, "Associators",
+        [&target](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r)
+        { r.objects = d.associators(c, CIMNamespaceName("root/qel"), target); });
+}
+BENCHMARK(BM_InProcessAssociators)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
