@@ -123,9 +123,12 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
         setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
         setenv("QELSIM_STATE", statePath().c_str(), 1);
         const std::string socket = _dir + "/cim.socket";
+        // Its log goes to the file too (not to the journal or syslog, as it would without a
+        // terminal).
         execl(
             QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(),
-            "--password-file", passwd.c_str(), static_cast<char*>(nullptr));
+            "--password-file", passwd.c_str(), "--log-target", "stderr",
+            static_cast<char*>(nullptr));
         _exit(127);
     }
     // The server prints its port once it listens; sanitizer builds take a while to load.
@@ -168,10 +171,13 @@ int ServerProcess::stop()
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ServerProcess::url(const std::string& user, const std::string& password) const
+std::string ServerProcess::url(
+    const std::string& user,
+    const std::string& password,
+    const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
-    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/root/qel";
+    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/" + nameSpace;
 }
 
 std::string ServerProcess::log() const

@@ -36,7 +36,11 @@ public:
 
     unsigned short port() const { return _port; }
     const std::string& password(const std::string& user) const { return _passwords.at(user); }
-    std::string url(const std::string& user, const std::string& password) const;
+    // The server's URL for a user and namespace, up to the namespace.
+    std::string
+    url(const std::string& user,
+        const std::string& password,
+        const std::string& nameSpace = "root/qel") const;
     std::string log() const;
     const std::string& dir() const { return _dir; }
     // The simulated array's live state and the audit log of its changes, private to this server.

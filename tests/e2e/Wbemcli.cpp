@@ -88,9 +88,10 @@ std::string WbemcliAnswer::error() const
     return "";
 }
 
-std::string Wbemcli::at(const std::string& user, const std::string& object) const
+std::string
+Wbemcli::at(const std::string& user, const std::string& object, const std::string& nameSpace) const
 {
-    return _server.url(user, _server.password(user)) + ":" + object;
+    return _server.url(user, _server.password(user), nameSpace) + ":" + object;
 }
 
 WbemcliAnswer Wbemcli::operator()(std::vector<std::string> args) const
@@ -103,12 +104,13 @@ WbemcliAnswer Wbemcli::as(
     const std::string& user,
     const std::string& op,
     const std::string& object,
-    const std::vector<std::string>& options) const
+    const std::vector<std::string>& options,
+    const std::string& nameSpace) const
 {
     std::vector<std::string> args{op};
     args.insert(args.end(), options.begin(), options.end());
     args.push_back("-nl");
-    args.push_back(at(user, object));
+    args.push_back(at(user, object, nameSpace));
     return (*this)(args);
 }
 

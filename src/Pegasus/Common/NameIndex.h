@@ -1,150 +1,68 @@
-// Internal: a hash index of the names of a member list, by position, so that finding one
-// of a class's dozens of properties by name costs a hash and one comparison instead of a
-// walk over the list. Immutable once built; lists with the same names in the same order
-// share one (a class and its clones, the instances built from it with all its properties).
+// Internal: where each name of a list sits, found through a hash of the name's text with
+// ASCII letters folded to lower case (CIM names compare that way). Looking a name up, or
+// checking a new one for a duplicate, then costs the same whatever the list's length, so
+// that a list of n names is built in time linear in n.
 //
-// Counted by hand (retain/release) so that a list can read it through a plain pointer on
-// every lookup.
+// The hash is SipHash-1-3 under a key drawn at random once per process: names that a peer
+// sends cannot be chosen to collide, which would turn every lookup back into a scan.
 //
-// Interned names (StringIntern.h) are also found by the address of their text, which
-// names made from the same literal share: no hash of the text, no comparison.
+// The index holds positions only; the caller keeps the names and says what name sits at a
+// position (nameAt). Not synchronised: const members may run concurrently, others not.
 #ifndef Pegasus_NameIndex_h
 #define Pegasus_NameIndex_h
 
-#include <atomic>
-#include <cstdint>
-#include <memory>
 #include <vector>
-#include <Pegasus/Common/CIMName.h>
-#include <Pegasus/Common/NameTag.h>
-#include <Pegasus/Common/StringIntern.h>
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Linkage.h>
+#include <Pegasus/Common/String.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
-class NameIndex
+class PEGASUS_COMMON_LINKAGE NameIndex
 {
 public:
-    // Lists shorter than this are walked: an index would not pay for itself.
-    static const Uint32 kMinimumSize = 16;
+    // The keyed hash of `name` with ASCII letters folded: names equal ignoring ASCII case
+    // hash alike.
+    static Uint64 hash(const String& name);
 
-    // Indexes names[0..n); nameOf(i) gives the i-th name.
-    template <class NameOf>
-    static NameIndex* build(Uint32 n, NameOf nameOf)
+    Uint32 size() const { return _count; }
+    bool empty() const { return _count == 0; }
+    void clear();
+
+    // The position recorded for a name equal to `name` ignoring ASCII case, or
+    // PEG_NOT_FOUND. nameAt(position) gives the caller's name at a position.
+    template <class NameAt>
+    Uint32 find(const String& name, NameAt nameAt) const
     {
-        NameIndex* index = new NameIndex(n);
-        for (Uint32 i = 0; i < n; i++)
+        if (_count == 0)
+            return PEG_NOT_FOUND;
+        const Uint32 h = Uint32(hash(name));
+        for (Uint32 i = h & _mask;; i = (i + 1) & _mask)
         {
-            const CIMName& name = nameOf(i);
-            index->_insert(hashOf(name), i);
-            // Only immortal texts: another text can never take the place of one.
-            if (isInterned(name.getString()))
-                index->_insertText(name.getString().getChar16Data(), i);
-        }
-        return index;
-    }
-
-    static void retain(const NameIndex* index)
-    {
-        if (index)
-            index->_refs.fetch_add(1, std::memory_order_relaxed);
-    }
-
-    static void release(const NameIndex* index)
-    {
-        if (index && index->_refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            delete index;
-    }
-
-    Uint32 size() const { return _size; }
-
-    // The position of `name`, ignoring ASCII case, or PEG_NOT_FOUND. sameAt(i) confirms a
-    // candidate (hashes of different names can be equal).
-    template <class SameAt>
-    Uint32 find(const CIMName& name, SameAt sameAt) const
-    {
-        const Char16* text = name.getString().getChar16Data();
-        for (Uint32 slot = _textSlotOf(text);; slot = (slot + 1) & _mask)
-        {
-            const TextEntry& e = _textSlots[slot];
-            if (e.position == kEmpty)
-                break;
-            if (e.text == text)
-                return e.position;
-        }
-        const Uint32 h = hashOf(name);
-        for (Uint32 slot = h & _mask;; slot = (slot + 1) & _mask)
-        {
-            const Entry& e = _slots[slot];
-            if (e.position == kEmpty)
+            const Slot& s = _slots[i];
+            if (s.position == 0)
                 return PEG_NOT_FOUND;
-            if (e.hash == h && sameAt(e.position))
-                return e.position;
+            if (s.hash == h && String::equalNoCase(nameAt(s.position - 1), name))
+                return s.position - 1;
         }
     }
 
-    // FNV-1a over the units, ASCII letters folded to lower case.
-    static Uint32 hashOf(const CIMName& name)
-    {
-        const String& s = name.getString();
-        const Char16* d = s.getChar16Data();
-        Uint32 h = 2166136261u;
-        for (Uint32 i = 0, n = s.size(); i < n; i++)
-            h = (h ^ nameTagFold(d[i])) * 16777619u;
-        return h;
-    }
+    // Records `position` for `name`, which the caller has found absent.
+    void insert(const String& name, Uint32 position);
 
 private:
-    static const Uint32 kEmpty = 0xFFFFFFFFu;
-
-    struct Entry
+    struct Slot
     {
         Uint32 hash;
-        Uint32 position;
+        Uint32 position;  // position + 1; 0 marks an empty slot
     };
 
-    struct TextEntry
-    {
-        const Char16* text;
-        Uint32 position;
-    };
+    void _place(Slot slot);
+    void _grow();
 
-    explicit NameIndex(Uint32 n) : _size(n)
-    {
-        Uint32 capacity = 16;
-        while (capacity < 2 * n)
-            capacity <<= 1;
-        _mask = capacity - 1;
-        _slots.assign(capacity, Entry{0, kEmpty});
-        _textSlots.assign(capacity, TextEntry{nullptr, kEmpty});
-    }
-
-    Uint32 _textSlotOf(const Char16* text) const
-    {
-        const std::uintptr_t a = reinterpret_cast<std::uintptr_t>(text);
-        return static_cast<Uint32>((a * 0x9E3779B97F4A7C15ull) >> 40) & _mask;
-    }
-
-    void _insertText(const Char16* text, Uint32 position)
-    {
-        Uint32 slot = _textSlotOf(text);
-        while (_textSlots[slot].position != kEmpty)
-            slot = (slot + 1) & _mask;
-        _textSlots[slot] = TextEntry{text, position};
-    }
-
-    void _insert(Uint32 h, Uint32 position)
-    {
-        Uint32 slot = h & _mask;
-        while (_slots[slot].position != kEmpty)
-            slot = (slot + 1) & _mask;
-        _slots[slot] = Entry{h, position};
-    }
-
-    mutable std::atomic<Uint32> _refs{1};
-    Uint32 _size;
+    std::vector<Slot> _slots;  // open addressing, linear probing, at most half full
     Uint32 _mask = 0;
-    std::vector<Entry> _slots;
-    std::vector<TextEntry> _textSlots;  // interned names only
+    Uint32 _count = 0;
 };
 
 PEGASUS_NAMESPACE_END

@@ -1,5 +1,7 @@
 #include "HttpServer.h"
 
+#include "HttpParser.h"
+
 #include <Server/auth/PeerCredentials.h>
 
 #include <boost/asio.hpp>
@@ -111,8 +113,7 @@ private:
     void readHeader()
     {
         _parser.emplace();
-        _parser->body_limit(options().maxBodyBytes);
-        _parser->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
+        limitParser(*_parser, options());
         _stream.expires_after(options().readTimeout);
         bhttp::async_read_header(
             _stream, _buffer, *_parser,
@@ -159,18 +160,10 @@ private:
         if (ec)
             return fail(ec);
         _stream.expires_never();
-        bhttp::request<bhttp::string_body> msg = _parser->release();
+        _keepAlive = _parser->get().keep_alive();
+        HttpRequest request = takeRequest(*_parser);
         _parser.reset();
-        _keepAlive = msg.keep_alive();
-        _version = msg.version();
-        HttpRequest request;
-        request.method = std::string(msg.method_string());
-        request.target = std::string(msg.target());
-        request.version = msg.version();
-        for (const auto& field : msg)
-            request.headers.emplace_back(
-                std::string(field.name_string()), std::string(field.value()));
-        request.body = std::move(msg.body());
+        _version = request.version;
         auto self = this->shared_from_this();
         _server->handler.handle(
             std::move(request), _info,
@@ -184,13 +177,8 @@ private:
 
     void fail(beast::error_code ec)
     {
-        if (ec == bhttp::error::body_limit)
-            return write(HttpResponse::text(413, "request body too large"), true);
-        if (ec == bhttp::error::header_limit)
-            return write(HttpResponse::text(431, "request header too large"), true);
-        if (ec.category() == bhttp::make_error_code(bhttp::error::bad_method).category() &&
-            ec != bhttp::error::end_of_stream && ec != bhttp::error::partial_message)
-            return write(HttpResponse::text(400, "malformed HTTP request: " + ec.message()), true);
+        if (std::optional<HttpResponse> answer = readFailureResponse(ec))
+            return write(std::move(*answer), true);
         shutdown();  // end of stream, time-out, reset: nothing to answer
     }
 
@@ -227,7 +215,7 @@ private:
     beast::basic_stream<Protocol> _stream;
     std::shared_ptr<ConnectionInfo> _info;
     beast::flat_buffer _buffer;
-    std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
+    std::optional<RequestParser> _parser;
     bool _keepAlive = true;
     unsigned _version = 11;
 };

@@ -1,5 +1,7 @@
 #include "ServerCommandLine.h"
 
+#include "ConfigFile.h"
+
 #include <cerrno>
 #include <cstdlib>
 
@@ -10,16 +12,15 @@ namespace server
 namespace
 {
 
-unsigned long
-number(const std::string& option, const std::string& text, unsigned long lo, unsigned long hi)
+unsigned long number(const std::string& text, unsigned long lo, unsigned long hi)
 {
     char* end = nullptr;
     errno = 0;
     const unsigned long v = std::strtoul(text.c_str(), &end, 10);
     if (text.empty() || text[0] == '-' || *end != '\0' || errno != 0 || v < lo || v > hi)
         throw CommandLineError(
-            option + ": expected a number from " + std::to_string(lo) + " to " +
-            std::to_string(hi) + ", got \"" + text + "\"");
+            "expected a number from " + std::to_string(lo) + " to " + std::to_string(hi) +
+            ", got \"" + text + "\"");
     return v;
 }
 
@@ -33,127 +34,264 @@ Pegasus::LogLevel logLevel(const std::string& text)
         return Pegasus::LogLevel::Info;
     if (text == "trace")
         return Pegasus::LogLevel::Trace;
-    throw CommandLineError(
-        "--log-level: expected error, warning, info or trace, got \"" + text + "\"");
+    throw CommandLineError("expected error, warning, info or trace, got \"" + text + "\"");
+}
+
+// A switch's value in the configuration file.
+bool parseYesNo(const std::string& text, bool& on)
+{
+    if (text == "yes" || text == "true")
+        on = true;
+    else if (text == "no" || text == "false")
+        on = false;
+    else
+        return false;
+    return true;
+}
+
+bool yesNo(const std::string& text)
+{
+    bool on = false;
+    if (!parseYesNo(text, on))
+        throw CommandLineError("expected yes or no, got \"" + text + "\"");
+    return on;
+}
+
+using S = ServerCommandLine;
+using Shown = std::vector<std::string>;
+
+Shown one(const std::string& value)
+{
+    return {value};
+}
+
+Shown switchValue(bool on)
+{
+    return {on ? "yes" : "no"};
+}
+
+// Repeatable options that hold a list of paths.
+void addTo(std::vector<std::string>& list, const std::string& value, bool first)
+{
+    if (first)
+        list.clear();
+    list.push_back(value);
+}
+
+const std::vector<ServerOption> kOptions = {
+    {"config", "FILE",
+     "configuration file to read (default: the installed one, if there;\n"
+     "'none' = read no file); the command line wins over it",
+     false, [](S& s, const std::string& v, bool) { s.configFile = v == "none" ? "" : v; }, nullptr,
+     true},
+    {"print-config", nullptr,
+     "print the settings in effect, each with where it came from, and exit", false,
+     [](S& s, const std::string&, bool) { s.printConfig = true; }, nullptr, true},
+    {"port", "N",
+     "TCP port for CIM-XML over HTTP (default 5988; 0 = any free port;\n'none' = no TCP listener)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
+     [](const S& s)
+     { return one(s.server.http.port < 0 ? "none" : std::to_string(s.server.http.port)); }},
+    {"bind", "ADDRESS", "address to listen on (default 127.0.0.1)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; },
+     [](const S& s) { return one(s.server.http.bindAddress); }},
+    {"socket", "PATH",
+     "local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
+     "/var/tmp/cimxml.socket; 'none' = no local socket)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.socketPath = v == "none" ? std::string() : v; },
+     [](const S& s)
+     { return one(s.server.http.socketPath.empty() ? "none" : s.server.http.socketPath); }},
+    {"schema", "FILE", "MOF file to compile at start (repeatable; default: the built-in schema)",
+     true, [](S& s, const std::string& v, bool first) { addTo(s.server.core.mofFiles, v, first); },
+     [](const S& s) { return s.server.core.mofFiles; }},
+    {"provider-dir", "DIR",
+     "where provider libraries are looked for (repeatable); every registered\n"
+     "module must be in one of them",
+     true,
+     [](S& s, const std::string& v, bool first)
+     { addTo(s.server.core.providerDirectories, v, first); },
+     [](const S& s) { return s.server.core.providerDirectories; }},
+    {"password-file", "FILE", "users and password hashes (see qel-passwd)", false,
+     [](S& s, const std::string& v, bool) { s.server.passwordFile = v; },
+     [](const S& s) { return one(s.server.passwordFile); }},
+    {"array", "FILE", "simulated array description (sets QELSIM_ARRAY)", false,
+     [](S& s, const std::string& v, bool) { s.arrayFile = v; },
+     [](const S& s) { return one(s.arrayFile); }},
+    {"array-state", "FILE",
+     "the simulated array's live state (sets QELSIM_STATE; default: the\n"
+     "simulator's own, under $TMPDIR; 'none' = in memory only)",
+     false, [](S& s, const std::string& v, bool) { s.arrayState = v; },
+     [](const S& s) { return one(s.arrayState); }},
+    {"demo", nullptr, "create a password for every user of the simulated array and print them",
+     false, [](S& s, const std::string&, bool) { s.demo = true; },
+     [](const S& s) { return switchValue(s.demo); }},
+    {"workers", "N", "request threads (default 8)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.core.workerThreads = static_cast<unsigned>(number(v, 1, 1024)); },
+     [](const S& s) { return one(std::to_string(s.server.core.workerThreads)); }},
+    {"max-body", "BYTES", "largest request body accepted (default 16 MiB)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxBodyBytes)); }},
+    {"read-timeout", "SECS", "time allowed for a request to arrive (default 30)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.readTimeout).count()));
+     }},
+    {"local-calls", "MODE",
+     "in-process (default) or socket: how the server's own providers\n"
+     "reach it through CIMClient::connectLocal",
+     false,
+     [](S& s, const std::string& v, bool)
+     {
+         if (v != "in-process" && v != "socket")
+             throw CommandLineError("expected in-process or socket, got \"" + v + "\"");
+         s.server.localCallsOverSocket = v == "socket";
+     },
+     [](const S& s) { return one(s.server.localCallsOverSocket ? "socket" : "in-process"); }},
+    {"log-level", "LEVEL", "error, warning, info (default) or trace", false,
+     [](S& s, const std::string& v, bool) { s.logLevel = logLevel(v); },
+     [](const S& s) { return one(Pegasus::ServerLog::levelName(s.logLevel)); }},
+    {"log-target", "TARGET",
+     "auto (default), stderr, journal or syslog; auto is stderr when\n"
+     "started from a terminal, else the journal if it runs, else syslog",
+     false,
+     [](S& s, const std::string& v, bool)
+     {
+         if (!parseLogTarget(v, s.logTarget))
+             throw CommandLineError("expected auto, stderr, journal or syslog, got \"" + v + "\"");
+     },
+     [](const S& s) { return one(logTargetName(s.logTarget)); }},
+    {"access-log", "yes|no",
+     "one info line per request: time, user, client, operation, class or\n"
+     "method, status and duration (default yes)",
+     false, [](S& s, const std::string& v, bool) { s.accessLog = yesNo(v); },
+     [](const S& s) { return switchValue(s.accessLog); }},
+};
+
+struct Argument
+{
+    const ServerOption* option;
+    std::string value;
+};
+
+bool isConfigOption(const ServerOption& option)
+{
+    return std::string(option.name) == "config";
 }
 
 }  // namespace
 
-std::string usageText()
+const std::vector<ServerOption>& serverOptions()
 {
-    return "usage: qel-cimserver [options]\n"
-           "  --port N             TCP port for CIM-XML over HTTP (default 5988; 0 = any free port;\n"
-           "                       'none' = no TCP listener)\n"
-           "  --bind ADDRESS       address to listen on (default 127.0.0.1)\n"
-           "  --socket PATH        local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
-           "                       /var/tmp/cimxml.socket; 'none' = no local socket)\n"
-           "  --schema FILE        MOF file to compile at start (repeatable; default: the built-in schema)\n"
-           "  --provider-dir DIR   where provider libraries are looked for (repeatable)\n"
-           "  --password-file FILE users and password hashes (see qel-passwd)\n"
-           "  --array FILE         simulated array description (sets QELSIM_ARRAY)\n"
-           "  --demo               create a password for every user of the simulated array and print them\n"
-           "  --workers N          request threads (default 8)\n"
-           "  --max-body BYTES     largest request body accepted (default 16 MiB)\n"
-           "  --read-timeout SECS  time allowed for a request to arrive (default 30)\n"
-           "  --local-calls MODE   in-process (default) or socket: how the server's own providers\n"
-           "                       reach it through CIMClient::connectLocal\n"
-           "  --log-level LEVEL    error, warning, info (default) or trace\n"
-           "  -h, --help           this text\n";
+    return kOptions;
+}
+
+const ServerOption* findServerOption(const std::string& name)
+{
+    for (const ServerOption& o : kOptions)
+        if (name == o.name)
+            return &o;
+    return nullptr;
+}
+
+void applyServerOption(
+    ServerCommandLine& settings,
+    const ServerOption& option,
+    const std::string& value,
+    const SettingSource& source)
+{
+    const std::string place = source.kind == SettingSource::Kind::CommandLine
+                                  ? std::string("--") + option.name
+                                  : source.where + ": " + option.name;
+    // A switch has no value on the command line and yes or no in the file.
+    const bool onCommandLine = source.kind == SettingSource::Kind::CommandLine;
+    bool on = true;
+    if (option.valueName == nullptr && !(onCommandLine && value.empty()) && !parseYesNo(value, on))
+        throw CommandLineError(place + ": expected yes or no, got \"" + value + "\"");
+    std::vector<SettingSource>& from = settings.sources[option.name];
+    const bool first = from.empty() || from.back().kind != source.kind;
+    try
+    {
+        if (option.valueName != nullptr)
+            option.apply(settings, value, first);
+        else if (on)
+            option.apply(settings, std::string(), first);
+    }
+    catch (const CommandLineError& e)
+    {
+        throw CommandLineError(place + ": " + e.what());
+    }
+    if (first || !option.repeatable)
+        from.clear();
+    from.push_back(source);
+    settings.given.insert(option.name);
+}
+
+void checkServerSettings(const ServerCommandLine& c)
+{
+    if (c.server.http.port < 0 && c.server.http.socketPath.empty())
+        throw CommandLineError("with port none and socket none no client could reach the server");
+    if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
+        throw CommandLineError("local-calls socket needs the local socket (socket is none)");
 }
 
 ServerCommandLine
-parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults)
+loadServerSettings(const std::vector<std::string>& args, const ServerCommandLine& defaults)
 {
-    ServerCommandLine c = defaults;
-    bool schemaGiven = false, dirGiven = false;
+    ServerCommandLine s = defaults;
+    std::vector<Argument> arguments;
     for (size_t i = 0; i < args.size(); ++i)
     {
         const std::string& a = args[i];
-        auto value = [&]() -> const std::string&
+        if (a == "-h" || a == "--help")
+        {
+            s.help = true;
+            continue;
+        }
+        const ServerOption* option =
+            a.compare(0, 2, "--") == 0 ? findServerOption(a.substr(2)) : nullptr;
+        if (option == nullptr)
+            throw CommandLineError("unknown option \"" + a + "\"");
+        std::string value;
+        if (option->valueName)
         {
             if (i + 1 >= args.size())
                 throw CommandLineError(a + " needs a value");
-            return args[++i];
-        };
-        if (a == "-h" || a == "--help")
-        {
-            c.help = true;
+            value = args[++i];
         }
-        else if (a == "--port")
-        {
-            const std::string& v = value();
-            c.server.http.port = v == "none" ? -1 : static_cast<int>(number(a, v, 0, 65535));
-        }
-        else if (a == "--bind")
-        {
-            c.server.http.bindAddress = value();
-        }
-        else if (a == "--socket")
-        {
-            const std::string& v = value();
-            c.server.http.socketPath = v == "none" ? std::string() : v;
-        }
-        else if (a == "--schema")
-        {
-            if (!schemaGiven)
-                c.server.core.mofFiles.clear();
-            schemaGiven = true;
-            c.server.core.mofFiles.push_back(value());
-        }
-        else if (a == "--provider-dir")
-        {
-            if (!dirGiven)
-                c.server.core.providerDirectories.clear();
-            dirGiven = true;
-            c.server.core.providerDirectories.push_back(value());
-        }
-        else if (a == "--password-file")
-        {
-            c.server.passwordFile = value();
-        }
-        else if (a == "--array")
-        {
-            c.arrayFile = value();
-        }
-        else if (a == "--demo")
-        {
-            c.demo = true;
-        }
-        else if (a == "--workers")
-        {
-            c.server.core.workerThreads = static_cast<unsigned>(number(a, value(), 1, 1024));
-        }
-        else if (a == "--max-body")
-        {
-            c.server.http.maxBodyBytes = number(a, value(), 1024, 1ul << 31);
-        }
-        else if (a == "--read-timeout")
-        {
-            c.server.http.readTimeout = std::chrono::seconds(number(a, value(), 1, 86400));
-        }
-        else if (a == "--local-calls")
-        {
-            const std::string& v = value();
-            if (v != "in-process" && v != "socket")
-                throw CommandLineError(
-                    "--local-calls: expected in-process or socket, got \"" + v + "\"");
-            c.server.localCallsOverSocket = v == "socket";
-        }
-        else if (a == "--log-level")
-        {
-            c.logLevel = logLevel(value());
-        }
-        else
-        {
-            throw CommandLineError("unknown option \"" + a + "\"");
-        }
+        arguments.push_back({option, value});
     }
-    if (c.server.http.port < 0 && c.server.http.socketPath.empty())
-        throw CommandLineError(
-            "with --port none and --socket none no client could reach the server");
-    if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
-        throw CommandLineError("--local-calls socket needs the local socket");
-    return c;
+    if (s.help)
+        return s;
+
+    auto apply = [&s](const Argument& a)
+    {
+        SettingSource source;
+        source.kind = SettingSource::Kind::CommandLine;
+        source.where = "command line";
+        source.text = a.value;
+        applyServerOption(s, *a.option, a.value, source);
+    };
+    // Which file to read is known before the file; every other option is applied after it,
+    // so that the command line wins.
+    for (const Argument& a : arguments)
+        if (isConfigOption(*a.option))
+            apply(a);
+    if (!s.configFile.empty())
+        readConfigFile(s.configFile, s.given.count("config") > 0, s);
+    for (const Argument& a : arguments)
+        if (!isConfigOption(*a.option))
+            apply(a);
+    checkServerSettings(s);
+    return s;
 }
 
 }  // namespace server

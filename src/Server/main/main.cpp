@@ -1,8 +1,12 @@
-// qel-cimserver: the CIM server on the simulated array, in the foreground. Ctrl-C or
-// SIGTERM stops it cleanly: requests drain, providers are terminated (the simulator keeps
-// its state file), connections close.
+// qel-cimserver: the CIM server on the simulated array, in the foreground. Its settings are
+// the built-in defaults, then the configuration file, then the command line. SIGTERM or
+// SIGINT stops it cleanly: requests drain, providers are terminated (the simulator keeps
+// its state file), connections close. SIGHUP re-reads the password file.
 #include "DemoUsers.h"
+#include "LogTarget.h"
 #include "ServerCommandLine.h"
+#include "ServerLayout.h"
+#include "ServiceNotifier.h"
 #include "WireServer.h"
 
 #include <Server/auth/PasswordFile.h>
@@ -23,16 +27,39 @@ using namespace qel::server;
 namespace
 {
 
-ServerCommandLine buildDefaults()
+// A default that an environment variable replaces, recorded as such for --print-config.
+void fromEnvironment(
+    ServerCommandLine& settings,
+    const char* option,
+    const char* variable,
+    std::string& value)
+{
+    const char* text = std::getenv(variable);
+    if (text == nullptr || *text == '\0')
+        return;
+    value = text;
+    SettingSource source;
+    source.kind = SettingSource::Kind::Environment;
+    source.where = std::string("$") + variable;
+    source.text = text;
+    settings.sources[option] = {source};
+}
+
+ServerCommandLine buildDefaults(const ServerLayout& layout)
 {
     ServerCommandLine d;
-    d.server.core.mofFiles = {QEL_DEFAULT_SCHEMA};
+    d.server.core.mofFiles = layout.schema;
     d.server.core.defaultNamespace = "root/qel";
-    d.server.core.providerDirectories = {QEL_DEFAULT_PROVIDER_DIRS};
-    d.server.http.socketPath = qel::client::defaultLocalSocketPath();
-    const char* pw = std::getenv("QEL_PASSWORD_FILE");
-    d.server.passwordFile = pw && *pw ? pw : qel::auth::kDefaultPasswordFile;
-    d.arrayFile = QEL_DEFAULT_ARRAY;
+    d.server.core.providerDirectories = layout.providerDirectories;
+    d.server.requireProviderModules = true;
+    d.server.http.socketPath = qel::client::kDefaultLocalSocketPath;
+    fromEnvironment(d, "socket", "QEL_CIMXML_SOCKET", d.server.http.socketPath);
+    d.server.passwordFile = qel::auth::kDefaultPasswordFile;
+    fromEnvironment(d, "password-file", "QEL_PASSWORD_FILE", d.server.passwordFile);
+    d.arrayFile = layout.demoArray;
+    fromEnvironment(d, "array", "QELSIM_ARRAY", d.arrayFile);
+    fromEnvironment(d, "array-state", "QELSIM_STATE", d.arrayState);
+    d.configFile = layout.configFile;
     return d;
 }
 
@@ -45,60 +72,96 @@ std::string demoPasswordFile()
     return dir + "/passwd";
 }
 
+// The simulated array is chosen through its environment before any provider loads.
+void chooseArray(const ServerCommandLine& settings)
+{
+    ::setenv("QELSIM_ARRAY", settings.arrayFile.c_str(), 1);
+    if (settings.arrayState.empty())
+        ::unsetenv("QELSIM_STATE");
+    else
+        ::setenv("QELSIM_STATE", settings.arrayState.c_str(), 1);
+}
+
+// What the server says about its life goes to standard output; when the log goes
+// elsewhere and standard output is not kept (no terminal, no journal), to the log too.
+class Announcer
+{
+public:
+    explicit Announcer(bool toLog) : _toLog(toLog) {}
+    void say(const std::string& text) const
+    {
+        std::cout << "qel-cimserver: " << text << "\n" << std::flush;
+        if (_toLog)
+            Pegasus::ServerLog::info(text);
+    }
+    int fail(const std::string& text) const
+    {
+        std::cerr << "qel-cimserver: " << text << "\n";
+        if (_toLog)
+            Pegasus::ServerLog::error(text);
+        return 1;
+    }
+
+private:
+    bool _toLog;
+};
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    const ServerCommandLine defaults = buildDefaults(serverLayout(ownExecutable()));
     ServerCommandLine cmd;
-    bool passwordGiven = false, arrayGiven = false;
     try
     {
-        std::vector<std::string> args(argv + 1, argv + argc);
-        for (const std::string& a : args)
-        {
-            passwordGiven |= a == "--password-file";
-            arrayGiven |= a == "--array";
-        }
-        cmd = parseCommandLine(args, buildDefaults());
+        cmd = loadServerSettings(std::vector<std::string>(argv + 1, argv + argc), defaults);
     }
     catch (const CommandLineError& e)
     {
-        std::cerr << "qel-cimserver: " << e.what() << "\n" << usageText();
+        std::cerr << "qel-cimserver: " << e.what() << "\n";
         return 2;
     }
     if (cmd.help)
     {
-        std::cout << usageText();
+        std::cout << usageText(defaults);
         return 0;
     }
+    if (cmd.printConfig)
+    {
+        std::cout << settingsReport(cmd);
+        return 0;
+    }
+
     Pegasus::ServerLog::setThreshold(cmd.logLevel);
+    Pegasus::ServerLog::setAccessLog(cmd.accessLog);
+    const LogSurroundings around = currentLogSurroundings();
+    const LogTarget target = resolveLogTarget(cmd.logTarget, around);
+    installLogTarget(target);
+    const Announcer announce(target != LogTarget::Stderr && !around.stderrIsJournal);
 
-    // The simulated array is chosen through its environment before any provider loads.
-    if (arrayGiven || !std::getenv("QELSIM_ARRAY"))
-        ::setenv("QELSIM_ARRAY", cmd.arrayFile.c_str(), 1);
-
+    chooseArray(cmd);
     std::vector<DemoUser> demoUsers;
     if (cmd.demo)
     {
-        if (!passwordGiven)
+        if (!cmd.given.count("password-file"))
             cmd.server.passwordFile = demoPasswordFile();
         try
         {
-            demoUsers = createDemoUsers(std::getenv("QELSIM_ARRAY"), cmd.server.passwordFile);
+            demoUsers = createDemoUsers(cmd.arrayFile, cmd.server.passwordFile);
         }
         catch (const std::exception& e)
         {
-            std::cerr << "qel-cimserver: " << e.what() << "\n";
-            return 1;
+            return announce.fail(e.what());
         }
     }
 
     // Signals are taken by sigwait below, never by a worker thread.
-    sigset_t stopSignals;
-    sigemptyset(&stopSignals);
-    sigaddset(&stopSignals, SIGINT);
-    sigaddset(&stopSignals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
     WireServer server(cmd.server);
@@ -108,24 +171,28 @@ int main(int argc, char** argv)
     }
     catch (const Pegasus::Exception& e)
     {
-        std::cerr << "qel-cimserver: cannot start: " << e.getMessage() << "\n";
-        return 1;
+        return announce.fail("cannot start: " + std::string(e.getMessage().getCString()));
     }
     catch (const std::exception& e)
     {
-        std::cerr << "qel-cimserver: cannot start: " << e.what() << "\n";
-        return 1;
+        return announce.fail(std::string("cannot start: ") + e.what());
     }
 
     const auto& http = cmd.server.http;
-    std::cout << "qel-cimserver: serving the array described by " << std::getenv("QELSIM_ARRAY")
-              << "\n";
+    std::string status;
+    announce.say("serving the array described by " + cmd.arrayFile);
     if (http.port >= 0)
-        std::cout << "qel-cimserver: listening on http://" << http.bindAddress << ":"
-                  << server.tcpPort() << "/cimom\n";
+    {
+        status = "listening on http://" + http.bindAddress + ":" +
+                 std::to_string(server.tcpPort()) + "/cimom";
+        announce.say(status);
+    }
     if (!http.socketPath.empty())
-        std::cout << "qel-cimserver: local socket " << http.socketPath << "\n";
-    std::cout << "qel-cimserver: users from " << cmd.server.passwordFile << "\n";
+    {
+        announce.say("local socket " + http.socketPath);
+        status += (status.empty() ? "" : ", ") + std::string("local socket ") + http.socketPath;
+    }
+    announce.say("users from " + cmd.server.passwordFile);
     if (!demoUsers.empty())
     {
         std::cout << "\nDemo users (passwords generated for this run):\n";
@@ -134,14 +201,26 @@ int main(int argc, char** argv)
         if (http.port >= 0)
             std::cout << "\nTry:\n" << wbemcliTour(demoUsers, http.bindAddress, server.tcpPort());
     }
-    std::cout << "\nPress Ctrl-C to stop.\n" << std::flush;
+    if (::isatty(STDOUT_FILENO))
+        std::cout << "\nPress Ctrl-C to stop.\n";
+    std::cout << std::flush;
 
+    ServiceNotifier notifier;
+    notifier.ready(status);
     int signal = 0;
-    sigwait(&stopSignals, &signal);
-    std::cout << "\nqel-cimserver: " << (signal == SIGINT ? "interrupted" : "terminated")
-              << ", stopping...\n"
-              << std::flush;
+    for (;;)
+    {
+        sigwait(&signals, &signal);
+        if (signal != SIGHUP)
+            break;
+        notifier.reloading();
+        server.reload();
+        notifier.ready(status);
+    }
+    notifier.stopping();
+    std::cout << "\n";
+    announce.say(std::string(signal == SIGINT ? "interrupted" : "terminated") + ", stopping...");
     server.stop();
-    std::cout << "qel-cimserver: stopped.\n";
+    announce.say("stopped.");
     return 0;
 }
