@@ -152,7 +152,8 @@ bool HttpExchange::_fill()
     if (_in.size() - _end < kReadSize)
     {
         // Keep what is unread at the front, then make room behind it.
-        std::memmove(_in.data(), _in.data() + _begin, _end - _begin);
+        if (_end > _begin)  // the buffer has no storage before the first read
+            std::memmove(_in.data(), _in.data() + _begin, _end - _begin);
         _end -= _begin;
         _begin = 0;
         if (_in.size() - _end < kReadSize)
