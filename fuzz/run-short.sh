@@ -24,6 +24,7 @@ targets=(
   password_file:passwd:100    # 36 / 123 / 161
   port_wwn:wwn:40             # - / 46 / 51
   config_file:config:380      # - / 430 / 535
+  cimload_answer:http_answer:130 # - / 159 / 206
 )
 
 launcher=()

@@ -117,6 +117,7 @@ private:
     friend class CIMInstance;
     friend class CIMObject;
     friend class CIMConstObject;
+    friend class ObjectReader;
 };
 
 PEGASUS_NAMESPACE_END

@@ -257,6 +257,11 @@ void _normaliseReferences(Array<CIMKeyBinding>& keys)
 }
 
 // By name, ASCII case ignored (so digits < '_' < letters).
+bool _keyBefore(const CIMKeyBinding& a, const CIMKeyBinding& b)
+{
+    return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0;
+}
+
 void _sortKeys(Array<CIMKeyBinding>& keys)
 {
     Uint32 n = keys.size();
@@ -265,15 +270,31 @@ void _sortKeys(Array<CIMKeyBinding>& keys)
     const CIMKeyBinding* d = keys.getData();
     bool sorted = true;
     for (Uint32 i = 1; i < n && sorted; ++i)
-        sorted =
-            String::compareNoCase(d[i - 1].getName().getString(), d[i].getName().getString()) <= 0;
+        sorted = !_keyBefore(d[i], d[i - 1]);
     if (sorted)
         return;
-    CIMKeyBinding* first = &keys[0];
-    std::stable_sort(
-        first, first + n,
-        [](const CIMKeyBinding& a, const CIMKeyBinding& b)
-        { return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0; });
+    const Uint32 kFew = 16;
+    if (n > kFew)
+    {
+        CIMKeyBinding* first = &keys[0];
+        std::stable_sort(first, first + n, _keyBefore);
+        return;
+    }
+    // Paths have a few keys: their positions are sorted (stable insertion sort) and the
+    // keys copied once in that order, without sorting buffer or extra copies.
+    Uint32 order[kFew];
+    for (Uint32 i = 0; i < n; ++i)
+    {
+        Uint32 j = i;
+        for (; j > 0 && _keyBefore(d[i], d[order[j - 1]]); --j)
+            order[j] = order[j - 1];
+        order[j] = i;
+    }
+    Array<CIMKeyBinding> result;
+    result.reserveCapacity(n);
+    for (Uint32 i = 0; i < n; ++i)
+        result.append(d[order[i]]);
+    keys.swap(result);
 }
 
 bool _unsignedValue(const String& text, Uint64& x)

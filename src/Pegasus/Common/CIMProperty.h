@@ -74,6 +74,9 @@ private:
     std::shared_ptr<CIMPropertyRep> _rep;
 
     friend class CIMConstProperty;
+    friend class CIMObjectRep;
+    friend class CIMClassRep;
+    friend class ObjectReader;
     friend class ResultFilter;
     template <class H>
     friend class NamedElementList;

@@ -2,48 +2,26 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
 
+#include <Pegasus/Common/StringIntern.h>
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
-// Shared text buffer: a header followed by cap + 1 code units (the last one
-// reserved for the terminating 0). The static empty rep is never counted.
-struct StringRep
-{
-    std::atomic<Uint32> refs;
-    Uint32 size;
-    Uint32 cap;
-
-    Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
-
-    static StringRep* empty();
-    static StringRep* alloc(Uint32 cap);
-    static void ref(StringRep* rep);
-    static void unref(StringRep* rep);
-};
+StringRepEmpty stringRepEmpty{StringRep(StringRep::kImmortal, 0, 0), 0};
 
 namespace
 {
-alignas(StringRep) unsigned char _emptyStorage[sizeof(StringRep) + sizeof(Char16)];
-
-StringRep* _makeEmpty()
-{
-    StringRep* rep = reinterpret_cast<StringRep*>(_emptyStorage);
-    new (&rep->refs) std::atomic<Uint32>(1);
-    rep->size = 0;
-    rep->cap = 0;
-    new (rep->data()) Char16(0);
-    return rep;
-}
-
 inline Uint16 _lower(Uint16 c)
 {
     return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
@@ -225,37 +203,75 @@ inline Uint16 _same(Uint16 c)
 }
 }  // namespace
 
-// Inline: every copy and destruction of a String comes through these.
-inline StringRep* StringRep::empty()
-{
-    static StringRep* rep = _makeEmpty();
-    return rep;
-}
-
 StringRep* StringRep::alloc(Uint32 cap)
 {
     void* mem = ::operator new(sizeof(StringRep) + (size_t(cap) + 1) * sizeof(Char16));
-    StringRep* rep = static_cast<StringRep*>(mem);
-    new (&rep->refs) std::atomic<Uint32>(1);
-    rep->size = 0;
-    rep->cap = cap;
+    StringRep* rep = new (mem) StringRep(1, 0, cap);
     new (rep->data()) Char16(0);
     return rep;
 }
 
-inline void StringRep::ref(StringRep* rep)
+// Kept out of line: inlined where a String still holds the empty text, the compiler would
+// see that text's static storage reach operator delete (the immortal bit keeps it away).
+__attribute__((noinline)) void StringRep::destroy(StringRep* rep)
 {
-    if (rep != empty())
-        rep->refs.fetch_add(1, std::memory_order_relaxed);
+    rep->~StringRep();
+    ::operator delete(rep);
 }
 
-inline void StringRep::unref(StringRep* rep)
+//
+// Interned texts
+//
+
+namespace
 {
-    if (rep != empty() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+// One immortal rep per distinct text. Never destroyed: its reps are in use until the end.
+struct InternPool
+{
+    std::mutex mutex;
+    std::unordered_map<std::u16string, StringRep*> reps;  // REQUIRES: mutex held
+};
+
+InternPool& internPool()
+{
+    static InternPool* pool = new InternPool();
+    return *pool;
+}
+}  // namespace
+
+String internedText(const String& text)
+{
+    if (StringRep::immortal(text._rep))
+        return text;
+    const std::u16string key(reinterpret_cast<const char16_t*>(text.getChar16Data()), text.size());
+    InternPool& pool = internPool();
+    std::lock_guard<std::mutex> lock(pool.mutex);
+    StringRep* rep;
+    auto found = pool.reps.find(key);
+    if (found != pool.reps.end())
     {
-        rep->refs.~atomic<Uint32>();
-        ::operator delete(rep);
+        rep = found->second;
     }
+    else
+    {
+        if (pool.reps.size() >= kMaxInternedTexts)
+            return text;
+        rep = StringRep::alloc(text.size());
+        memcpy(
+            static_cast<void*>(rep->data()), text.getChar16Data(),
+            (size_t(text.size()) + 1) * sizeof(Char16));
+        rep->size = text.size();
+        rep->refs.store(StringRep::kImmortal, std::memory_order_relaxed);
+        pool.reps.emplace(key, rep);
+    }
+    String result;
+    result._rep = rep;  // immortal: nothing to count
+    return result;
+}
+
+bool isInterned(const String& text)
+{
+    return StringRep::immortal(text._rep);
 }
 
 //
@@ -306,52 +322,38 @@ CString::operator const char*() const
 
 const String String::EMPTY;
 
-String::String() : _rep(StringRep::empty())
-{
-}
-
-String::String(const String& str) : _rep(str._rep)
-{
-    StringRep::ref(_rep);
-}
-
-String::String(String&& str) noexcept : _rep(str._rep)
-{
-    str._rep = StringRep::empty();
-}
-
-String::String(const String& str, Uint32 n) : _rep(StringRep::empty())
+String::String(const String& str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     if (n > str.size())
         throw IndexOutOfBoundsException();
     append(str.getChar16Data(), n);
 }
 
-String::String(const Char16* str) : _rep(StringRep::empty())
+String::String(const Char16* str) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     append(str, _lengthOf(str));
 }
 
-String::String(const Char16* str, Uint32 n) : _rep(StringRep::empty())
+String::String(const Char16* str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     append(str, n);
 }
 
-String::String(const char* str) : _rep(StringRep::empty())
+String::String(const char* str) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     _appendUtf8(str, strlen(str));
 }
 
-String::String(const char* str, Uint32 n) : _rep(StringRep::empty())
+String::String(const char* str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     _appendUtf8(str, n);
 }
 
-String::String(const String& s1, const String& s2) : _rep(StringRep::empty())
+String::String(const String& s1, const String& s2) : _rep(&stringRepEmpty.rep)
 {
     _reserve(s1.size() + s2.size());
     append(s1);
@@ -369,23 +371,13 @@ String::String(const char* s1, const String& s2) : String(s1)
     append(s2);
 }
 
-String::~String()
-{
-    StringRep::unref(_rep);
-}
-
-String& String::operator=(const String& str)
-{
-    return assign(str);
-}
-
 String& String::operator=(String&& str) noexcept
 {
     if (this != &str)
     {
         StringRep::unref(_rep);
         _rep = str._rep;
-        str._rep = StringRep::empty();
+        str._rep = &stringRepEmpty.rep;
     }
     return *this;
 }
@@ -393,17 +385,6 @@ String& String::operator=(String&& str) noexcept
 String& String::operator=(const char* str)
 {
     return assign(str);
-}
-
-String& String::assign(const String& str)
-{
-    if (_rep != str._rep)
-    {
-        StringRep::ref(str._rep);
-        StringRep::unref(_rep);
-        _rep = str._rep;
-    }
-    return *this;
 }
 
 String& String::assign(const Char16* str)
@@ -432,7 +413,7 @@ String& String::assign(const char* str, Uint32 n)
 
 void String::clear()
 {
-    if (_rep->refs.load() == 1 && _rep != StringRep::empty())
+    if (_rep->refs.load() == 1 && _rep != &stringRepEmpty.rep)
     {
         _rep->size = 0;
         _rep->data()[0] = 0;
@@ -440,23 +421,13 @@ void String::clear()
     else
     {
         StringRep::unref(_rep);
-        _rep = StringRep::empty();
+        _rep = &stringRepEmpty.rep;
     }
 }
 
 void String::reserveCapacity(Uint32 capacity)
 {
     _reserve(capacity);
-}
-
-Uint32 String::size() const
-{
-    return _rep->size;
-}
-
-const Char16* String::getChar16Data() const
-{
-    return _rep->data();
 }
 
 CString String::getCString() const
@@ -753,7 +724,7 @@ Boolean String::equalNoCase(const String& s1, const char* s2)
 
 void String::_unshare()
 {
-    if (_rep == StringRep::empty() || _rep->refs.load() != 1)
+    if (_rep == &stringRepEmpty.rep || _rep->refs.load() != 1)
     {
         StringRep* rep = StringRep::alloc(_rep->size);
         memcpy(static_cast<void*>(rep->data()), _rep->data(), (_rep->size + 1) * sizeof(Char16));
@@ -765,7 +736,7 @@ void String::_unshare()
 
 void String::_reserve(Uint32 capacity)
 {
-    bool shared = _rep == StringRep::empty() || _rep->refs.load() != 1;
+    bool shared = _rep == &stringRepEmpty.rep || _rep->refs.load() != 1;
     if (!shared && capacity <= _rep->cap)
         return;
     Uint32 cap = capacity < _rep->size ? _rep->size : capacity;

@@ -12,6 +12,8 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMValue.h>
 
+#include "XmlBuffer.h"
+
 #include <string>
 
 namespace qel
@@ -62,6 +64,35 @@ void writeParamValue(std::string& out, const Pegasus::CIMParamValue& param);
 void writeReturnValue(std::string& out, const Pegasus::CIMValue& value);
 // ERROR with CODE and DESCRIPTION "<CIM_ERR_NAME>: <message>" (name alone when empty).
 void writeError(std::string& out, const Pegasus::CIMException& error);
+
+// The same, written through a buffer the caller holds (see XmlBuffer.h).
+void writeLocalNamespacePath(XmlBuffer& out, const Pegasus::CIMNamespaceName& ns);
+void writeNamespacePath(
+    XmlBuffer& out,
+    const Pegasus::String& host,
+    const Pegasus::CIMNamespaceName& ns);
+void writeClassName(XmlBuffer& out, const Pegasus::CIMName& name);
+void writeInstanceName(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeObjectPathBody(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeObjectPath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeLocalObjectPath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeValueReference(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeValue(XmlBuffer& out, const Pegasus::CIMValue& value);
+void writeInstance(XmlBuffer& out, const Pegasus::CIMConstInstance& instance);
+void writeClass(XmlBuffer& out, const Pegasus::CIMConstClass& cimClass);
+void writeNamedInstance(XmlBuffer& out, const Pegasus::CIMConstInstance& instance);
+void writeInstancePath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeInstanceWithPath(
+    XmlBuffer& out,
+    const Pegasus::CIMConstInstance& instance,
+    const Pegasus::CIMObjectPath& path);
+void writeObjectWithPath(
+    XmlBuffer& out,
+    const Pegasus::CIMObject& object,
+    const Pegasus::CIMObjectPath& path);
+void writeParamValue(XmlBuffer& out, const Pegasus::CIMParamValue& param);
+void writeReturnValue(XmlBuffer& out, const Pegasus::CIMValue& value);
+void writeError(XmlBuffer& out, const Pegasus::CIMException& error);
 
 }  // namespace cimxml
 }  // namespace qel
