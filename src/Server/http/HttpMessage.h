@@ -16,7 +16,8 @@ namespace http
 enum class Transport
 {
     Tcp,
-    Local
+    Local,
+    Tls  // over TCP
 };
 
 // One client connection. Requests on a connection are handled one after the other, so a
@@ -27,6 +28,10 @@ struct ConnectionInfo
     std::string clientAddress;  // the peer's IP address ("127.0.0.1" on the local socket)
     std::string peerUser;       // local socket: the peer's login name, "" when unknown
     std::string peerError;      // local socket: why peerUser is unknown
+    // TLS: the client certificate, verified against the trust store at the handshake
+    // (SHA-256 fingerprint, "" when the client sent none) and its subject.
+    std::string certificateFingerprint;
+    std::string certificateSubject;
     // Credentials already verified on this connection (see CimHttpService).
     std::string verifiedAuthorization;
     std::string verifiedUser;

@@ -3,6 +3,7 @@
 #include "DispatcherExecutor.h"
 
 #include <Server/auth/BasicAuthenticator.h>
+#include <Server/auth/CertificateAuthenticator.h>
 #include <Server/clienttransport/InstallTransports.h>
 #include <Server/core/ThreadPool.h>
 #include <Server/http/CimHttpService.h>
@@ -42,6 +43,11 @@ void WireServer::start()
     // The password file first: a server nobody can log in to is refused before the
     // schema and providers are loaded.
     parts->authenticator = std::make_unique<auth::BasicAuthenticator>(_options.passwordFile);
+    if (_options.http.tlsPort >= 0)
+        http::makeServerTlsContext(_options.http.tls);  // checked now; HttpServer loads its own
+    std::shared_ptr<auth::CertificateAuthenticator> certificates;
+    if (_options.http.tlsPort >= 0 && !_options.http.tls.trustStore.empty())
+        certificates = std::make_shared<auth::CertificateAuthenticator>(_options.certificateMap);
 
     Pegasus::CIMServerOptions coreOptions = _options.core;
     if (_options.localCallsOverSocket)
@@ -58,6 +64,7 @@ void WireServer::start()
         Pegasus::ThreadPool* localPool = parts->localPool.get();
         http::CimHttpServiceOptions serviceOptions;
         serviceOptions.hostName = Pegasus::String(_core->dispatcher().hostName()).getCString();
+        serviceOptions.certificates = certificates;
         parts->service = std::make_unique<http::CimHttpService>(
             serviceOptions, *parts->authenticator, *parts->executor,
             [core](std::function<void()> job) { return core->submit(std::move(job)); },
@@ -103,6 +110,17 @@ void WireServer::stop()
 unsigned short WireServer::tcpPort() const
 {
     return _parts ? _parts->http->tcpPort() : 0;
+}
+
+unsigned short WireServer::tlsPort() const
+{
+    return _parts ? _parts->http->tlsPort() : 0;
+}
+
+void WireServer::reloadTls()
+{
+    if (_parts && _options.http.tlsPort >= 0)
+        _parts->http->reloadTls();
 }
 
 }  // namespace server
