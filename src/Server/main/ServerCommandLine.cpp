@@ -1,5 +1,7 @@
 #include "ServerCommandLine.h"
 
+#include <boost/asio/ip/address.hpp>
+
 #include <cerrno>
 #include <cstdlib>
 #include <sstream>
@@ -40,12 +42,37 @@ using S = ServerCommandLine;
 
 const std::vector<ServerOption> kOptions = {
     {"port", "N",
-     "TCP port for CIM-XML over HTTP (default 5988; 0 = any free port;\n'none' = no TCP listener)",
+     "TCP port for CIM-XML over plain HTTP (default 5988; 0 = any free port;\n"
+     "'none' = no HTTP listener)",
      false,
      [](S& s, const std::string& v, bool)
      { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); }},
-    {"bind", "ADDRESS", "address to listen on (default 127.0.0.1)", false,
+    {"bind", "ADDRESS",
+     "address for plain HTTP (default 127.0.0.1; another one needs\n--http-on-network)", false,
      [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; }},
+    {"http-on-network", nullptr,
+     "let plain HTTP listen beyond loopback (passwords cross the network in\nclear)", false,
+     [](S& s, const std::string&, bool) { s.httpOnNetwork = true; }},
+    {"https-port", "N",
+     "TCP port for CIM-XML over HTTPS (default 5989 when a certificate is\n"
+     "given; 0 = any free port; 'none' = no HTTPS listener)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.tlsPort = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); }},
+    {"https-bind", "ADDRESS", "address for HTTPS (default 0.0.0.0: every interface)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tlsBindAddress = v; }},
+    {"tls-cert", "FILE", "the server's certificate chain for HTTPS (PEM)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tls.certificateFile = v; }},
+    {"tls-key", "FILE", "its private key (PEM, not encrypted)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tls.keyFile = v; }},
+    {"tls-trust", "PATH",
+     "authorities whose client certificates HTTPS accepts (a PEM file or a\n"
+     "folder of them); such a client logs in as the user --cert-map names",
+     false, [](S& s, const std::string& v, bool) { s.server.http.tls.trustStore = v; }},
+    {"cert-map", "FILE",
+     "users of client certificates (see qel-certmap; default\n"
+     "/etc/qel-cimserver/certmap)",
+     false, [](S& s, const std::string& v, bool) { s.server.certificateMap = v; }},
     {"socket", "PATH",
      "local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
      "/var/tmp/cimxml.socket; 'none' = no local socket)",
@@ -79,9 +106,25 @@ const std::vector<ServerOption> kOptions = {
     {"max-body", "BYTES", "largest request body accepted (default 16 MiB)", false,
      [](S& s, const std::string& v, bool)
      { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); }},
-    {"read-timeout", "SECS", "time allowed for a request to arrive (default 30)", false,
+    {"header-timeout", "SECS", "time allowed for the TLS handshake and a request head (default 10)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.headerTimeout = std::chrono::seconds(number(v, 1, 3600)); }},
+    {"read-timeout", "SECS",
+     "time a kept-alive connection may stay silent, and allowed for a\n"
+     "request body or an answer (default 30)",
+     false,
      [](S& s, const std::string& v, bool)
      { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); }},
+    {"max-connections", "N", "open connections at most (default 1024)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.maxConnections = number(v, 1, 1000000); }},
+    {"max-pending-per-address", "N",
+     "connections one client address may hold before each has sent a\n"
+     "whole request (default 32); past it the oldest is closed",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.maxUnfinishedPerAddress = number(v, 1, 1000000); }},
     {"local-calls", "MODE",
      "in-process (default) or socket: how the server's own providers\n"
      "reach it through CIMClient::connectLocal",
@@ -128,13 +171,42 @@ void applyServerOption(
     }
 }
 
-void checkServerSettings(const ServerCommandLine& c)
+void checkServerSettings(ServerCommandLine& c)
 {
-    if (c.server.http.port < 0 && c.server.http.socketPath.empty())
+    auto& http = c.server.http;
+    if (http.port < 0 && http.tlsPort < 0 && http.socketPath.empty())
         throw CommandLineError(
-            "with --port none and --socket none no client could reach the server");
-    if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
+            "with --port none, --https-port none and --socket none no client could reach the "
+            "server");
+    if (c.server.localCallsOverSocket && http.socketPath.empty())
         throw CommandLineError("--local-calls socket needs the local socket");
+    if (http.tls.certificateFile.empty() != http.tls.keyFile.empty())
+        throw CommandLineError("--tls-cert and --tls-key go together");
+    const bool certificate = !http.tls.certificateFile.empty() || c.demo;
+    if (!certificate && http.tlsPort >= 0)
+    {
+        if (c.given.count("https-port") || c.given.count("tls-trust"))
+            throw CommandLineError("HTTPS needs --tls-cert and --tls-key");
+        http.tlsPort = -1;  // no certificate, no HTTPS: plain HTTP and the socket only
+    }
+    if (http.port >= 0 && !c.httpOnNetwork && !isLoopbackAddress(http.bindAddress))
+    {
+        boost::system::error_code ec;
+        boost::asio::ip::make_address(http.bindAddress, ec);
+        if (ec)
+            throw CommandLineError("--bind: not an IP address: \"" + http.bindAddress + "\"");
+        throw CommandLineError(
+            "plain HTTP on " + http.bindAddress +
+            " would carry passwords in clear across the network: serve HTTPS "
+            "(--tls-cert, --tls-key) or add --http-on-network");
+    }
+}
+
+bool isLoopbackAddress(const std::string& address)
+{
+    boost::system::error_code ec;
+    const auto a = boost::asio::ip::make_address(address, ec);
+    return !ec && a.is_loopback();
 }
 
 std::string usageText()

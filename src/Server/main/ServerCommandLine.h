@@ -22,7 +22,10 @@ struct ServerCommandLine
 {
     WireServerOptions server;
     Pegasus::LogLevel logLevel = Pegasus::LogLevel::Info;
-    bool demo = false;      // generate users and passwords for the simulated array's users
+    bool demo = false;  // generate users, passwords and a certificate for the simulated array
+    // Plain HTTP may listen on an address other than loopback (passwords then cross the
+    // network in clear).
+    bool httpOnNetwork = false;
     std::string arrayFile;  // --array: the simulated array description (sets QELSIM_ARRAY)
     bool help = false;
     // Names of the options that were set (not left at their defaults).
@@ -61,8 +64,10 @@ void applyServerOption(
     const std::string& value,
     const std::string& where);
 
-// Checks the settings as a whole (combinations no single option can judge).
-void checkServerSettings(const ServerCommandLine& settings);
+// Checks the settings as a whole (combinations no single option can judge) and settles
+// what follows from them: HTTPS stays off, unless asked for, without a certificate
+// (--demo makes one).
+void checkServerSettings(ServerCommandLine& settings);
 
 // Defaults (schema, provider directories) come from the build; throws CommandLineError
 // naming the offending option.
@@ -70,6 +75,10 @@ ServerCommandLine
 parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults);
 
 std::string usageText();
+
+// True for an IP address of this machine's loopback (127.0.0.0/8, ::1); false for any
+// other, and for text that is not an address.
+bool isLoopbackAddress(const std::string& address);
 
 }  // namespace server
 }  // namespace qel
