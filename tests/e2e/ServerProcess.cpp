@@ -94,7 +94,9 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
     return r;
 }
 
-ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
+ServerProcess::ServerProcess(
+    const std::map<std::string, std::string>& users,
+    const std::vector<std::string>& extraArgs)
 {
     char tmpl[] = "/tmp/qel-e2e-XXXXXX";
     if (!mkdtemp(tmpl))
@@ -122,21 +124,35 @@ ServerProcess::ServerProcess(const std::map<std::string, std::string>& users)
         dup2(fd, 2);
         setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
         setenv("QELSIM_STATE", statePath().c_str(), 1);
+        setenv("TMPDIR", _dir.c_str(), 1);  // where --demo keeps its files
         const std::string socket = _dir + "/cim.socket";
-        execl(
-            QEL_E2E_SERVER, QEL_E2E_SERVER, "--port", "0", "--socket", socket.c_str(),
-            "--password-file", passwd.c_str(), static_cast<char*>(nullptr));
+        std::vector<std::string> args{QEL_E2E_SERVER, "--port",          "0",   "--socket",
+                                      socket,         "--password-file", passwd};
+        args.insert(args.end(), extraArgs.begin(), extraArgs.end());
+        std::vector<char*> argv;
+        for (std::string& a : args)
+            argv.push_back(a.data());
+        argv.push_back(nullptr);
+        execv(QEL_E2E_SERVER, argv.data());
         _exit(127);
     }
-    // The server prints its port once it listens; sanitizer builds take a while to load.
-    const std::string marker = "listening on http://127.0.0.1:";
+    // The server prints its ports once it listens, and last of all how to stop it;
+    // sanitizer builds take a while to load.
+    auto portAfter = [](const std::string& text, const std::string& scheme) -> unsigned short
+    {
+        const size_t at = text.find("listening on " + scheme + "://");
+        const size_t end = at == std::string::npos ? at : text.find("/cimom", at);
+        if (end == std::string::npos)
+            return 0;
+        return static_cast<unsigned short>(std::stoi(text.substr(text.rfind(':', end) + 1)));
+    };
     for (int i = 0; i < 1200 && _port == 0; ++i)
     {
         const std::string text = readFile(logPath);
-        const size_t at = text.find(marker);
-        if (at != std::string::npos && text.find("/cimom", at) != std::string::npos)
+        if (text.find("Press Ctrl-C to stop.") != std::string::npos)
         {
-            _port = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
+            _port = portAfter(text, "http");
+            _tlsPort = portAfter(text, "https");
             break;
         }
         int status;
@@ -172,6 +188,12 @@ std::string ServerProcess::url(const std::string& user, const std::string& passw
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
     return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/root/qel";
+}
+
+std::string ServerProcess::httpsUrl(const std::string& user, const std::string& password) const
+{
+    std::string auth = user.empty() ? "" : user + ":" + password + "@";
+    return "https://" + auth + "localhost:" + std::to_string(_tlsPort) + "/root/qel";
 }
 
 std::string ServerProcess::log() const

@@ -26,7 +26,11 @@ class ServerProcess
 {
 public:
     // Users and their roles in the demo array: each gets a generated password.
-    explicit ServerProcess(const std::map<std::string, std::string>& users);
+    // `extraArgs` follow the usual options (free port, own socket and password file); with
+    // --tls-cert or --demo, pass "--https-port 0" too and the HTTPS port is read as well.
+    explicit ServerProcess(
+        const std::map<std::string, std::string>& users,
+        const std::vector<std::string>& extraArgs = {});
     ~ServerProcess();
     ServerProcess(const ServerProcess&) = delete;
     ServerProcess& operator=(const ServerProcess&) = delete;
@@ -35,8 +39,11 @@ public:
     int stop();
 
     unsigned short port() const { return _port; }
+    unsigned short tlsPort() const { return _tlsPort; }  // 0: no HTTPS
     const std::string& password(const std::string& user) const { return _passwords.at(user); }
     std::string url(const std::string& user, const std::string& password) const;
+    // The same over HTTPS, naming the server "localhost" as its certificate does.
+    std::string httpsUrl(const std::string& user, const std::string& password) const;
     std::string log() const;
     const std::string& dir() const { return _dir; }
     // The simulated array's live state and the audit log of its changes, private to this server.
@@ -47,6 +54,7 @@ private:
     std::string _dir;
     pid_t _pid = -1;
     unsigned short _port = 0;
+    unsigned short _tlsPort = 0;
     std::map<std::string, std::string> _passwords;
 };
 

@@ -91,7 +91,8 @@ int main(int argc, char** argv)
         }
         if (command == "list" && args.size() == 1)
         {
-            for (const CertificateMapping& m : CertificateMap::load(path, true).entries())
+            const CertificateMap map = CertificateMap::load(path, true);
+            for (const CertificateMapping& m : map.entries())
                 std::cout << m.user << " " << m.fingerprint << (m.note.empty() ? "" : " ") << m.note
                           << "\n";
             return 0;
