@@ -14,8 +14,9 @@ command -v ninja >/dev/null && generator=(-G Ninja)
 cmake -S . -B "$build" "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DQEL_BUILD_FUZZ=ON -DQEL_SANITIZE=ON \
   -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF >/dev/null
-cmake --build "$build" -j "${JOBS:-2}" --target fuzz_cimxml_request fuzz_object_path fuzz_mof
-for target in cimxml_request:cimxml object_path:path mof:mof; do
+cmake --build "$build" -j "${JOBS:-2}" --target fuzz_cimxml_request fuzz_object_path fuzz_mof \
+  fuzz_certificate_map
+for target in cimxml_request:cimxml object_path:path mof:mof certificate_map:certmap; do
   name=${target%%:*}
   corpus=${target##*:}
   work=$(mktemp -d)
