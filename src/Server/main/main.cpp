@@ -206,6 +206,8 @@ int main(int argc, char** argv)
     std::cout << "qel-cimserver: users from " << cmd.server.passwordFile << "\n";
     if (!demoUsers.empty())
     {
+        if (http.tlsPort >= 0)
+            std::cout << "qel-cimserver: HTTPS certificate " << http.tls.certificateFile << "\n";
         std::cout << "\nDemo users (passwords generated for this run):\n";
         for (const DemoUser& u : demoUsers)
             std::cout << "  " << u.name << " (" << u.role << "): " << u.password << "\n";

@@ -1,0 +1,102 @@
+// What a login costs. BM_Verify*: one Basic verification in process, for an unknown user,
+// a known user with a wrong password and a known user with the right one (the same pair
+// each time, as a client that reconnects sends it). BM_GetInstanceNewConnection: one
+// GetInstance of an FC port on a 1,000-port array, each on a new HTTP connection with
+// Basic credentials, as wbemcli makes them (one connection per command): the time shown is
+// the wall-clock time per request, client included.
+#include "SecurityBenchServer.h"
+
+#include <Server/auth/Base64.h>
+#include <Server/auth/BasicAuthenticator.h>
+#include <Server/clienttransport/CimXmlTransport.h>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+
+using namespace Pegasus;
+
+namespace
+{
+
+// A password file with one yescrypt user, as qel-passwd writes it.
+struct Users
+{
+    Users()
+    {
+        char tmpl[] = "/tmp/qel-authbench-XXXXXX";
+        dir = mkdtemp(tmpl);
+        qel::auth::PasswordFile f;
+        f.add("alice", qel::auth::hashPassword("wonderland"));
+        f.save(dir + "/passwd");
+        auth = std::make_unique<qel::auth::BasicAuthenticator>(dir + "/passwd");
+    }
+    ~Users() { std::filesystem::remove_all(dir); }
+    std::string dir;
+    std::unique_ptr<qel::auth::BasicAuthenticator> auth;
+};
+
+Users& users()
+{
+    static Users u;
+    return u;
+}
+
+void verify(benchmark::State& state, const std::string& user, const std::string& password)
+{
+    const std::string header = "Basic " + qel::auth::base64Encode(user + ":" + password);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(users().auth->authenticate(header).ok);
+}
+
+void BM_VerifyUnknownUser(benchmark::State& state)
+{
+    verify(state, "mallory", "guess");
+}
+void BM_VerifyWrongPassword(benchmark::State& state)
+{
+    verify(state, "alice", "guess");
+}
+void BM_VerifyRightPasswordAgain(benchmark::State& state)
+{
+    verify(state, "alice", "wonderland");
+}
+BENCHMARK(BM_VerifyUnknownUser)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_VerifyWrongPassword)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_VerifyRightPasswordAgain)->Unit(benchmark::kMillisecond);
+
+void BM_GetInstanceNewConnection(benchmark::State& state)
+{
+    const auto server = securitybench::startServer(static_cast<unsigned>(state.range(0)));
+    const unsigned short port = server->wire->tcpPort();
+    CIMObjectPath target;
+    {
+        auto t = qel::client::CimXmlTransport::overTcp(
+            "127.0.0.1", port, server->user, server->password, 20000);
+        target = t->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort"))[0];
+    }
+    for (auto _ : state)
+    {
+        auto t = qel::client::CimXmlTransport::overTcp(
+            "127.0.0.1", port, server->user, server->password, 20000);
+        benchmark::DoNotOptimize(
+            t->getInstance("root/qel", target, false, false, false, CIMPropertyList())
+                .getPropertyCount());
+    }
+}
+BENCHMARK(BM_GetInstanceNewConnection)
+    ->Arg(1000)
+    ->Iterations(50)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    ::setenv("QELSIM_STATE", "none", 1);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
