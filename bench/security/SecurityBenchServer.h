@@ -51,7 +51,8 @@ inline std::unique_ptr<BenchServer> startServer(
     if (!qelsim::generateArray(g, &json).ok || !qelsim::loadArrayText(json).ok)
         throw std::runtime_error("cannot generate the array");
     s->user = "admin";
-    for (const auto& u : nlohmann::json::parse(json)["users"])
+    const nlohmann::json doc = nlohmann::json::parse(json);
+    for (const auto& u : doc["users"])
         if (u.value("role", "") == "super" && u.value("enabled", true))
         {
             s->user = u["name"].get<std::string>();
