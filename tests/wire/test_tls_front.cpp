@@ -132,6 +132,29 @@ TEST_F(TlsFront, AMappedCertificateIsItsUserAndOthersAreRefused)
     }
 }
 
+TEST_F(TlsFront, ATrustStoreFolderTrustsEveryAuthorityInIt)
+{
+    const std::string folder = dir->dir() + "/trusted.d";
+    std::filesystem::create_directory(folder);
+    for (const TestPki* authority : {trusted, stranger})
+        std::filesystem::copy_file(
+            authority->caFile(),
+            folder + "/" + std::filesystem::path(authority->caFile()).filename().string());
+    qel::http::HttpServerOptions o;
+    o.tlsPort = 0;
+    o.tls = {server->certificateFile, server->keyFile, folder};
+    qel::http::CimHttpServiceOptions so;
+    so.certificates =
+        std::make_shared<qel::auth::CertificateAuthenticator>(dir->dir() + "/certmap");
+    FrontEnd fe(o, 2, so);
+    TlsClientOptions tls;
+    tls.caFile = trusted->caFile();
+    tls.certificateFile = forged->certificateFile;  // from the second authority
+    tls.keyFile = forged->keyFile;
+    auto t = CimXmlTransport::overTls("127.0.0.1", fe.tlsPort(), "", "", 10000, tls);
+    EXPECT_EQ(t->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort")).size(), 2u);
+}
+
 TEST_F(TlsFront, AClientThatDoesNotTrustTheServerCertificateStopsAtTheHandshake)
 {
     TlsClientOptions tls;
