@@ -51,9 +51,8 @@ bool outOfResources(const beast::error_code& ec)
            ec == net::error::no_memory || ec.value() == ENFILE;
 }
 
-// The pause before accepting again when out of resources: short when a connection was
-// just closed to make room, longer when there was none to close.
-constexpr std::chrono::milliseconds kRetryAfterReclaim{10};
+// The pause before accepting again when out of resources and no connection could be
+// closed to make room.
 constexpr std::chrono::milliseconds kRetryWhenFull{250};
 
 // Address reported for clients of the local socket (a distinct key for the limits).
@@ -102,8 +101,12 @@ struct HttpServer::Impl : session::Host, std::enable_shared_from_this<HttpServer
 
     template <class Protocol, class OnSocket>
     void accept(Listener<Protocol>& listener, OnSocket onSocket);
-    // Makes room when descriptors ran out; true when a connection was closed for it.
-    bool reclaimOne();
+    // Out of descriptors with a client waiting: closes a connection to make room, then
+    // accepts again. REQUIRES: running on acceptStrand.
+    template <class Protocol, class OnSocket>
+    void makeRoomThenAccept(Listener<Protocol>& listener, OnSocket onSocket);
+    // The connection to close when descriptors ran out (null when there is none).
+    std::shared_ptr<SessionBase> reclaimOne();
     template <class Stream>
     void startSession(
         Stream stream,
@@ -173,7 +176,7 @@ void HttpServer::Impl::startSession(
         beast::get_lowest_layer(stream).close();  // every connection is busy: refused
 }
 
-bool HttpServer::Impl::reclaimOne()
+std::shared_ptr<SessionBase> HttpServer::Impl::reclaimOne()
 {
     std::shared_ptr<SessionBase> victim;
     {
@@ -186,9 +189,30 @@ bool HttpServer::Impl::reclaimOne()
                 victim = it->second.lock();
         }
     }
-    if (victim)
-        victim->close();
-    return victim != nullptr;
+    return victim;
+}
+
+template <class Protocol, class OnSocket>
+void HttpServer::Impl::makeRoomThenAccept(Listener<Protocol>& listener, OnSocket onSocket)
+{
+    auto again = [self = shared_from_this(), &listener, onSocket]
+    {
+        if (listener.acceptor->is_open())
+            self->accept(listener, onSocket);
+    };
+    if (auto victim = reclaimOne())
+    {
+        victim->close([self = shared_from_this(), again] { net::post(self->acceptStrand, again); });
+        return;
+    }
+    listener.retry.expires_after(kRetryWhenFull);
+    listener.retry.async_wait(net::bind_executor(
+        acceptStrand,
+        [again](beast::error_code ec)
+        {
+            if (!ec)
+                again();
+        }));
 }
 
 template <class Protocol, class OnSocket>
@@ -209,17 +233,19 @@ void HttpServer::Impl::accept(Listener<Protocol>& listener, OnSocket onSocket)
                 }
                 else if (outOfResources(ec))
                 {
-                    // The connection waits in the backlog; accepting again at once would
-                    // spin. Close the oldest unfinished connection and try shortly.
-                    listener.retry.expires_after(
-                        self->reclaimOne() ? kRetryAfterReclaim : kRetryWhenFull);
-                    listener.retry.async_wait(net::bind_executor(
-                        self->acceptStrand,
-                        [self, &listener, onSocket](beast::error_code wec)
-                        {
-                            if (!wec && listener.acceptor->is_open())
-                                self->accept(listener, onSocket);
-                        }));
+                    // Accepting again at once would fail again: spinning. And the kernel
+                    // takes the descriptor before it looks for a connection, so this says
+                    // nothing about whether anyone waits. Wait until someone does, then close
+                    // the oldest unfinished connection and accept once its descriptor is free.
+                    listener.acceptor->async_wait(
+                        net::socket_base::wait_read,
+                        net::bind_executor(
+                            self->acceptStrand,
+                            [self, &listener, onSocket](beast::error_code wec)
+                            {
+                                if (!wec && listener.acceptor->is_open())
+                                    self->makeRoomThenAccept(listener, onSocket);
+                            }));
                     return;
                 }
                 self->accept(listener, onSocket);

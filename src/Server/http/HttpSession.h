@@ -20,6 +20,7 @@
 #include <boost/beast/ssl.hpp>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <strings.h>
@@ -56,8 +57,9 @@ class SessionBase
 {
 public:
     virtual ~SessionBase() = default;
-    // Closes the connection at once, from any thread.
-    virtual void close() = 0;
+    // Closes the connection at once, from any thread; `then`, if given, runs once its
+    // descriptor is closed.
+    virtual void close(std::function<void()> then = nullptr) = 0;
 };
 
 // How long a TLS close waits for the client's close_notify before just closing.
@@ -93,9 +95,16 @@ public:
         net::dispatch(_stream.get_executor(), [self = this->shared_from_this()] { self->start(); });
     }
 
-    void close() override
+    void close(std::function<void()> then = nullptr) override
     {
-        net::post(_stream.get_executor(), [self = this->shared_from_this()] { self->closeNow(); });
+        net::post(
+            _stream.get_executor(),
+            [self = this->shared_from_this(), then = std::move(then)]
+            {
+                self->closeNow();
+                if (then)
+                    then();
+            });
     }
 
 private:
