@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Password guessing against a real qel-cimserver on a 1,000-port array, from loopback.
 
-16 threads guess the password of one user (admin), each on its own kept-alive connection,
-as fast as the server answers. Meanwhile a legitimate client, in a process of its own, on
+16 threads guess the password of one user (admin) as fast as the server answers, each on
+its own kept-alive connection (--attack keepalive) or on a new connection for every guess
+(--attack newconnection). Meanwhile a legitimate client, in a process of its own, on
 the same address and as the same user, reads one FC port with GetInstance: once on a
 kept-alive connection, once with a new connection per request (as wbemcli does). The same
 legitimate reads are made first with the server idle.
@@ -12,6 +13,7 @@ Prints: the guesses the server verified (answered 401 without Retry-After) and h
 legitimate medians idle and during the flood.
 
     bench/security/probe_guessing.py BUILD_DIR [--seconds 60] [--threads 16]
+                                     [--attack keepalive|newconnection]
 
 The flood lasts --seconds, or longer if the legitimate reads take longer.
 """
@@ -60,7 +62,7 @@ def measure_legitimately(server, requests, pause):
                             stdout=subprocess.PIPE, text=True)
 
 
-def flood(server, threads, stop):
+def flood(server, threads, stop, fresh):
     """Starts the guessing threads; they run until `stop` is set."""
     counts = {"verified": 0, "held": 0, "other": 0}
     verified_at = []
@@ -78,6 +80,9 @@ def flood(server, threads, stop):
             except (OSError, http.client.HTTPException):
                 conn = None
                 continue
+            if fresh:
+                conn.close()
+                conn = None
             with lock:
                 if status == 401 and "retry-after" in headers:
                     counts["held"] += 1
@@ -100,6 +105,7 @@ def main():
     p.add_argument("--seconds", type=float, default=60)
     p.add_argument("--threads", type=int, default=16)
     p.add_argument("--requests", type=int, default=100)
+    p.add_argument("--attack", choices=("keepalive", "newconnection"), default="keepalive")
     p.add_argument("--legitimate")
     a = p.parse_args()
     if a.legitimate:
@@ -111,7 +117,8 @@ def main():
         idle = json.loads(measure_legitimately(server, a.requests, pause).communicate()[0])
         cpu0 = server.cpu_seconds()
         stop = threading.Event()
-        workers, counts, verified_at, start = flood(server, a.threads, stop)
+        workers, counts, verified_at, start = flood(
+            server, a.threads, stop, a.attack == "newconnection")
         time.sleep(2)  # the flood is under way
         during = json.loads(measure_legitimately(server, a.requests, pause).communicate()[0])
         time.sleep(max(0.0, start + a.seconds - time.monotonic()))
@@ -124,7 +131,8 @@ def main():
         # from the 5th to the end of the flood.
         later = verified_at[5:]
         rate = len(later) / (start + elapsed - verified_at[4]) if len(verified_at) > 5 else 0.0
-        print(f"flood: {a.threads} threads, {elapsed:.1f} s, server CPU {cpu:.1f} s")
+        print(f"flood: {a.threads} threads, {a.attack}, {elapsed:.1f} s, "
+              f"server CPU {cpu:.1f} s")
         print(f"  guesses verified: {counts['verified']}, held back (Retry-After): "
               f"{counts['held']}, other answers: {counts['other']}")
         print(f"  verified guesses per second after the first 5: {rate:.2f}")

@@ -145,6 +145,8 @@ HttpResponse CimHttpService::throttled(unsigned retryAfterSeconds) const
     HttpResponse r = unauthorized(
         "too many failed logins: retry in " + std::to_string(retryAfterSeconds) + " s");
     r.headers.emplace_back("Retry-After", std::to_string(retryAfterSeconds));
+    // A guesser that keeps its connection gets no earlier try on it than it was told.
+    r.holdOff = std::chrono::seconds(retryAfterSeconds);
     return r;
 }
 

@@ -3,6 +3,7 @@
 #ifndef QEL_SERVER_HTTP_HTTPMESSAGE_H
 #define QEL_SERVER_HTTP_HTTPMESSAGE_H
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -59,6 +60,9 @@ struct HttpResponse
     HeaderList headers;
     std::string body;
     bool close = false;  // close the connection after this response
+    // Read nothing more on this connection for this long after the response (a client
+    // told to retry later): no thread waits, the connection just is not listened to.
+    std::chrono::seconds holdOff{0};
 
     // A response with a plain-text body.
     static HttpResponse text(int status, const std::string& body);

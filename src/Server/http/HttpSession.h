@@ -245,7 +245,9 @@ private:
             std::move(request), _info,
             [self](HttpResponse response)
             {
-                net::post(
+                // At once when answered on this connection's own thread (a refusal made
+                // before any work was queued); from a worker, queued to it.
+                net::dispatch(
                     self->_stream.get_executor(),
                     [self, r = std::move(response)]() mutable { self->write(std::move(r)); });
             });
@@ -277,12 +279,32 @@ private:
         lowest().expires_after(options().readTimeout);
         bhttp::async_write(
             _stream, *res,
-            [self = this->shared_from_this(), res, close](beast::error_code ec, size_t)
+            [self = this->shared_from_this(), res, close,
+             holdOff = response.holdOff](beast::error_code ec, size_t)
             {
                 if (ec)
                     return self->closeNow();
                 if (close)
                     return self->finish();
+                if (holdOff.count() > 0)
+                    return self->holdOff(holdOff);
+                self->awaitNextRequest();
+            });
+    }
+
+    // Listens again only after `pause`; meanwhile the connection counts as idle, so that it
+    // gives way when connections run short.
+    void holdOff(std::chrono::seconds pause)
+    {
+        lowest().expires_never();
+        _host->setIdle(_id, true);
+        _pause.expires_after(pause);
+        _pause.async_wait(
+            [self = this->shared_from_this()](beast::error_code ec)
+            {
+                self->_host->setIdle(self->_id, false);
+                if (ec)
+                    return self->closeNow();
                 self->awaitNextRequest();
             });
     }
@@ -304,6 +326,7 @@ private:
 
     void closeNow()
     {
+        _pause.cancel();
         beast::error_code ec;
         lowest().socket().shutdown(net::socket_base::shutdown_both, ec);
         lowest().close();
@@ -316,6 +339,7 @@ private:
     std::shared_ptr<ConnectionInfo> _info;
     beast::flat_buffer _buffer;
     std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
+    net::steady_timer _pause{_stream.get_executor()};
     bool _keepAlive = true;
     unsigned _version = 11;
 };
