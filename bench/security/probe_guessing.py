@@ -9,8 +9,8 @@ kept-alive connection, once with a new connection per request (as wbemcli does).
 legitimate reads are made first with the server idle.
 
 Prints: the guesses the server verified (answered 401 without Retry-After) and held back
-(401 with Retry-After), the verified guesses per second after the first 5, and the
-legitimate medians idle and during the flood.
+(401 with Retry-After), the guessing connections that failed, the verified guesses per
+second after the first 5, and the legitimate medians idle and during the flood.
 
     bench/security/probe_guessing.py BUILD_DIR [--seconds 60] [--threads 16]
                                      [--attack keepalive|newconnection]
@@ -54,21 +54,21 @@ def legitimate(port, authorization, name, requests, pause):
     return result
 
 
-def measure_legitimately(server, requests, pause):
+def measure_legitimately(server, name, requests, pause):
     """Runs legitimate() in another process, so that the flood's threads do not slow it."""
     args = json.dumps([server.port, basic("admin", server.passwords["admin"]),
-                       server.port_name(), requests, pause])
+                       name, requests, pause])
     return subprocess.Popen([sys.executable, __file__, "--legitimate", args],
                             stdout=subprocess.PIPE, text=True)
 
 
-def flood(server, threads, stop, fresh):
+def flood(server, name, threads, stop, fresh):
     """Starts the guessing threads; they run until `stop` is set."""
-    counts = {"verified": 0, "held": 0, "other": 0}
+    counts = {"verified": 0, "held": 0, "other": 0, "dropped": 0}
     verified_at = []
     lock = threading.Lock()
     wrong = basic("admin", "not-the-password")
-    body = GET_INSTANCE.format(name=server.port_name())
+    body = GET_INSTANCE.format(name=name)
 
     def guess():
         conn = None
@@ -79,6 +79,8 @@ def flood(server, threads, stop, fresh):
                 status, headers, _ = post(conn, "GetInstance", body, wrong)
             except (OSError, http.client.HTTPException):
                 conn = None
+                with lock:
+                    counts["dropped"] += 1
                 continue
             if fresh:
                 conn.close()
@@ -92,7 +94,7 @@ def flood(server, threads, stop, fresh):
                 else:
                     counts["other"] += 1
 
-    workers = [threading.Thread(target=guess) for _ in range(threads)]
+    workers = [threading.Thread(target=guess, daemon=True) for _ in range(threads)]
     start = time.monotonic()
     for w in workers:
         w.start()
@@ -114,13 +116,16 @@ def main():
     server = Server(a.build)
     try:
         pause = 0.05
-        idle = json.loads(measure_legitimately(server, a.requests, pause).communicate()[0])
+        name = server.port_name()
+        idle = json.loads(
+            measure_legitimately(server, name, a.requests, pause).communicate()[0])
         cpu0 = server.cpu_seconds()
         stop = threading.Event()
         workers, counts, verified_at, start = flood(
-            server, a.threads, stop, a.attack == "newconnection")
+            server, name, a.threads, stop, a.attack == "newconnection")
         time.sleep(2)  # the flood is under way
-        during = json.loads(measure_legitimately(server, a.requests, pause).communicate()[0])
+        during = json.loads(
+            measure_legitimately(server, name, a.requests, pause).communicate()[0])
         time.sleep(max(0.0, start + a.seconds - time.monotonic()))
         stop.set()
         for w in workers:
@@ -134,7 +139,8 @@ def main():
         print(f"flood: {a.threads} threads, {a.attack}, {elapsed:.1f} s, "
               f"server CPU {cpu:.1f} s")
         print(f"  guesses verified: {counts['verified']}, held back (Retry-After): "
-              f"{counts['held']}, other answers: {counts['other']}")
+              f"{counts['held']}, other answers: {counts['other']}, connections dropped: "
+              f"{counts['dropped']}")
         print(f"  verified guesses per second after the first 5: {rate:.2f}")
         for mode in ("keepalive", "newconnection"):
             i, d = idle[mode], during[mode]

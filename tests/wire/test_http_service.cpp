@@ -273,11 +273,13 @@ TEST(LoginThrottling, GuessesWaitTheirTurnRememberedUsersDoNotAndNoWorkerIsTaken
         const HttpResponse r = attempt("alice", "guess");
         EXPECT_EQ(r.status, 401) << i;
         EXPECT_EQ(headerOf(r, "Retry-After"), "") << i;
+        EXPECT_EQ(r.holdOff.count(), 0) << i;
     }
     const HttpResponse held = attempt("alice", "guess");
     EXPECT_EQ(held.status, 401);
     EXPECT_EQ(headerOf(held, "Retry-After"), "1");
     EXPECT_EQ(headerOf(held, "WWW-Authenticate"), "Basic realm=\"qel-cimserver\"");
+    EXPECT_EQ(held.holdOff, std::chrono::seconds(1)) << "its connection is not read till then";
     EXPECT_EQ(attempt("alice", "wonderland").status, 200) << "a remembered pair is no guess";
     EXPECT_EQ(headerOf(attempt("bob", "builder"), "Retry-After"), "1") << "same address";
     EXPECT_EQ(attempt("bob", "builder", "10.0.0.9").status, 200) << "another address";

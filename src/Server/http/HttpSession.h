@@ -151,23 +151,49 @@ private:
         readHeader();  // within the deadline that began at the accept
     }
 
-    // A kept-alive connection: wait (idle) for the first byte of the next request.
-    void awaitNextRequest()
+    // A kept-alive connection: wait (idle) for the first byte of the next request. With a
+    // `holdOff` (a client told to retry later) the request is not begun before it is over,
+    // but the connection is read meanwhile, so that a client that leaves is let go at once.
+    void awaitNextRequest(std::chrono::seconds holdOff = std::chrono::seconds(0))
     {
-        if (_buffer.size() != 0)
-            return startRequest();  // pipelined: it is already here
+        _held = holdOff.count() > 0;
+        _arrived = _buffer.size() != 0;  // pipelined: it is already here
+        if (!_held && _arrived)
+            return startRequest();
         _host->setIdle(_id, true);
-        lowest().expires_after(options().readTimeout);
+        if (_held)
+        {
+            _pause.expires_after(holdOff);
+            _pause.async_wait(
+                [self = this->shared_from_this()](beast::error_code ec)
+                {
+                    if (ec)
+                        return;  // closed meanwhile
+                    self->_held = false;
+                    if (self->_arrived)
+                        self->beginArrived();
+                });
+        }
+        if (_arrived)
+            return;
+        lowest().expires_after(options().readTimeout + holdOff);
         _stream.async_read_some(
             _buffer.prepare(kFirstRead),
             [self = this->shared_from_this()](beast::error_code ec, size_t n)
             {
                 self->_buffer.commit(n);
-                self->_host->setIdle(self->_id, false);
                 if (ec)
                     return self->closeNow();
-                self->startRequest();
+                self->_arrived = true;
+                if (!self->_held)
+                    self->beginArrived();
             });
+    }
+
+    void beginArrived()
+    {
+        _host->setIdle(_id, false);
+        startRequest();
     }
 
     void startRequest()
@@ -286,26 +312,7 @@ private:
                     return self->closeNow();
                 if (close)
                     return self->finish();
-                if (holdOff.count() > 0)
-                    return self->holdOff(holdOff);
-                self->awaitNextRequest();
-            });
-    }
-
-    // Listens again only after `pause`; meanwhile the connection counts as idle, so that it
-    // gives way when connections run short.
-    void holdOff(std::chrono::seconds pause)
-    {
-        lowest().expires_never();
-        _host->setIdle(_id, true);
-        _pause.expires_after(pause);
-        _pause.async_wait(
-            [self = this->shared_from_this()](beast::error_code ec)
-            {
-                self->_host->setIdle(self->_id, false);
-                if (ec)
-                    return self->closeNow();
-                self->awaitNextRequest();
+                self->awaitNextRequest(holdOff);
             });
     }
 
@@ -340,6 +347,8 @@ private:
     beast::flat_buffer _buffer;
     std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
     net::steady_timer _pause{_stream.get_executor()};
+    bool _held = false;     // told to retry later: the next request waits for _pause
+    bool _arrived = false;  // the next request has begun arriving
     bool _keepAlive = true;
     unsigned _version = 11;
 };
