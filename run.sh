@@ -8,8 +8,9 @@ cd "$(dirname "$0")"
 
 generator=()
 command -v ninja >/dev/null && generator=(-G Ninja)
+# The same configuration as the package's (test.sh, README): installed under /usr.
 cmake -S . -B build/release "${generator[@]}" -DCMAKE_BUILD_TYPE=Release \
-      -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF >/dev/null
+      -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
 cmake --build build/release -j "${JOBS:-$(nproc)}" --target qel-cimserver qel-passwd qelsim \
       QEL_FCPortProvider QEL_InternalCacheProvider
 

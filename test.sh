@@ -3,7 +3,8 @@
 #   0. the code format check,
 #   1. the whole suite under AddressSanitizer + UndefinedBehaviorSanitizer,
 #   2. the concurrency suites under ThreadSanitizer,
-#   3. a smoke run of every benchmark program and a short run of every fuzz target.
+#   3. the release build, its Debian package and the package's checks,
+#   4. a smoke run of every benchmark program and a short run of every fuzz target.
 set -euo pipefail
 cd "$(dirname "$0")"
 ./scripts/setup.sh
@@ -40,6 +41,12 @@ cmake -S . -B build/tsan "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=D
 cmake --build build/tsan -j "$jobs"
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
   ctest --test-dir build/tsan --output-on-failure -j "$jobs" -L concurrency
+
+echo "== Release build and Debian package (built once; checked by tests/service/package_test.sh) =="
+cmake -S . -B build/release "${generator[@]}" "${launcher[@]}" -DCMAKE_BUILD_TYPE=Release \
+      -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF -DCMAKE_INSTALL_PREFIX=/usr
+cmake --build build/release -j "$jobs"
+tests/service/package_test.sh build/release
 
 echo "== Benchmark smoke run (every program runs; the 10,000-port sizes are left to docs/performance.md) =="
 while IFS= read -r b; do

@@ -8,6 +8,7 @@ packages=(
   nlohmann-json3-dev libpugixml-dev libexpat1-dev libboost-dev libcrypt-dev libssl-dev
   clang libclang-rt-14-dev clang-format
   sblim-wbemcli
+  libsystemd-dev dpkg-dev
 )
 
 missing=()

@@ -111,15 +111,20 @@ void BM_GetInstanceNewConnection(benchmark::State& state)
     {
         auto t = qel::client::CimXmlTransport::overTcp(
             "127.0.0.1", port, server->user, server->password, 20000);
-        target = t->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort"))[0];
+        target = t->execute(CIMOperationRequest::enumerateInstanceNames(
+                                "root/qel", CIMName("QEL_FCPort")))
+                     .checked()
+                     .paths[0];
     }
     for (auto _ : state)
     {
         auto t = qel::client::CimXmlTransport::overTcp(
             "127.0.0.1", port, server->user, server->password, 20000);
         benchmark::DoNotOptimize(
-            t->getInstance("root/qel", target, false, false, false, CIMPropertyList())
-                .getPropertyCount());
+            t->execute(CIMOperationRequest::getInstance(
+                           "root/qel", target, false, false, false, CIMPropertyList()))
+                .checked()
+                .instance.getPropertyCount());
     }
 }
 BENCHMARK(BM_GetInstanceNewConnection)

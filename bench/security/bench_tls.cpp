@@ -62,10 +62,11 @@ void BM_EnumerateInstances(benchmark::State& state)
     auto t = connect(state.range(0) != 0);
     const double cpu0 = processCpuMs();
     for (auto _ : state)
-        benchmark::DoNotOptimize(
-            t->enumerateInstances(
-                 "root/qel", CIMName("QEL_FCPort"), true, false, false, false, CIMPropertyList())
-                .size());
+        benchmark::DoNotOptimize(t->execute(CIMOperationRequest::enumerateInstances(
+                                                "root/qel", CIMName("QEL_FCPort"), true, false,
+                                                false, false, CIMPropertyList()))
+                                     .checked()
+                                     .instances.size());
     state.counters["cpu_ms"] = (processCpuMs() - cpu0) / static_cast<double>(state.iterations());
     state.SetItemsProcessed(state.iterations());
 }
@@ -84,13 +85,18 @@ BENCHMARK(BM_TlsHandshake)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void BM_GetInstanceNewConnection(benchmark::State& state)
 {
-    static const CIMObjectPath target =
-        connect(false)->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort"))[0];
+    static const CIMObjectPath target = connect(false)
+                                            ->execute(CIMOperationRequest::enumerateInstanceNames(
+                                                "root/qel", CIMName("QEL_FCPort")))
+                                            .checked()
+                                            .paths[0];
     for (auto _ : state)
         benchmark::DoNotOptimize(
             connect(state.range(0) != 0)
-                ->getInstance("root/qel", target, false, false, false, CIMPropertyList())
-                .getPropertyCount());
+                ->execute(CIMOperationRequest::getInstance(
+                    "root/qel", target, false, false, false, CIMPropertyList()))
+                .checked()
+                .instance.getPropertyCount());
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_GetInstanceNewConnection)

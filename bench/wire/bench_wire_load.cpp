@@ -14,6 +14,7 @@
 #include <Server/xml/ResponseCodec.h>
 
 #include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Common/CIMResponseCollector.h>
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 #include <qelsim_control.h>
@@ -244,15 +245,10 @@ BENCHMARK(BM_GetInstance)
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 
-// What the server does for one answer once the request is decoded: the dispatcher asks the
-// provider (as DispatcherExecutor does, with the same defaults as CIMClient's call) and the
-// codec encodes the result.
-template <class Fill>
-void inProcess(
-    benchmark::State& state,
-    qel::cimxml::Operation operation,
-    const char* method,
-    Fill fill)
+// What the server does for one answer once the request is decoded: the dispatcher runs it
+// (as DispatcherExecutor does, request built as CIMClient builds it) and the codec encodes
+// the result.
+void inProcess(benchmark::State& state, const CIMOperationRequest& request)
 {
     Server& s = serverFor(static_cast<unsigned>(state.range(0)));
     Dispatcher& dispatcher = s.wire->core().dispatcher();
@@ -261,13 +257,14 @@ void inProcess(
     size_t bytes = 0;
     for (auto _ : state)
     {
-        qel::cimxml::CimResponse r;
+        CIMOperationResponse r;
         r.messageId = "1";
-        r.operation = operation;
-        r.methodName = method;
-        fill(dispatcher, context, r);
+        r.operation = request.operation;
+        r.methodName = request.methodName;
+        CIMResponseCollector collector(request.operation, r);
+        dispatcher.execute(context, request, collector);
         const std::string body =
-            qel::cimxml::encodeResponse(r, dispatcher.hostName(), CIMNamespaceName("root/qel"));
+            qel::cimxml::encodeResponse(r, dispatcher.hostName(), request.nameSpace);
         bytes = body.size();
     }
     state.counters["bytes"] = static_cast<double>(bytes);
@@ -277,11 +274,9 @@ void inProcess(
 void BM_InProcessEnumerateInstances(benchmark::State& state)
 {
     inProcess(
-        state, qel::cimxml::Operation::EnumerateInstances, "EnumerateInstances",
-        [](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r) {
-            r.instances =
-                d.enumerateInstances(c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"));
-        });
+        state, CIMOperationRequest::enumerateInstances(
+                   CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"), true, true, false, false,
+                   CIMPropertyList()));
 }
 BENCHMARK(BM_InProcessEnumerateInstances)
     ->Arg(100)
@@ -298,14 +293,13 @@ void BM_InProcessGetInstance(benchmark::State& state)
         Server& s = serverFor(static_cast<unsigned>(state.range(0)));
         const OperationContext c =
             Dispatcher::requestContext(String(s.user.c_str()), String("127.0.0.1"));
-        target = s.wire->core().dispatcher().enumerateInstanceNames(
+        target = s.wire->core().handle().enumerateInstanceNames(
             c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"))[0];
         targetPorts = static_cast<unsigned>(state.range(0));
     }
     inProcess(
-        state, qel::cimxml::Operation::GetInstance, "GetInstance",
-        [](Dispatcher& d, const OperationContext& c, qel::cimxml::CimResponse& r)
-        { r.instance = d.getInstance(c, CIMNamespaceName("root/qel"), target); });
+        state, CIMOperationRequest::getInstance(
+                   CIMNamespaceName("root/qel"), target, true, false, false, CIMPropertyList()));
 }
 BENCHMARK(BM_InProcessGetInstance)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 

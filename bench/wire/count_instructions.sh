@@ -51,7 +51,7 @@ done
 server='qel::cimxml::decodeRequest*'
 operation='qel::server::DispatcherExecutor::execute*'
 encode='qel::cimxml::encodeResponse*'
-client='qel::client::CimXmlTransport::roundTrip*'
+client='qel::client::CimXmlTransport::execute*'
 # GetInstance's set-up (one EnumerateInstanceNames) is counted too: the longer run keeps
 # its share small.
 for case in "EnumerateInstances 100 0.05" "EnumerateInstances 1000 0.05" "GetInstance 100 0.5"; do
@@ -59,5 +59,5 @@ for case in "EnumerateInstances 100 0.05" "EnumerateInstances 1000 0.05" "GetIns
   run "server.$1.$2" "BM_$1/$2/real_time/threads:1" bench_wire_load "$3" "$server" "$operation" "$encode"
   count "server $1, $2 ports" "$out/server.$1.$2" 'qel::server::DispatcherExecutor::execute'
   run "client.$1.$2" "BM_$1/$2/real_time/threads:1" bench_wire_load "$3" "$client"
-  count "client $1, $2 ports" "$out/client.$1.$2" 'qel::client::CimXmlTransport::roundTrip'
+  count "client $1, $2 ports" "$out/client.$1.$2" 'qel::client::CimXmlTransport::execute'
 done

@@ -36,16 +36,17 @@ std::vector<std::string> positionsOf(int count, const uint16_t* ids)
 // copy of the array, so an unknown LPID or a refused value changes nothing),
 // and writes the audit line. valueOk false refuses the call before any port is looked at.
 int changePorts(
-    const char* name,
-    std::vector<std::string> args,
+    Call call,
+    const CallArgs& args,
     api_evtparam_t* evt,
     int count,
     const uint16_t* ids,
     bool valueOk,
     const PortEdit& edit)
 {
+    AuditEntry entry{evt, callInfo(call).name, positionsOf(count, ids)};
     int rc = runCall(
-        name, std::move(args), evt,
+        call, args, evt,
         [&]() -> int
         {
             if (!evt || !ids || count < 1 || count > kMaxPortsPerCall || !valueOk)
@@ -62,21 +63,18 @@ int changePorts(
                             return r;
                     }
                     return API_OK;
-                });
+                },
+                &entry);
         });
     if (evt)
-        Simulator::instance().audit(AuditEntry{evt, name, positionsOf(count, ids), rc});
+        Simulator::instance().audit(entry, rc);
     return rc;
 }
 
-std::vector<std::string> portArgs(api_evtparam_t* evt, int count, const uint16_t* ids)
+CallArgs portArgs(api_evtparam_t* evt, int count, const uint16_t* ids)
 {
-    return {argPtr(evt), argInt(count), argIds(count, ids)};
-}
-
-std::vector<std::string> withValue(std::vector<std::string> args, long long v)
-{
-    args.push_back(argInt(v));
+    CallArgs args;
+    args.ptr(evt).num(count).ids(count, ids);
     return args;
 }
 
@@ -106,15 +104,10 @@ uint32_t maxGbps(int32_t maxRate)
     }
 }
 
-int setState(
-    api_evtparam_t* evt,
-    const char* name,
-    int count,
-    uint16_t* ids,
-    api_port_status_t state)
+int setState(api_evtparam_t* evt, Call call, int count, uint16_t* ids, api_port_status_t state)
 {
     return changePorts(
-        name, portArgs(evt, count, ids), evt, count, ids, true,
+        call, portArgs(evt, count, ids), evt, count, ids, true,
         [state](const SystemIdentity&, FcPort& p)
         {
             p.status = state;
@@ -126,10 +119,9 @@ int setState(
 
 int api_setFCPortMode(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t mode, bool force)
 {
-    auto args = withValue(portArgs(evt, count, ids), mode);
-    args.push_back(force ? "true" : "false");
     return changePorts(
-        "api_setFCPortMode", std::move(args), evt, count, ids, mode >= 1 && mode <= 3,
+        Call::setFCPortMode, portArgs(evt, count, ids).num(mode).text(force ? "true" : "false"),
+        evt, count, ids, mode >= 1 && mode <= 3,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
             if (!p.modeChangeAllowed && !force)
@@ -142,7 +134,7 @@ int api_setFCPortMode(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t mo
 int api_setFCPortConnType(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t connType)
 {
     return changePorts(
-        "api_setFCPortConnType", withValue(portArgs(evt, count, ids), connType), evt, count, ids,
+        Call::setFCPortConnType, portArgs(evt, count, ids).num(connType), evt, count, ids,
         connType >= 1 && connType <= 4,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
@@ -154,7 +146,7 @@ int api_setFCPortConnType(api_evtparam_t* evt, int count, uint16_t* ids, uint16_
 int api_setFCPortClass2(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t class2)
 {
     return changePorts(
-        "api_setFCPortClass2", withValue(portArgs(evt, count, ids), class2), evt, count, ids,
+        Call::setFCPortClass2, portArgs(evt, count, ids).num(class2), evt, count, ids,
         class2 >= 1 && class2 <= 3,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
@@ -166,7 +158,7 @@ int api_setFCPortClass2(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t 
 int api_setFCPortVCN(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t vcn)
 {
     return changePorts(
-        "api_setFCPortVCN", withValue(portArgs(evt, count, ids), vcn), evt, count, ids,
+        Call::setFCPortVCN, portArgs(evt, count, ids).num(vcn), evt, count, ids,
         vcn >= 1 && vcn <= 2,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
@@ -178,7 +170,7 @@ int api_setFCPortVCN(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t vcn
 int api_setFCPortIntCoal(api_evtparam_t* evt, int count, uint16_t* ids, uint16_t intCoal)
 {
     return changePorts(
-        "api_setFCPortIntCoal", withValue(portArgs(evt, count, ids), intCoal), evt, count, ids,
+        Call::setFCPortIntCoal, portArgs(evt, count, ids).num(intCoal), evt, count, ids,
         intCoal >= 1 && intCoal <= 2,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
@@ -192,7 +184,7 @@ int api_setFCPortSpeed(api_evtparam_t* evt, int count, uint16_t* ids, uint32_t g
     static const uint32_t kSpeeds[] = {0, 1, 2, 4, 8, 10, 16};
     const bool known = std::find(std::begin(kSpeeds), std::end(kSpeeds), gbps) != std::end(kSpeeds);
     return changePorts(
-        "api_setFCPortSpeed", withValue(portArgs(evt, count, ids), gbps), evt, count, ids, known,
+        Call::setFCPortSpeed, portArgs(evt, count, ids).num(gbps), evt, count, ids, known,
         [&](const SystemIdentity&, FcPort& p) -> int
         {
             if (gbps == 0)
@@ -209,35 +201,34 @@ int api_setFCPortSpeed(api_evtparam_t* evt, int count, uint16_t* ids, uint32_t g
 
 int api_setPortOffline(api_evtparam_t* evt, int count, uint16_t* ids)
 {
-    return setState(evt, "api_setPortOffline", count, ids, PORT_OFFLINE);
+    return setState(evt, Call::setPortOffline, count, ids, PORT_OFFLINE);
 }
 
 int api_resetPort(api_evtparam_t* evt, int count, uint16_t* ids)
 {
-    return setState(evt, "api_resetPort", count, ids, PORT_OK);
+    return setState(evt, Call::resetPort, count, ids, PORT_OK);
 }
 
 int api_reloadPortFW(api_evtparam_t* evt, int count, uint16_t* ids)
 {
-    return setState(evt, "api_reloadPortFW", count, ids, PORT_OK);
+    return setState(evt, Call::reloadPortFW, count, ids, PORT_OK);
 }
 
 int api_syncFCPortDB(api_evtparam_t* evt, int count, uint16_t* ids)
 {
     // The name-server database is not simulated; the ports must exist and the request is audited.
     return changePorts(
-        "api_syncFCPortDB", portArgs(evt, count, ids), evt, count, ids, true,
+        Call::syncFCPortDB, portArgs(evt, count, ids), evt, count, ids, true,
         [](const SystemIdentity&, FcPort&) { return static_cast<int>(API_OK); });
 }
 
 int api_initFCPortLoop(api_evtparam_t* evt, int count, uint16_t* ids, const char* cage)
 {
-    auto args = portArgs(evt, count, ids);
-    args.push_back(argStr(cage));
     const std::string cageName = cage ? cage : "";
     // A null cage means every cage; an empty name is a caller's mistake.
     return changePorts(
-        "api_initFCPortLoop", std::move(args), evt, count, ids, !cage || !cageName.empty(),
+        Call::initFCPortLoop, portArgs(evt, count, ids).str(cage), evt, count, ids,
+        !cage || !cageName.empty(),
         [&](const SystemIdentity& sys, FcPort& p) -> int
         {
             if (cage && std::find(sys.cages.begin(), sys.cages.end(), cageName) == sys.cages.end())
@@ -249,9 +240,9 @@ int api_initFCPortLoop(api_evtparam_t* evt, int count, uint16_t* ids, const char
 
 int api_resetPortLESB(api_evtparam_t* evt, uint64_t wwn)
 {
-    std::vector<std::string> ports;
+    AuditEntry entry{evt, "api_resetPortLESB"};
     int rc = runCall(
-        "api_resetPortLESB", {argPtr(evt), argHex(wwn)}, evt,
+        Call::resetPortLESB, CallArgs().ptr(evt).hex(wwn), evt,
         [&]() -> int
         {
             if (!evt || wwn == API_ALL_PORTS)
@@ -263,16 +254,17 @@ int api_resetPortLESB(api_evtparam_t* evt, uint64_t wwn)
                     if (it == m.fcByWwn.end())
                         return API_ERR_NOENT;
                     FcPort& p = m.fcPorts[it->second];
-                    ports = {positionText(p.pos)};
+                    entry.ports = {positionText(p.pos)};
                     const uint64_t now = static_cast<uint64_t>(std::time(nullptr));
                     for (Lesb& l : p.lesb)
                     {
                         l = Lesb{now, l.portId, 0, 0, 0, 0, 0, 0};
                     }
                     return API_OK;
-                });
+                },
+                &entry);
         });
     if (evt)
-        Simulator::instance().audit(AuditEntry{evt, "api_resetPortLESB", ports, rc});
+        Simulator::instance().audit(entry, rc);
     return rc;
 }

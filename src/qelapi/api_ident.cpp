@@ -16,7 +16,7 @@ using namespace qelsim;
 uint16_t api_findFCPortLPID(const char* deviceID)
 {
     int rc = runCall(
-        "api_findFCPortLPID", {argStr(deviceID)}, nullptr,
+        Call::findFCPortLPID, CallArgs().str(deviceID), nullptr,
         [&]() -> int
         {
             if (!deviceID)
@@ -39,7 +39,7 @@ uint16_t api_findFCPortLPID(const char* deviceID)
 int api_getFCPortLPID(uint64_t wwn, uint16_t* lpid)
 {
     return runCall(
-        "api_getFCPortLPID", {argHex(wwn), argPtr(lpid)}, nullptr,
+        Call::getFCPortLPID, CallArgs().hex(wwn).ptr(lpid), nullptr,
         [&]() -> int
         {
             if (!lpid)
@@ -57,7 +57,7 @@ int api_getFCPortLPID(uint64_t wwn, uint16_t* lpid)
 int api_getiSCSIPortLPID(char* iscsiName, uint16_t* lpid)
 {
     return runCall(
-        "api_getiSCSIPortLPID", {argStr(iscsiName), argPtr(lpid)}, nullptr,
+        Call::getiSCSIPortLPID, CallArgs().str(iscsiName).ptr(lpid), nullptr,
         [&]() -> int
         {
             if (!iscsiName || !lpid)
@@ -82,7 +82,7 @@ int api_getiSCSIPortLPID(char* iscsiName, uint16_t* lpid)
 int api_convertStrLPIDtoPortID(const char* text, uint16_t* lpid)
 {
     return runCall(
-        "api_convertStrLPIDtoPortID", {argStr(text), argPtr(lpid)}, nullptr,
+        Call::convertStrLPIDtoPortID, CallArgs().str(text).ptr(lpid), nullptr,
         [&]() -> int
         {
             if (!text || !lpid)
@@ -106,7 +106,7 @@ const char* loop_text(uint16_t lpid)
 int api_getSystemDualIP(api_ipaddr_t* ip)
 {
     return runCall(
-        "api_getSystemDualIP", {argPtr(ip)}, nullptr,
+        Call::getSystemDualIP, CallArgs().ptr(ip), nullptr,
         [&]() -> int
         {
             if (!ip)
@@ -146,7 +146,7 @@ int validateConvertIP(const char* text, char out[46])
 int api_getSystemIdentity(api_sysident_t* ident)
 {
     return runCall(
-        "api_getSystemIdentity", {argPtr(ident)}, nullptr,
+        Call::getSystemIdentity, CallArgs().ptr(ident), nullptr,
         [&]() -> int
         {
             if (!ident)

@@ -66,7 +66,7 @@ int api_getFCPorts(uint64_t filter, int detail, int sfpFlag, api_FCPortList_t* l
     if (list)
         *list = api_FCPortList_t{0, nullptr};
     return runCall(
-        "api_getFCPorts", {argHex(filter), argInt(detail), argInt(sfpFlag), argPtr(list)}, nullptr,
+        Call::getFCPorts, CallArgs().hex(filter).num(detail).num(sfpFlag).ptr(list), nullptr,
         [&]
         {
             if (!list || detail < 0 || detail > 3 || (sfpFlag != 0 && sfpFlag != 1))
@@ -80,7 +80,7 @@ int api_getFCALPorts(uint64_t filter, api_FCPortList_t* list)
     if (list)
         *list = api_FCPortList_t{0, nullptr};
     return runCall(
-        "api_getFCALPorts", {argHex(filter), argPtr(list)}, nullptr,
+        Call::getFCALPorts, CallArgs().hex(filter).ptr(list), nullptr,
         [&]
         {
             if (!list)
@@ -92,7 +92,7 @@ int api_getFCALPorts(uint64_t filter, api_FCPortList_t* list)
 int api_freeFCPorts(api_FCPortList_t* list)
 {
     return runCall(
-        "api_freeFCPorts", {argPtr(list)}, nullptr,
+        Call::freeFCPorts, CallArgs().ptr(list), nullptr,
         [&]
         {
             if (!list)
@@ -122,7 +122,7 @@ int api_getISCSIPorts(api_iSCSIPortList_t* list)
     if (list)
         *list = api_iSCSIPortList_t{0, nullptr};
     return runCall(
-        "api_getISCSIPorts", {argPtr(list)}, nullptr,
+        Call::getISCSIPorts, CallArgs().ptr(list), nullptr,
         [&]
         {
             if (!list)
@@ -148,7 +148,7 @@ int api_getPortLESB(uint64_t wwn, api_portLESBList_t* list)
     if (list)
         *list = api_portLESBList_t{0, nullptr};
     return runCall(
-        "api_getPortLESB", {argHex(wwn), argPtr(list)}, nullptr,
+        Call::getPortLESB, CallArgs().hex(wwn).ptr(list), nullptr,
         [&]
         {
             if (!list)
@@ -192,7 +192,7 @@ int api_getVVs(uint64_t filter, api_VVList_t* list)
     if (list)
         *list = api_VVList_t{0, nullptr};
     return runCall(
-        "api_getVVs", {argHex(filter), argPtr(list)}, nullptr,
+        Call::getVVs, CallArgs().hex(filter).ptr(list), nullptr,
         [&]
         {
             if (!list)

@@ -41,7 +41,7 @@ std::string vformat(const char* fmt, va_list ap)
 int api_qelOpenForCimserver(const char* user)
 {
     int rc = runCall(
-        "api_qelOpenForCimserver", {argStr(user)}, nullptr,
+        Call::qelOpenForCimserver, CallArgs().str(user), nullptr,
         [&]
         {
             if (!user)
@@ -55,7 +55,7 @@ int api_qelOpenForCimserver(const char* user)
 int api_authorizeCIMUser(const char* user, const char* addr, const char* key)
 {
     return runCall(
-        "api_authorizeCIMUser", {argStr(user), argStr(addr), argStr(key)}, nullptr,
+        Call::authorizeCIMUser, CallArgs().str(user).str(addr).str(key), nullptr,
         [&]
         {
             if (!user || !addr || !key)
@@ -68,7 +68,7 @@ int api_authorizeCIMUser(const char* user, const char* addr, const char* key)
 int cim_sem_wait(void)
 {
     int rc = runCall(
-        "cim_sem_wait", {}, nullptr,
+        Call::semWait, CallArgs(), nullptr,
         []
         {
             ApiSemaphore::instance().wait();
@@ -81,7 +81,7 @@ int cim_sem_wait(void)
 int cim_sem_post(void)
 {
     return runCall(
-        "cim_sem_post", {}, nullptr,
+        Call::semPost, CallArgs(), nullptr,
         []
         {
             if (!ApiSemaphore::instance().post())

@@ -5,6 +5,7 @@
 #include "sim/audit.h"
 #include "sim/call_log.h"
 #include "sim/calls.h"
+#include "sim/json_codec.h"
 #include "sim/logger.h"
 #include "sim/lpid.h"
 #include "sim/simulator.h"
@@ -51,18 +52,19 @@ int outsideChange(
     const char* method,
     const std::function<int(FcPort&)>& edit)
 {
-    std::vector<std::string> ports;
+    const api_evtparam_t ev = toolEvent(actor, method);
+    AuditEntry entry{&ev, method};
     int rc = Simulator::instance().change(
         [&](Model& m) -> int
         {
             FcPort* p = portByRef(m, port);
             if (!p)
                 return API_ERR_NOENT;
-            ports = {positionText(p->pos)};
+            entry.ports = {positionText(p->pos)};
             return edit(*p);
-        });
-    api_evtparam_t ev = toolEvent(actor, method);
-    Simulator::instance().audit(AuditEntry{&ev, method, ports, rc});
+        },
+        &entry);
+    Simulator::instance().audit(entry, rc);
     return rc;
 }
 
@@ -105,6 +107,22 @@ const std::string& demoArrayText()
 {
     static const std::string text = embeddedDemoArray();
     return text;
+}
+
+Result readArrayUsers(const std::string& path, std::vector<UserInfo>* users)
+{
+    std::string text, err;
+    if (path.empty())
+        text = demoArrayText();
+    else if (!readWholeFile(path, &text, &err))
+        return Result{false, err};
+    DecodeResult r = decodeModel(text, path.empty() ? "" : absoluteDirOf(path));
+    if (!r.ok)
+        return Result{false, r.message(path.empty() ? kBuiltInOrigin : path)};
+    users->clear();
+    for (const User& u : r.model.users)
+        users->push_back(UserInfo{u.name, roleName(u.role), u.enabled});
+    return Result{};
 }
 
 Result injectFault(const std::string& call, int code, int64_t times)

@@ -52,6 +52,20 @@ std::string defaultStatePath(const std::string& arrayPath);
 // The text of the built-in demo array.
 const std::string& demoArrayText();
 
+// ------------------------------------------------------------------- users
+
+struct UserInfo
+{
+    std::string name;
+    std::string role;  // "browse", "edit" or "super"
+    bool enabled = true;
+};
+// The users of an array description (path "" : the built-in demo array), in
+// their order, read and checked as loadArrayFile reads them but without
+// touching the process's array. A refused description gives ok false and the
+// error names the file, the place and the problem.
+Result readArrayUsers(const std::string& path, std::vector<UserInfo>* users);
+
 // ------------------------------------------------------------------ faults
 
 // Makes the named call (e.g. "api_getFCPorts", "cim_sem_wait",

@@ -1,5 +1,6 @@
 #include "ServerProcess.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -126,8 +127,11 @@ ServerProcess::ServerProcess(
         setenv("QELSIM_STATE", statePath().c_str(), 1);
         setenv("TMPDIR", _dir.c_str(), 1);  // where --demo keeps its files
         const std::string socket = _dir + "/cim.socket";
-        std::vector<std::string> args{QEL_E2E_SERVER, "--port",          "0",   "--socket",
-                                      socket,         "--password-file", passwd};
+        // Its log goes to the file too (not to the journal or syslog, as it would without a
+        // terminal).
+        std::vector<std::string> args{QEL_E2E_SERVER, "--port",       "0",
+                                      "--socket",     socket,         "--password-file",
+                                      passwd,         "--log-target", "stderr"};
         args.insert(args.end(), extraArgs.begin(), extraArgs.end());
         std::vector<char*> argv;
         for (std::string& a : args)
@@ -136,7 +140,7 @@ ServerProcess::ServerProcess(
         execv(QEL_E2E_SERVER, argv.data());
         _exit(127);
     }
-    // The server prints its ports once it listens, and last of all how to stop it;
+    // The server prints its ports once it listens, then where its users come from;
     // sanitizer builds take a while to load.
     auto portAfter = [](const std::string& text, const std::string& scheme) -> unsigned short
     {
@@ -149,7 +153,11 @@ ServerProcess::ServerProcess(
     for (int i = 0; i < 1200 && _port == 0; ++i)
     {
         const std::string text = readFile(logPath);
-        if (text.find("Press Ctrl-C to stop.") != std::string::npos)
+        // The last line of a start; a demo then prints its users and tour, and how to stop.
+        const bool demo =
+            std::find(extraArgs.begin(), extraArgs.end(), "--demo") != extraArgs.end();
+        if (text.find(demo ? "Press Ctrl-C to stop." : "qel-cimserver: users from ") !=
+            std::string::npos)
         {
             _port = portAfter(text, "http");
             _tlsPort = portAfter(text, "https");
@@ -184,16 +192,22 @@ int ServerProcess::stop()
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ServerProcess::url(const std::string& user, const std::string& password) const
+std::string ServerProcess::url(
+    const std::string& user,
+    const std::string& password,
+    const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
-    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/root/qel";
+    return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/" + nameSpace;
 }
 
-std::string ServerProcess::httpsUrl(const std::string& user, const std::string& password) const
+std::string ServerProcess::httpsUrl(
+    const std::string& user,
+    const std::string& password,
+    const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
-    return "https://" + auth + "localhost:" + std::to_string(_tlsPort) + "/root/qel";
+    return "https://" + auth + "localhost:" + std::to_string(_tlsPort) + "/" + nameSpace;
 }
 
 std::string ServerProcess::log() const

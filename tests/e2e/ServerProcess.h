@@ -41,9 +41,16 @@ public:
     unsigned short port() const { return _port; }
     unsigned short tlsPort() const { return _tlsPort; }  // 0: no HTTPS
     const std::string& password(const std::string& user) const { return _passwords.at(user); }
-    std::string url(const std::string& user, const std::string& password) const;
+    // The server's URL for a user and namespace, up to the namespace.
+    std::string
+    url(const std::string& user,
+        const std::string& password,
+        const std::string& nameSpace = "root/qel") const;
     // The same over HTTPS, naming the server "localhost" as its certificate does.
-    std::string httpsUrl(const std::string& user, const std::string& password) const;
+    std::string httpsUrl(
+        const std::string& user,
+        const std::string& password,
+        const std::string& nameSpace = "root/qel") const;
     std::string log() const;
     const std::string& dir() const { return _dir; }
     // The simulated array's live state and the audit log of its changes, private to this server.

@@ -88,10 +88,13 @@ std::string WbemcliAnswer::error() const
     return "";
 }
 
-std::string Wbemcli::at(const std::string& user, const std::string& object) const
+std::string
+Wbemcli::at(const std::string& user, const std::string& object, const std::string& nameSpace) const
 {
     const std::string password = user.empty() ? "" : _server.password(user);
-    return (_https ? _server.httpsUrl(user, password) : _server.url(user, password)) + ":" + object;
+    return (_https ? _server.httpsUrl(user, password, nameSpace)
+                   : _server.url(user, password, nameSpace)) +
+           ":" + object;
 }
 
 WbemcliAnswer Wbemcli::operator()(std::vector<std::string> args) const
@@ -106,12 +109,13 @@ WbemcliAnswer Wbemcli::as(
     const std::string& user,
     const std::string& op,
     const std::string& object,
-    const std::vector<std::string>& options) const
+    const std::vector<std::string>& options,
+    const std::string& nameSpace) const
 {
     std::vector<std::string> args{op};
     args.insert(args.end(), options.begin(), options.end());
     args.push_back("-nl");
-    args.push_back(at(user, object));
+    args.push_back(at(user, object, nameSpace));
     return (*this)(args);
 }
 

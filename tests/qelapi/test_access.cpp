@@ -174,6 +174,18 @@ TEST_F(Access, LogKeepsLinesAtOrBelowTheThresholdOneLinePerCall)
     EXPECT_EQ(captured[0].text, "-->QEL_Common::getProperty(uint16), propertyName = Mode\n");
 }
 
+TEST_F(Access, TracesAboveTheThresholdAreNeverFormatted)
+{
+    // The demo array keeps levels up to 3. Formatting the level-4 line would read
+    // the string at address 1 and crash; a line at the threshold is formatted.
+    const char* unreadable = reinterpret_cast<const char*>(1);
+    log_message(4, "-->QEL_Common::setProperty(uint16), propertyName = %s\n", unreadable);
+    qelsim::captureLog(true);
+    log_message(3, "\tInvalid property name %s.\n", "a b");
+    ASSERT_EQ(qelsim::capturedLog().size(), 1u);
+    EXPECT_EQ(qelsim::capturedLog()[0].text, "\tInvalid property name a b.\n");
+}
+
 TEST(Panic, StopsTheProcessWithTheMessage)
 {
     EXPECT_DEATH(

@@ -196,6 +196,32 @@ TEST_F(Changes, CallLogKeepsArgumentsAndACopyOfTheEvent)
     EXPECT_LT(log[0].seq, log[1].seq);
 }
 
+TEST_F(Changes, CallLogKeepsTheLast16384CallsInOrder)
+{
+    constexpr int kKept = 16384;
+    uint16_t id = 0;
+    const auto call = [&id](int i)
+    { api_convertStrLPIDtoPortID(("0:" + std::to_string(i % 32) + ":1").c_str(), &id); };
+    for (int i = 0; i < kKept; ++i)
+        call(i);
+    auto log = qelsim::callLog();
+    ASSERT_EQ(log.size(), static_cast<size_t>(kKept));
+    const uint64_t first = log.front().seq;
+    call(kKept);  // one more: the oldest goes
+    log = qelsim::callLog();
+    ASSERT_EQ(log.size(), static_cast<size_t>(kKept));
+    EXPECT_EQ(log.front().seq, first + 1);
+    EXPECT_EQ(log.back().seq, first + kKept);
+    EXPECT_EQ(log.back().text(), "api_convertStrLPIDtoPortID(\"0:0:1\", ptr)");
+    EXPECT_EQ(log[kKept - 2].text(), "api_convertStrLPIDtoPortID(\"0:31:1\", ptr)");
+
+    qelsim::clearCallLog();
+    call(1);
+    ASSERT_EQ(
+        qelsim::callTexts(),
+        std::vector<std::string>{"api_convertStrLPIDtoPortID(\"0:1:1\", ptr)"});
+}
+
 TEST_F(Changes, EveryChangeIsAuditedWithItsResult)
 {
     ScratchDir dir;

@@ -145,6 +145,44 @@ TEST_F(Loading, AttachingToABadArrayFileMakesCallsFailUntilAGoodOneLoads)
     EXPECT_EQ(api_qelOpenForCimserver("admin"), API_OK);
 }
 
+TEST_F(Loading, UsersAreReadFromADescriptionWithoutTouchingTheArray)
+{
+    ScratchDir dir;
+    Json doc = demo();
+    doc["users"] = Json::parse(R"([{"name": "ann", "role": "edit"},
+        {"name": "bob", "role": "browse", "enabled": false},
+        {"name": "cy", "role": "super", "enabled": true, "addresses": ["::1"]}])");
+    writeFile(dir.file("mine.json"), doc.dump());
+    std::vector<qelsim::UserInfo> users;
+    ASSERT_TRUE(qelsim::readArrayUsers(dir.file("mine.json"), &users).ok);
+    std::vector<std::string> seen;
+    for (const auto& u : users)
+        seen.push_back(u.name + " " + u.role + (u.enabled ? "" : " disabled"));
+    EXPECT_EQ(seen, (std::vector<std::string>{"ann edit", "bob browse disabled", "cy super"}));
+    EXPECT_EQ(api_qelOpenForCimserver("ann"), API_ERR_NOENT);  // the demo array is still served
+
+    ASSERT_TRUE(qelsim::readArrayUsers("", &users).ok);  // the built-in demo array
+    ASSERT_EQ(users.size(), 6u);
+    EXPECT_EQ(users[4].name, "guest");
+    EXPECT_FALSE(users[4].enabled);
+
+    doc["users"][1]["role"] = "boss";
+    writeFile(dir.file("mine.json"), doc.dump());
+    const std::pair<std::string, std::string> refused[] = {
+        {dir.file("mine.json"),
+         dir.file("mine.json") +
+             ": /users/1/role: unknown role \"boss\" (expected browse, edit or super)"},
+        {dir.file("missing.json"),
+         dir.file("missing.json") + ": cannot open: No such file or directory"},
+    };
+    for (const auto& r : refused)
+    {
+        const qelsim::Result result = qelsim::readArrayUsers(r.first, &users);
+        EXPECT_FALSE(result.ok);
+        EXPECT_EQ(result.error, r.second);
+    }
+}
+
 TEST(Generator, MakesTheSameValidArrayOfTheRequestedSizeAndRefusesTooLargeOnes)
 {
     qelsim::GenerateOptions o;

@@ -3,13 +3,19 @@
 #include "sim_fixture.h"
 
 #include "atomic_file.h"
+#include "audit.h"
+#include "audit_journal.h"
 
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <random>
+#include <sstream>
+#include <thread>
 #include <csignal>
 #include <filesystem>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -192,6 +198,162 @@ TEST(AtomicSave, AKilledWriterLeavesTheOldOrTheNewStateNeverATornOne)
         left.push_back(e.path().filename());
     EXPECT_EQ(left, std::vector<std::string>{"state.json"});
     EXPECT_EQ(readFile(path).size(), size);
+}
+
+// The crcErrors count of port 0:2:2's first LESB record, as the library reads it.
+uint64_t lockedPortCrcErrors()
+{
+    api_portLESBList_t l{};
+    uint64_t n =
+        api_getPortLESB(kLockedPort, &l) == API_OK && l.count > 0 ? l.lesb[0].crcErrors : 0;
+    std::free(l.lesb);
+    return n;
+}
+
+TEST_F(Persistence, WritersKilledAtRandomMomentsLeaveNoChangeWithoutItsAuditLine)
+{
+    // On a memory file system flushing costs nothing, so a writer spends its
+    // time in the steps whose order matters, and the kills land among them.
+    ScratchDir dir(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "");
+    writeDemo(dir);
+    const qelsim::AttachOptions o = options(dir);
+    ASSERT_TRUE(qelsim::attach(o).ok);
+    const uint64_t before = lockedPortCrcErrors();
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    constexpr int kWriters = 100;
+    for (int w = 0; w < kWriters; ++w)
+    {
+        int ready[2];
+        ASSERT_EQ(::pipe(ready), 0);
+        pid_t pid = ::fork();
+        if (pid == 0)
+        {
+            ::close(ready[0]);
+            if (!qelsim::attach(o).ok)
+                ::_exit(99);
+            for (bool told = false;; told = true)
+            {
+                qelsim::bumpLesb("0:2:2", "crcErrors", 1, "writer");
+                if (!told)
+                    (void)!::write(ready[1], "", 1);
+            }
+        }
+        ::close(ready[1]);
+        char c;
+        const bool started = ::read(ready[0], &c, 1) == 1;  // after the writer's first change
+        ::close(ready[0]);
+        // The kill's moment is what is random here; nothing waits for a result.
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+        ASSERT_TRUE(started) << "writer " << w << " could not attach";
+    }
+    // The next start finishes what the last killed writers left.
+    ASSERT_TRUE(qelsim::attach(o).ok);
+    const uint64_t made = lockedPortCrcErrors() - before;
+
+    std::istringstream lines(readFile(dir.file("array.audit.jsonl")));
+    uint64_t logged = 0;
+    for (std::string line; std::getline(lines, line);)
+    {
+        const nlohmann::json entry = nlohmann::json::parse(line, nullptr, false);
+        ASSERT_TRUE(entry.is_object()) << "not a whole audit line: " << line;
+        EXPECT_EQ(entry["result"], API_OK) << line;
+        logged += entry["call"] == "qelsim:bump-lesb" && entry["result"] == API_OK;
+    }
+    EXPECT_EQ(made, logged) << "changes made and audit lines differ (seed " << seed << ")";
+    EXPECT_GE(made, static_cast<uint64_t>(kWriters));  // each writer made its first change at least
+}
+
+// A writer killed at each step of a change: what the next holder of the lock
+// finds, and what it leaves in the audit log.
+TEST(AuditJournal, TheNextWriterFinishesOrDropsAChangeLeftInFlight)
+{
+    enum class KilledAt
+    {
+        WhileNoting,    // the note is torn
+        BeforeRename,   // noted, state not replaced
+        AfterRename,    // the change is made, its line not yet appended
+        AfterAppend,    // the line is in the log, the note not yet cleared
+        LogUnwritable,  // as AfterRename, but the log cannot be written
+    };
+    using qelsim::AuditRecovery;
+    const struct
+    {
+        KilledAt step;
+        AuditRecovery outcome;
+        int lines;  // lines of the change in the log afterwards
+        bool noteLeft;
+    } cases[] = {
+        {KilledAt::WhileNoting, AuditRecovery::NotMade, 0, false},
+        {KilledAt::BeforeRename, AuditRecovery::NotMade, 0, false},
+        {KilledAt::AfterRename, AuditRecovery::Appended, 1, false},
+        {KilledAt::AfterAppend, AuditRecovery::AlreadyInLog, 1, false},
+        {KilledAt::LogUnwritable, AuditRecovery::Failed, 0, true},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(static_cast<int>(c.step));
+        ScratchDir dir;
+        const std::string state = dir.file("s.state.json");
+        const std::string log = c.step == KilledAt::LogUnwritable ? dir.file("no/such/folder.jsonl")
+                                                                  : dir.file("s.audit.jsonl");
+        std::string err;
+        ASSERT_TRUE(qelsim::writeFileAtomically(state, "{\"v\": 1}", &err)) << err;
+        const std::string earlier = "{\"line\": \"earlier\"}\n";
+        const std::string line = "{\"line\": \"the change\"}\n";
+        if (c.step != KilledAt::LogUnwritable)
+        {
+            ASSERT_TRUE(qelsim::appendAuditLine(log, earlier, false, &err)) << err;
+        }
+        const int lockFd = ::open((state + ".lock").c_str(), O_RDWR | O_CREAT, 0600);
+        ASSERT_GE(lockFd, 0);
+
+        // The steps of a change, up to the kill.
+        qelsim::Replacement r;
+        ASSERT_TRUE(qelsim::prepareReplacement(state, "{\"v\": 2}", &r, &err)) << err;
+        qelsim::PendingAudit note;
+        note.auditPath = log;
+        note.line = line;
+        note.auditSize = readFile(log).size();
+        note.stateDev = r.dev;
+        note.stateIno = r.ino;
+        ASSERT_TRUE(qelsim::notePendingAudit(lockFd, note, &err)) << err;
+        if (c.step == KilledAt::WhileNoting)
+        {
+            ASSERT_EQ(::pwrite(lockFd, "#", 1, 4100), 1);  // the text no longer matches its hash
+        }
+        if (c.step >= KilledAt::AfterRename)
+        {
+            ASSERT_TRUE(qelsim::commitReplacement(&r, state, &err)) << err;
+        }
+        if (c.step == KilledAt::AfterAppend)
+        {
+            ASSERT_TRUE(qelsim::appendAuditLine(log, line, true, &err)) << err;
+        }
+
+        err.clear();
+        EXPECT_EQ(qelsim::finishPendingAudit(lockFd, state, &err), c.outcome);
+        EXPECT_EQ(err.empty(), c.outcome != AuditRecovery::Failed) << err;
+        const std::string after = readFile(log);
+        size_t count = 0;
+        for (size_t at = after.find(line); at != std::string::npos; at = after.find(line, at + 1))
+            ++count;
+        EXPECT_EQ(count, static_cast<size_t>(c.lines));
+        if (c.step != KilledAt::LogUnwritable)
+        {
+            EXPECT_EQ(after.compare(0, earlier.size(), earlier), 0) << "an earlier line was lost";
+        }
+        EXPECT_EQ(qelsim::readPendingAudit(lockFd).has_value(), c.noteLeft);
+        // Nothing is left to do the second time.
+        if (!c.noteLeft)
+        {
+            EXPECT_EQ(qelsim::finishPendingAudit(lockFd, state, &err), AuditRecovery::None);
+        }
+        qelsim::discardReplacement(&r);
+        ::close(lockFd);
+    }
 }
 
 TEST_F(Persistence, ADamagedStateFileIsReportedNotOverwritten)

@@ -69,22 +69,19 @@ class ScriptedCimom : public qeltest::CacheHandleRep
 public:
     explicit ScriptedCimom(ScriptedServer& server) : CacheHandleRep(server), _server(server) {}
 
-    CIMClass getClass(
-        const OperationContext&,
-        const CIMNamespaceName&,
-        const CIMName& cls,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
+    CIMOperationResponse
+    execute(const OperationContext& context, const CIMOperationRequest& r) override
     {
+        if (r.operation != CIMOperationType::GetClass)
+            return CacheHandleRep::execute(context, r);
         const int n = ++_server.getClassCalls;
-        if (cls.equal("Missing"))
+        if (r.className.equal("Missing"))
             throw CIMException(CIM_ERR_NOT_FOUND, "Missing");
-        CIMClass c = makeTestClass(cls);
-        c.addProperty(
+        CIMOperationResponse response;
+        response.cimClass = makeTestClass(r.className);
+        response.cimClass.addProperty(
             CIMProperty(String("Fetch") + String(std::to_string(n).c_str()), CIMValue(Uint32(n))));
-        return c;
+        return response;
     }
 
 private:

@@ -4,8 +4,11 @@
 #include "qelcommon_test_support.h"
 
 #include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Common/Exception.h>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 using namespace Pegasus;
 using namespace qelcommontest;
@@ -228,4 +231,92 @@ TEST(Accessors, WritersSetPresentPropertiesAndIgnoreAbsentOnes)
     QEL_Common::setPropertyValue(inst, "Absent", embedded);
     EXPECT_EQ(count, inst.getPropertyCount());
     EXPECT_EQ(CIMTYPE_INSTANCE, inst.getProperty(inst.findProperty("Name")).getType());
+}
+
+// The instance readers look a property up by a CIMName made of the text, so a name that is no CIM
+// name lets the object model's InvalidNameException through; the empty name keeps its own answers
+// (3, or "" and null with the level-3 line), and getParameter, which compares texts, finds a
+// parameter of any name.
+TEST(Accessors, NamesThatAreNoCIMNamesReachTheObjectModel)
+{
+    loadTestArray();
+    CIMInstance inst("QEL_Test");
+    inst.addProperty(CIMProperty("Name", CIMValue(String("v"))));
+    inst.addProperty(CIMProperty("Ref", CIMValue(CIMObjectPath("QEL_FCPort.DeviceID=\"1\""))));
+    const auto outcome = [](const std::function<std::string()>& read) -> std::string
+    {
+        try
+        {
+            return read();
+        }
+        catch (const InvalidNameException&)
+        {
+            return "InvalidName";
+        }
+    };
+    const struct
+    {
+        const char* name;
+        Texts answers;  // getProperty uint16 and path, getStringProperty, getPropertyValue
+        size_t invalidNameLines;
+    } cases[] = {
+        {"a b", {"InvalidName", "InvalidName", "InvalidName", "InvalidName"}, 0},
+        {"9Name", {"InvalidName", "InvalidName", "InvalidName", "InvalidName"}, 0},
+        {"Name-", {"InvalidName", "InvalidName", "InvalidName", "InvalidName"}, 0},
+        {"", {"3", "3", "''", "null"}, 2},
+        {"Missing", {"3", "3", "''", "null"}, 0},
+        {"nAME", {"uint16 mismatch", "path mismatch", "'v'", "v"}, 0},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(std::string("'") + c.name + "'");
+        TraceCapture trace;
+        const Texts answers = {
+            outcome(
+                [&]
+                {
+                    Uint16 out = 1;
+                    try
+                    {
+                        return std::to_string(QEL_Common::getProperty(inst, c.name, out));
+                    }
+                    catch (const TypeMismatchException&)
+                    {
+                        return std::string("uint16 mismatch");
+                    }
+                }),
+            outcome(
+                [&]
+                {
+                    CIMObjectPath out;
+                    try
+                    {
+                        return std::to_string(QEL_Common::getProperty(inst, c.name, out));
+                    }
+                    catch (const TypeMismatchException&)
+                    {
+                        return std::string("path mismatch");
+                    }
+                }),
+            outcome([&] { return "'" + str(QEL_Common::getStringProperty(inst, c.name)) + "'"; }),
+            outcome(
+                [&]
+                {
+                    const CIMValue v = QEL_Common::getPropertyValue(inst, c.name);
+                    return v.isNull() ? std::string("null") : str(v.toString());
+                }),
+        };
+        EXPECT_EQ(c.answers, answers);
+        EXPECT_EQ(c.invalidNameLines, trace.count(3, "\tInvalid property name.\n"));
+    }
+
+    Array<CIMParamValue> params(1, CIMParamValue("a b", CIMValue(Uint32(5))));
+    for (const char* name : {"a b", "A B"})
+    {
+        Uint32 out = 0;
+        EXPECT_EQ(0u, QEL_Common::getParameter(params, name, out)) << name;
+        EXPECT_EQ(5u, out);
+    }
+    Uint32 out = 0;
+    EXPECT_EQ(3u, QEL_Common::getParameter(params, "", out));
 }

@@ -185,6 +185,17 @@ TEST(AuthorizationKeys, EachRequestAsksWithItsKeyOrNotAtAll)
          0,
          {A("returntostoragepool.physcopyvv"), A("returntostoragepool")}},
         {"list no op", LIST, params({}), 0, 0, {}},
+        // A volume that is not found leaves the key empty: the library is asked with it.
+        {"list delete unknown volume",
+         LIST,
+         params(
+             {deleteOp, CIMParamValue(
+                            "Synchronization", CIMValue(Array<CIMObjectPath>(
+                                                   1, synchronization("60002AC0000FFFFF"))))}),
+         0,
+         0,
+         {""}},
+        {"list delete without synchronizations", LIST, params({deleteOp}), 0, 0, {}},
     };
     for (const Case& c : cases)
     {

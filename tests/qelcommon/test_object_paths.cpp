@@ -170,7 +170,8 @@ TEST(AssociationFilters, FarEndsByClassAndRoleAndReferenceChecks)
     EXPECT_EQ(
         1u, QEL_Common::filterReferenceNames(list, port, "qel_fcportsfp", "ANTECEDENT").size());
     EXPECT_EQ(0u, QEL_Common::filterReferenceNames(list, port, CIMName(), "Dependent").size());
-    for (const char* badRole : {"Nope", "Note"})
+    // An absent role, one that is no reference, and one that is no CIM name at all.
+    for (const char* badRole : {"Nope", "Note", "a b"})
     {
         try
         {

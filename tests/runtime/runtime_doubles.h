@@ -1,9 +1,11 @@
 // Doubles of the runtime's plug-in points: a response handler that keeps what
 // a provider delivers, a CIMOMHandleRep (the host behind a provider's CIMOMHandle)
 // and a ClientTransport. The last two record "<operation>@<namespace>" of every
-// call and answer recognisably: getClass names the class asked for,
-// enumerateInstanceNames gives one path of the class, invokeMethod returns the
-// number of in-parameters and hands the method name back as out-parameter "Method".
+// call they answer and answer recognisably: getClass names the class asked for,
+// getInstance gives an instance of the class asked for, enumerateInstanceNames
+// gives one path of the class, createInstance the path of the instance's class,
+// invokeMethod returns the number of in-parameters and hands the method name back
+// as out-parameter "Method".
 #ifndef QEL_TEST_RUNTIME_DOUBLES_H
 #define QEL_TEST_RUNTIME_DOUBLES_H
 
@@ -72,123 +74,58 @@ answerMethod(const CIMName& method, const Array<CIMParamValue>& in, Array<CIMPar
     return CIMValue(Uint32(in.size()));
 }
 
+// The recognisable answers of both doubles, each call recorded first.
+inline CIMOperationResponse answer(CallLog& log, const CIMOperationRequest& r)
+{
+    log.record((const char*)cimOperationFunctionName(r.operation).getCString(), r.nameSpace);
+    CIMOperationResponse response;
+    switch (r.operation)
+    {
+        case CIMOperationType::GetClass:
+            response.cimClass = CIMClass(r.className);
+            break;
+        case CIMOperationType::GetInstance:
+            response.instance = CIMInstance(r.objectName.getClassName());
+            break;
+        case CIMOperationType::EnumerateInstanceNames:
+            response.paths.append(CIMObjectPath(r.className.getString()));
+            break;
+        case CIMOperationType::CreateInstance:
+            response.paths.append(CIMObjectPath(r.instance.getClassName().getString()));
+            break;
+        case CIMOperationType::InvokeMethod:
+            response.value =
+                answerMethod(CIMName(r.methodName), r.inParameters, response.outParameters);
+            break;
+        default:
+            break;
+    }
+    return response;
+}
+
+// A host that answers what a provider of this project asks of its handle and
+// refuses the rest as a host that leaves them out does.
 class RecordingHost : public CIMOMHandleRep, public CallLog
 {
 public:
-    CIMClass getClass(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMName& cls,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
+    CIMOperationResponse execute(const OperationContext&, const CIMOperationRequest& r) override
     {
-        record("getClass", ns);
-        return CIMClass(cls);
-    }
-    CIMInstance getInstance(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath& path,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("getInstance", ns);
-        return CIMInstance(path.getClassName());
-    }
-    Array<CIMInstance> enumerateInstances(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMName&,
-        Boolean,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("enumerateInstances", ns);
-        return {};
-    }
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMName& cls) override
-    {
-        record("enumerateInstanceNames", ns);
-        return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString()));
-    }
-    void modifyInstance(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMInstance&,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("modifyInstance", ns);
-    }
-    Array<CIMObject> associators(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const CIMName&,
-        const String&,
-        const String&,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("associators", ns);
-        return {};
-    }
-    Array<CIMObjectPath> associatorNames(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const CIMName&,
-        const String&,
-        const String&) override
-    {
-        record("associatorNames", ns);
-        return {};
-    }
-    Array<CIMObject> references(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const String&,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("references", ns);
-        return {};
-    }
-    Array<CIMObjectPath> referenceNames(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const String&) override
-    {
-        record("referenceNames", ns);
-        return {};
-    }
-    CIMValue invokeMethod(
-        const OperationContext&,
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
-    {
-        record("invokeMethod", ns);
-        return answerMethod(method, in, out);
+        switch (r.operation)
+        {
+            case CIMOperationType::GetClass:
+            case CIMOperationType::GetInstance:
+            case CIMOperationType::EnumerateInstances:
+            case CIMOperationType::EnumerateInstanceNames:
+            case CIMOperationType::ModifyInstance:
+            case CIMOperationType::Associators:
+            case CIMOperationType::AssociatorNames:
+            case CIMOperationType::References:
+            case CIMOperationType::ReferenceNames:
+            case CIMOperationType::InvokeMethod:
+                return answer(*this, r);
+            default:
+                notSupported(r);
+        }
     }
 };
 
@@ -205,124 +142,15 @@ public:
     ~FakeTransport() override { _log->closed++; }
     std::unique_ptr<CIMException> failWith;  // when set, every operation throws it
     void setTimeout(Uint32 ms) override { _log->timeouts.push_back(ms); }
-    CIMClass getClass(
-        const CIMNamespaceName& ns,
-        const CIMName& cls,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
+    CIMOperationResponse execute(const CIMOperationRequest& r) override
     {
-        record("getClass", ns);
-        return CIMClass(cls);
-    }
-    CIMInstance getInstance(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath& path,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("getInstance", ns);
-        return CIMInstance(path.getClassName());
-    }
-    Array<CIMInstance> enumerateInstances(
-        const CIMNamespaceName& ns,
-        const CIMName&,
-        Boolean,
-        Boolean,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("enumerateInstances", ns);
-        return {};
-    }
-    Array<CIMObjectPath>
-    enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cls) override
-    {
-        record("enumerateInstanceNames", ns);
-        return Array<CIMObjectPath>(1, CIMObjectPath(cls.getString()));
-    }
-    CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& inst) override
-    {
-        record("createInstance", ns);
-        return CIMObjectPath(inst.getClassName().getString());
-    }
-    void
-    modifyInstance(const CIMNamespaceName& ns, const CIMInstance&, Boolean, const CIMPropertyList&)
-        override
-    {
-        record("modifyInstance", ns);
-    }
-    void deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath&) override
-    {
-        record("deleteInstance", ns);
-    }
-    Array<CIMObject> associators(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const CIMName&,
-        const String&,
-        const String&,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("associators", ns);
-        return {};
-    }
-    Array<CIMObjectPath> associatorNames(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const CIMName&,
-        const String&,
-        const String&) override
-    {
-        record("associatorNames", ns);
-        return {};
-    }
-    Array<CIMObject> references(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName&,
-        const String&,
-        Boolean,
-        Boolean,
-        const CIMPropertyList&) override
-    {
-        record("references", ns);
-        return {};
-    }
-    Array<CIMObjectPath>
-    referenceNames(const CIMNamespaceName& ns, const CIMObjectPath&, const CIMName&, const String&)
-        override
-    {
-        record("referenceNames", ns);
-        return {};
-    }
-    CIMValue invokeMethod(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath&,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
-    {
-        record("invokeMethod", ns);
-        return answerMethod(method, in, out);
+        CIMOperationResponse response = answer(*_log, r);
+        if (failWith)
+            throw *failWith;
+        return response;
     }
 
 private:
-    void record(const char* op, const CIMNamespaceName& ns)
-    {
-        _log->record(op, ns);
-        if (failWith)
-            throw *failWith;
-    }
-
     std::shared_ptr<TransportLog> _log;
 };
 

@@ -80,6 +80,7 @@ void ServerTest::restart(const std::vector<std::string>& extraMof)
     options.providerDirectories = providerDirectories();
     options.workerThreads = 4;
     options.dispatcher.hostName = "cimhost";
+    options.builtInProviders = builtInProviders;
     _server = std::make_unique<CIMServer>(options);
     _server->start();
 }

@@ -5,15 +5,16 @@
 // under way.
 #include "ServerFixture.h"
 
-#include <Server/core/Dispatcher.h>
 #include <Server/core/InProcessClientTransport.h>
 #include <Server/core/ThreadPool.h>
 
 #include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Common/CIMResponseSink.h>
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <future>
 #include <thread>
 
@@ -49,6 +50,69 @@ std::future<R> onPool(CIMServer& server, std::function<R()> request)
     return result;
 }
 
+// A sink that holds at most `capacity` objects not yet taken, as an enumeration context
+// would: a delivery waits for room, so the provider waits with it.
+class BoundedSink : public CIMResponseSink
+{
+public:
+    explicit BoundedSink(size_t capacity) : _capacity(capacity) {}
+
+    Delivery delivery() const override { return Delivery::AsDelivered; }
+    void deliverClass(const CIMClass&) override {}
+    void deliverClassName(const CIMName&) override {}
+    void deliverInstance(const CIMInstance& instance) override
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        _room.wait(lock, [this] { return _queue.size() < _capacity; });
+        _queue.push_back(
+            text(instance.getProperty(instance.findProperty("Id")).getValue().toString()));
+        _maxQueued = std::max(_maxQueued, _queue.size());
+        _changed.notify_all();
+    }
+    void deliverPath(const CIMObjectPath&) override {}
+    void deliverObject(const CIMObject&) override {}
+    void complete(const CIMValue&, const Array<CIMParamValue>&) override { _finish("complete"); }
+    void fail(const CIMException& e) override { _finish(text(e.getMessage())); }
+
+    // The next object's id, or "" once the answer has ended and all were taken.
+    std::string take()
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        _changed.wait(lock, [this] { return !_queue.empty() || !_end.empty(); });
+        if (_queue.empty())
+            return "";
+        std::string id = _queue.front();
+        _queue.pop_front();
+        _room.notify_all();
+        return id;
+    }
+    std::string end()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return _end;
+    }
+    size_t maxQueued()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return _maxQueued;
+    }
+
+private:
+    void _finish(const std::string& how)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _end = how;
+        _changed.notify_all();
+    }
+
+    const size_t _capacity;
+    std::mutex _mutex;  // guards everything below
+    std::condition_variable _room, _changed;
+    std::deque<std::string> _queue;
+    size_t _maxQueued = 0;
+    std::string _end;
+};
+
 std::string labelOf(const CIMInstance& instance)
 {
     return text(instance.getProperty(instance.findProperty("Label")).getValue().toString());
@@ -78,12 +142,15 @@ TEST_F(NestedCalls, ProvidersReachTheServerThroughTheirHandle)
     for (const auto& c : cases)
     {
         Array<CIMParamValue> out;
-        CIMValue v = dispatcher().invokeMethod(
-            context, ns, CIMObjectPath("Test_Nested"), c.method, c.in, out);
+        CIMValue v =
+            cimom().invokeMethod(context, ns, CIMObjectPath("Test_Nested"), c.method, c.in, out);
         EXPECT_EQ(text(v.toString()), c.result) << c.method;
     }
     // getInstance through the handle, with the caller's context.
-    EXPECT_EQ(labelOf(dispatcher().getInstance(context, ns, item("nested"))), "via Alpha");
+    EXPECT_EQ(
+        labelOf(cimom().getInstance(
+            context, ns, item("nested"), true, false, false, CIMPropertyList())),
+        "via Alpha");
 }
 
 TEST_F(NestedCalls, LocalClientsOfTheProcessReachTheServerUntilItStops)
@@ -136,7 +203,11 @@ TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
     {
         results.push_back(onPool<std::string>(
             server(),
-            [this] { return labelOf(dispatcher().getInstance(context, ns, item("nested"))); }));
+            [this]
+            {
+                return labelOf(cimom().getInstance(
+                    context, ns, item("nested"), true, false, false, CIMPropertyList()));
+            }));
         results.push_back(onPool<std::string>(
             server(),
             [this]
@@ -144,18 +215,29 @@ TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
                 Array<CIMParamValue> in, out;
                 in.append(CIMParamValue("Depth", CIMValue(Uint32(4))));
                 return text(
-                    dispatcher()
+                    cimom()
                         .invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Recurse", in, out)
                         .toString());
             }));
         results.push_back(onPool<std::string>(
-            server(), [this]
-            { return std::to_string(dispatcher().associators(context, ns, item("b")).size()); }));
+            server(),
+            [this]
+            {
+                return std::to_string(cimom()
+                                          .associators(
+                                              context, ns, item("b"), CIMName(), CIMName(),
+                                              String(), String(), false, false, CIMPropertyList())
+                                          .size());
+            }));
         results.push_back(onPool<std::string>(
             server(),
-            [this] {
+            [this]
+            {
                 return std::to_string(
-                    dispatcher().enumerateInstances(context, ns, "Test_Base").size());
+                    cimom()
+                        .enumerateInstances(
+                            context, ns, "Test_Base", true, true, false, false, CIMPropertyList())
+                        .size());
             }));
     }
     // Clients of the process's own threads meanwhile.
@@ -182,6 +264,34 @@ TEST_F(Concurrency, ManyRequestsWithNestedCallsRunTogether)
     EXPECT_EQ(counter("Item.initialize"), 1u);
 }
 
+TEST_F(Concurrency, ASinkThatHoldsBackHoldsTheProviderUntilItsObjectsAreTaken)
+{
+    setKnob("Item.enumerateInstances", "count:250");
+    BoundedSink sink(3);
+    std::thread request(
+        [&]
+        {
+            server().dispatcher().execute(
+                context,
+                CIMOperationRequest::enumerateInstances(
+                    ns, "Test_Item", true, true, false, false, CIMPropertyList()),
+                sink);
+        });
+    std::vector<std::string> taken{sink.take()};
+    // The provider is still delivering: it waits for room in the sink.
+    EXPECT_EQ(counter("Item.enumerated"), 0u);
+    for (std::string id = sink.take(); !id.empty(); id = sink.take())
+        taken.push_back(id);
+    request.join();
+    EXPECT_EQ(counter("Item.enumerated"), 1u);
+    ASSERT_EQ(taken.size(), 251u);  // Test_Item's 250, then Test_SubItem's
+    for (size_t i = 0; i < 250; ++i)
+        EXPECT_EQ(taken[i], std::to_string(i));
+    EXPECT_EQ(taken.back(), "s1");
+    EXPECT_EQ(sink.end(), "complete");
+    EXPECT_LE(sink.maxQueued(), 3u);
+}
+
 TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce)
 {
     setKnob("Test_SlowInit.initialize", "sleep");
@@ -192,7 +302,7 @@ TEST_F(Concurrency, FirstUseFromManyThreadsInitializesOnce)
         threads.emplace_back(
             [&]
             {
-                if (dispatcher().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1)
+                if (cimom().enumerateInstanceNames(context, ns, "Test_SlowInit").size() == 1)
                     ++served;
             });
     }
@@ -213,7 +323,7 @@ TEST_F(Concurrency, StopWaitsForRequestsUnderWayThenTerminates)
             Array<CIMParamValue> in, out;
             in.append(CIMParamValue("Milliseconds", CIMValue(Uint32(200))));
             return text(
-                dispatcher()
+                cimom()
                     .invokeMethod(context, ns, CIMObjectPath("Test_Nested"), "Sleep", in, out)
                     .toString());
         });

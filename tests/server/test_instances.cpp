@@ -3,8 +3,6 @@
 // requests nobody can serve.
 #include "ServerFixture.h"
 
-#include <Server/core/Dispatcher.h>
-
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
 
@@ -16,7 +14,16 @@ using namespace servertest;
 namespace
 {
 
-using InstanceDispatch = ServerTest;
+class InstanceDispatch : public ServerTest
+{
+protected:
+    // With CIMClient's defaults.
+    Array<CIMInstance> enumerate(const char* className, bool deepInheritance = true)
+    {
+        return cimom().enumerateInstances(
+            context, ns, className, deepInheritance, true, false, false, CIMPropertyList());
+    }
+};
 
 std::set<std::string> propertyNames(const CIMInstance& instance)
 {
@@ -56,7 +63,8 @@ CIMInstance itemA(std::initializer_list<CIMProperty> properties)
 
 TEST_F(InstanceDispatch, GetInstanceGivesTheProviderAFullPathAndFiltersTheResult)
 {
-    CIMInstance a = dispatcher().getInstance(context, ns, item("a"));
+    CIMInstance a =
+        cimom().getInstance(context, ns, item("a"), true, false, false, CIMPropertyList());
     EXPECT_EQ(lastCall(), "getInstance //cimhost/root/servertest:Test_Item.Id=\"a\"");
     EXPECT_EQ(text(a.getProperty(a.findProperty("Label")).getValue().toString()), "Alpha");
 
@@ -74,8 +82,7 @@ TEST_F(InstanceDispatch, GetInstanceGivesTheProviderAFullPathAndFiltersTheResult
     };
     for (const auto& c : cases)
     {
-        CIMInstance got =
-            dispatcher().getInstance(context, ns, item("a"), false, c.iq, c.ico, c.list);
+        CIMInstance got = cimom().getInstance(context, ns, item("a"), false, c.iq, c.ico, c.list);
         EXPECT_EQ(propertyNames(got), c.properties);
         for (Uint32 i = 0; i < got.getPropertyCount(); ++i)
         {
@@ -90,20 +97,20 @@ TEST_F(InstanceDispatch, GetInstanceGivesTheProviderAFullPathAndFiltersTheResult
 TEST_F(InstanceDispatch, EnumerationsAskTheProvidersOfEverySubclass)
 {
     const std::set<std::string> all = {"a", "b", "c", "s1"};
-    EXPECT_EQ(ids(dispatcher().enumerateInstances(context, ns, "Test_Item")), all);
+    EXPECT_EQ(ids(enumerate("Test_Item")), all);
     // A class without a provider of its own is served by its subclasses'.
-    EXPECT_EQ(ids(dispatcher().enumerateInstances(context, ns, "Test_Base")), all);
-    EXPECT_EQ(dispatcher().enumerateInstanceNames(context, ns, "Test_Base").size(), 4u);
+    EXPECT_EQ(ids(enumerate("Test_Base")), all);
+    EXPECT_EQ(cimom().enumerateInstanceNames(context, ns, "Test_Base").size(), 4u);
     EXPECT_EQ(lastCall(), "enumerateInstanceNames //cimhost/root/servertest:Test_Item");
 
     // Without deep inheritance the subclass's own properties stay out, and
     // providers are given the requested class's property list.
-    Array<CIMInstance> shallow = dispatcher().enumerateInstances(context, ns, "Test_Item", false);
+    Array<CIMInstance> shallow = enumerate("Test_Item", false);
     for (Uint32 i = 0; i < shallow.size(); ++i)
         EXPECT_EQ(
             propertyNames(shallow[i]), (std::set<std::string>{"Id", "Label", "Count", "Note"}));
     EXPECT_NE(lastCall().find("pl=Id, Label, Count, Note"), std::string::npos) << lastCall();
-    Array<CIMInstance> deep = dispatcher().enumerateInstances(context, ns, "Test_Item", true);
+    Array<CIMInstance> deep = enumerate("Test_Item", true);
     int extras = 0;
     for (Uint32 i = 0; i < deep.size(); ++i)
         extras += propertyNames(deep[i]).count("Extra");
@@ -114,26 +121,22 @@ TEST_F(InstanceDispatch, EnumerationsAskTheProvidersOfEverySubclass)
 TEST_F(InstanceDispatch, FanOutDropsNotSupportedUnlessEveryProviderSaysIt)
 {
     setKnob("SubItem.enumerateInstances", "not-supported");
-    EXPECT_EQ(
-        ids(dispatcher().enumerateInstances(context, ns, "Test_Item")),
-        (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(ids(enumerate("Test_Item")), (std::set<std::string>{"a", "b", "c"}));
     setKnob("Item.enumerateInstances", "not-supported");
-    CIMException e = cimErrorOf([&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); });
+    CIMException e = cimErrorOf([&] { enumerate("Test_Item"); });
     EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(text(e.getMessage()), "not here");
 
     // Any other error of one provider fails the whole request.
     setKnob("Item.enumerateInstances", "");
     setKnob("SubItem.enumerateInstances", "throw-cim");
-    EXPECT_EQ(
-        cimErrorOf([&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }).getCode(),
-        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { enumerate("Test_Item"); }).getCode(), CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(InstanceDispatch, ModifyTypesWhatTheClientSentByTheClass)
 {
     // Typed nulls take the declared type; class origins the client sent are dropped.
-    dispatcher().modifyInstance(
+    cimom().modifyInstance(
         context, ns,
         itemA(
             {CIMProperty("Label", CIMValue(String("new")), 0, CIMName(), "Test_Base", true),
@@ -148,7 +151,7 @@ TEST_F(InstanceDispatch, BadRequestsGetTheCodeAClientExpectsAndReachNoProvider)
 {
     const CIMNamespaceName nowhere("root/nowhere");
     Array<CIMParamValue> out;
-    Dispatcher& d = dispatcher();
+    CIMOMHandle d = cimom();
     auto modify = [&](const CIMInstance& instance, const CIMPropertyList& list = CIMPropertyList())
     {
         return [&d, this, instance, list] { d.modifyInstance(context, ns, instance, false, list); };
@@ -160,23 +163,33 @@ TEST_F(InstanceDispatch, BadRequestsGetTheCodeAClientExpectsAndReachNoProvider)
         CIMStatusCode code;
         const char* message;
     } cases[] = {
-        {"unknown namespace", [&] { d.getInstance(context, nowhere, item("a")); },
+        {"unknown namespace",
+         [&] { d.getInstance(context, nowhere, item("a"), true, false, false, CIMPropertyList()); },
          CIM_ERR_INVALID_NAMESPACE, "root/nowhere"},
-        {"unknown class", [&] { d.getInstance(context, ns, item("a", "Test_Nope")); },
+        {"unknown class",
+         [&] {
+             d.getInstance(
+                 context, ns, item("a", "Test_Nope"), true, false, false, CIMPropertyList());
+         },
          CIM_ERR_INVALID_CLASS, "Test_Nope"},
-        {"class without provider", [&] { d.getInstance(context, ns, item("a", "Test_Unserved")); },
+        {"class without provider",
+         [&] {
+             d.getInstance(
+                 context, ns, item("a", "Test_Unserved"), true, false, false, CIMPropertyList());
+         },
          CIM_ERR_NOT_SUPPORTED, ""},
-        {"enumerate class nobody serves",
-         [&] { d.enumerateInstances(context, ns, "Test_Unserved"); }, CIM_ERR_NOT_SUPPORTED,
-         "No provider or repository defined for class Test_Unserved."},
+        {"enumerate class nobody serves", [&] { enumerate("Test_Unserved"); },
+         CIM_ERR_NOT_SUPPORTED, "No provider or repository defined for class Test_Unserved."},
         {"delete unknown class", [&] { d.deleteInstance(context, ns, item("a", "Test_Nope")); },
          CIM_ERR_INVALID_CLASS, "Test_Nope"},
-        {"get unknown class definition", [&] { d.getClass(context, ns, "Test_Nope"); },
+        {"get unknown class definition",
+         [&] { d.getClass(context, ns, "Test_Nope", true, true, false, CIMPropertyList()); },
          CIM_ERR_NOT_FOUND, ""},
         {"class names below an unknown class",
-         [&] { d.enumerateClassNames(context, ns, "Test_Nope"); }, CIM_ERR_INVALID_CLASS,
+         [&] { d.enumerateClassNames(context, ns, "Test_Nope", false); }, CIM_ERR_INVALID_CLASS,
          "Test_Nope"},
-        {"classes of an unknown namespace", [&] { d.enumerateClasses(context, nowhere); },
+        {"classes of an unknown namespace",
+         [&] { d.enumerateClasses(context, nowhere, CIMName(), false, true, true, false); },
          CIM_ERR_INVALID_NAMESPACE, "root/nowhere"},
         {"method of an unknown class",
          [&] { d.invokeMethod(context, ns, item("a", "Test_Nope"), "Ping", {}, out); },
@@ -215,32 +228,35 @@ TEST_F(InstanceDispatch, CreateAndDeleteReachTheProvider)
 {
     CIMInstance fresh("Test_Item");
     fresh.addProperty(CIMProperty("Id", CIMValue(String("d"))));
-    EXPECT_EQ(
-        text(dispatcher().createInstance(context, ns, fresh).toString()), "Test_Item.Id=\"d\"");
+    EXPECT_EQ(text(cimom().createInstance(context, ns, fresh).toString()), "Test_Item.Id=\"d\"");
     EXPECT_EQ(lastCall(), "createInstance //cimhost/root/servertest:Test_Item");
-    dispatcher().deleteInstance(context, ns, item("d"));
+    cimom().deleteInstance(context, ns, item("d"));
     EXPECT_EQ(lastCall(), "deleteInstance //cimhost/root/servertest:Test_Item.Id=\"d\"");
 
     setKnob("Item.createInstance", "two-paths");
     EXPECT_EQ(
-        text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
+        text(cimErrorOf([&] { cimom().createInstance(context, ns, fresh); }).getMessage()),
         "Too many objects delivered.");
     setKnob("Item.createInstance", "no-path");
     EXPECT_EQ(
-        text(cimErrorOf([&] { dispatcher().createInstance(context, ns, fresh); }).getMessage()),
+        text(cimErrorOf([&] { cimom().createInstance(context, ns, fresh); }).getMessage()),
         "Too few objects delivered.");
 }
 
 // The repository's own rules are tested with it; here: the options get there.
 TEST_F(InstanceDispatch, ClassOperationsPassTheirOptionsToTheRepository)
 {
-    CIMClass sub = dispatcher().getClass(context, ns, "Test_SubItem", false, false, true);
+    CIMClass sub =
+        cimom().getClass(context, ns, "Test_SubItem", false, false, true, CIMPropertyList());
     EXPECT_EQ(sub.getPropertyCount(), 5u);
     EXPECT_EQ(
         text(sub.getProperty(sub.findProperty("Id")).getClassOrigin().getString()), "Test_Base");
     EXPECT_EQ(
-        dispatcher().getClass(context, ns, "Test_SubItem", true).getPropertyCount(),
+        cimom()
+            .getClass(context, ns, "Test_SubItem", true, true, false, CIMPropertyList())
+            .getPropertyCount(),
         1u);  // local only
-    EXPECT_EQ(dispatcher().enumerateClassNames(context, ns, "Test_Base", true).size(), 3u);
-    EXPECT_EQ(dispatcher().enumerateClasses(context, ns, "Test_Base", false).size(), 2u);
+    EXPECT_EQ(cimom().enumerateClassNames(context, ns, "Test_Base", true).size(), 3u);
+    EXPECT_EQ(
+        cimom().enumerateClasses(context, ns, "Test_Base", false, true, true, false).size(), 2u);
 }

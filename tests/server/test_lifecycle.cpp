@@ -3,7 +3,6 @@
 // start on a broken schema or registration.
 #include "ServerFixture.h"
 
-#include <Server/core/Dispatcher.h>
 #include <Server/core/ProviderManager.h>
 
 #include <fstream>
@@ -14,7 +13,14 @@ using namespace servertest;
 namespace
 {
 
-using ProviderLifecycle = ServerTest;
+class ProviderLifecycle : public ServerTest
+{
+protected:
+    CIMInstance getItem(const char* id)
+    {
+        return cimom().getInstance(context, ns, item(id), true, false, false, CIMPropertyList());
+    }
+};
 
 std::string writeTempMof(const std::string& name, const std::string& content)
 {
@@ -60,21 +66,20 @@ TEST_F(ProviderLifecycle, ProvidersThatCannotBeUsedFailTheirRequestsOnly)
         for (int attempt = 0; attempt < 2; ++attempt)
         {
             CIMException e =
-                cimErrorOf([&] { dispatcher().enumerateInstanceNames(context, ns, c.className); });
+                cimErrorOf([&] { cimom().enumerateInstanceNames(context, ns, c.className); });
             EXPECT_EQ(e.getCode(), c.code) << c.className;
             EXPECT_EQ(text(e.getMessage()), c.message) << c.className;
         }
         EXPECT_TRUE(c.logLine.empty() || log->contains(c.logLine)) << c.logLine;
         // Everything else is still served.
-        EXPECT_EQ(dispatcher().getInstance(context, ns, item("b")).getPropertyCount(), 4u)
-            << c.className;
+        EXPECT_EQ(getItem("b").getPropertyCount(), 4u) << c.className;
     }
 
     // The failed initializations were each followed by terminate().
     EXPECT_EQ(counter("Test_InitFail.initialize"), 2u);
     EXPECT_EQ(counter("Test_InitFail.terminate"), 2u);
     setKnob("Test_InitFail.initialize", "");
-    EXPECT_EQ(dispatcher().enumerateInstanceNames(context, ns, "Test_InitFail").size(), 1u);
+    EXPECT_EQ(cimom().enumerateInstanceNames(context, ns, "Test_InitFail").size(), 1u);
     EXPECT_EQ(counter("Test_InitFail.created"), 3u);
 }
 
@@ -83,7 +88,7 @@ TEST_F(ProviderLifecycle, StopTerminatesWhatWasMadeAndANewStartLoadsAfresh)
 {
     const ProviderId* itemProvider = server().registry().instanceProvider(ns, "Test_Item");
     EXPECT_FALSE(server().providers().isInitialized(*itemProvider));
-    dispatcher().getInstance(context, ns, item("a"));
+    getItem("a");
     EXPECT_TRUE(server().providers().isInitialized(*itemProvider));
     server().stop();
     EXPECT_EQ(counter("Item.terminate"), 1u);
@@ -92,7 +97,7 @@ TEST_F(ProviderLifecycle, StopTerminatesWhatWasMadeAndANewStartLoadsAfresh)
     EXPECT_THROW(server().dispatcher(), Exception);
 
     restart();
-    dispatcher().getInstance(context, ns, item("a"));
+    getItem("a");
     EXPECT_EQ(counter("Item.initialize"), 2u);
 }
 

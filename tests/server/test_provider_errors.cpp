@@ -1,8 +1,6 @@
 // What a client gets when a provider fails or misuses its response handler.
 #include "ServerFixture.h"
 
-#include <Server/core/Dispatcher.h>
-
 using namespace Pegasus;
 using namespace servertest;
 
@@ -25,25 +23,30 @@ TEST_F(ProviderErrors, EveryKindOfExceptionBecomesACIMErrorInEveryOperationAndFa
         {"throw-badutf8", CIM_ERR_FAILED, "bad ? byte", true},
     };
     Array<CIMParamValue> out;
+    const CIMPropertyList all;
     CIMInstance modified("Test_Item");
     modified.setPath(item("a"));
     CIMInstance fresh("Test_Item");
     fresh.addProperty(CIMProperty("Id", CIMValue(String("z"))));
     const std::pair<std::string, std::function<void()>> operations[] = {
-        {"Item.getInstance", [&] { dispatcher().getInstance(context, ns, item("a")); }},
-        {"Item.enumerateInstances",
-         [&] { dispatcher().enumerateInstances(context, ns, "Test_Item"); }},
+        {"Item.getInstance",
+         [&] { cimom().getInstance(context, ns, item("a"), true, false, false, all); }},
+        {"Item.enumerateInstances", [&]
+         { cimom().enumerateInstances(context, ns, "Test_Item", true, true, false, false, all); }},
         {"Item.enumerateInstanceNames",
-         [&] { dispatcher().enumerateInstanceNames(context, ns, "Test_Item"); }},
-        {"Item.modifyInstance", [&] { dispatcher().modifyInstance(context, ns, modified); }},
-        {"Item.createInstance", [&] { dispatcher().createInstance(context, ns, fresh); }},
-        {"Item.deleteInstance", [&] { dispatcher().deleteInstance(context, ns, item("a")); }},
+         [&] { cimom().enumerateInstanceNames(context, ns, "Test_Item"); }},
+        {"Item.modifyInstance", [&] { cimom().modifyInstance(context, ns, modified, true, all); }},
+        {"Item.createInstance", [&] { cimom().createInstance(context, ns, fresh); }},
+        {"Item.deleteInstance", [&] { cimom().deleteInstance(context, ns, item("a")); }},
         {"Item.invokeMethod",
-         [&] { dispatcher().invokeMethod(context, ns, item("a"), "WhoAmI", {}, out); }},
-        {"Link.associators", [&] { dispatcher().associators(context, ns, item("a")); }},
-        {"Link.associatorNames", [&] { dispatcher().associatorNames(context, ns, item("a")); }},
-        {"Link.references", [&] { dispatcher().references(context, ns, item("a")); }},
-        {"Link.referenceNames", [&] { dispatcher().referenceNames(context, ns, item("a")); }},
+         [&] { cimom().invokeMethod(context, ns, item("a"), "WhoAmI", {}, out); }},
+        {"Link.associators",
+         [&] { cimom().associators(context, ns, item("a"), {}, {}, "", "", false, false, all); }},
+        {"Link.associatorNames",
+         [&] { cimom().associatorNames(context, ns, item("a"), {}, {}, "", ""); }},
+        {"Link.references",
+         [&] { cimom().references(context, ns, item("a"), {}, "", false, false, all); }},
+        {"Link.referenceNames", [&] { cimom().referenceNames(context, ns, item("a"), {}, ""); }},
     };
     for (const auto& operation : operations)
     {
@@ -75,7 +78,10 @@ TEST_F(ProviderErrors, HandlerMisuseIsACIMError)
 {
     Array<CIMParamValue> out;
     auto get = [&](const char* id)
-    { return [this, id] { dispatcher().getInstance(context, ns, item(id)); }; };
+    {
+        return [this, id]
+        { cimom().getInstance(context, ns, item(id), true, false, false, CIMPropertyList()); };
+    };
     const struct
     {
         const char* what;
@@ -97,18 +103,19 @@ TEST_F(ProviderErrors, HandlerMisuseIsACIMError)
          [&]
          {
              setKnob("Item.enumerateInstances", "uninit");
-             dispatcher().enumerateInstances(context, ns, "Test_Item");
+             cimom().enumerateInstances(
+                 context, ns, "Test_Item", true, true, false, false, CIMPropertyList());
          },
          CIM_ERR_FAILED, "The object is not initialized."},
         {"uninit name",
          [&]
          {
              setKnob("Item.enumerateInstanceNames", "uninit");
-             dispatcher().enumerateInstanceNames(context, ns, "Test_Item");
+             cimom().enumerateInstanceNames(context, ns, "Test_Item");
          },
          CIM_ERR_FAILED, "The object is not initialized."},
         {"null return value",
-         [&] { dispatcher().invokeMethod(context, ns, item("a"), "NullReturn", {}, out); },
+         [&] { cimom().invokeMethod(context, ns, item("a"), "NullReturn", {}, out); },
          CIM_ERR_FAILED, "The object is not initialized."},
     };
     for (const auto& c : cases)
@@ -120,12 +127,13 @@ TEST_F(ProviderErrors, HandlerMisuseIsACIMError)
     }
 
     // An instance delivered without keys is named by the request.
-    CIMInstance keyless = dispatcher().getInstance(context, ns, item("keyless"));
+    CIMInstance keyless =
+        cimom().getInstance(context, ns, item("keyless"), true, false, false, CIMPropertyList());
     EXPECT_EQ(
         text(keyless.getPath().toString()), "//cimhost/root/servertest:Test_Item.Id=\"keyless\"");
     // No value delivered, or not completed: the client gets a null value.
-    EXPECT_TRUE(dispatcher().invokeMethod(context, ns, item("a"), "NoReturn", {}, out).isNull());
-    EXPECT_TRUE(dispatcher().invokeMethod(context, ns, item("a"), "NoComplete", {}, out).isNull());
+    EXPECT_TRUE(cimom().invokeMethod(context, ns, item("a"), "NoReturn", {}, out).isNull());
+    EXPECT_TRUE(cimom().invokeMethod(context, ns, item("a"), "NoComplete", {}, out).isNull());
 }
 
 TEST_F(ProviderErrors, EnumerationsLeaveInBatchesAndLoseTheRestWithoutComplete)
@@ -137,7 +145,12 @@ TEST_F(ProviderErrors, EnumerationsLeaveInBatchesAndLoseTheRestWithoutComplete)
           std::make_pair("no-complete:99", 0u), std::make_pair("no-complete:100", 100u)})
     {
         setKnob("Item.enumerateInstances", c.first);
-        EXPECT_EQ(dispatcher().enumerateInstances(context, ns, "Test_Item").size(), c.second)
+        EXPECT_EQ(
+            cimom()
+                .enumerateInstances(
+                    context, ns, "Test_Item", true, true, false, false, CIMPropertyList())
+                .size(),
+            c.second)
             << c.first;
     }
 }

@@ -102,3 +102,94 @@ TEST(ProviderRegistry, RefusesBrokenRegistrations)
         EXPECT_NE(message.find(c.message), std::string::npos) << c.what << ": " << message;
     }
 }
+
+namespace
+{
+
+BuiltInProvider builtIn(
+    const char* module,
+    const char* ns,
+    const char* cls,
+    std::vector<Uint16> types,
+    const char* provider = "BuiltIn")
+{
+    BuiltInProvider b;
+    b.moduleName = module;
+    b.providerName = provider;
+    b.capabilities.push_back(BuiltInProvider::Capability{ns, cls, std::move(types)});
+    b.create = []() -> CIMProvider* { return nullptr; };
+    return b;
+}
+
+}  // namespace
+
+// A provider compiled into the server is registered after the MOF
+// registrations and checked as they are.
+TEST(ProviderRegistry, RegistersBuiltInProvidersWithTheSameChecks)
+{
+    auto repository = repositoryWith("");
+    ProviderRegistry registry = ProviderRegistry::load(
+        *repository, CIMNamespaceName(ProviderRegistry::defaultInteropNamespace),
+        {builtIn("InsideModule", "root/servertest", "Test_Lifecycle", {2, 5})});
+    const ProviderId* inside = registry.instanceProvider("root/servertest", "test_lifecycle");
+    ASSERT_NE(inside, nullptr);
+    EXPECT_EQ(inside->describe(), "InsideModule:BuiltIn");
+    EXPECT_TRUE(static_cast<bool>(inside->create));
+    EXPECT_EQ(inside->location.size(), 0u);
+    EXPECT_EQ(registry.methodProvider("root/servertest", "Test_Lifecycle", "anything"), inside);
+    // MOF-registered providers are still there, with no factory.
+    const ProviderId* item = registry.instanceProvider("root/servertest", "Test_Item");
+    ASSERT_NE(item, nullptr);
+    EXPECT_FALSE(static_cast<bool>(item->create));
+
+    BuiltInProvider unnamed = builtIn("InsideModule", "root/servertest", "Test_Lifecycle", {2});
+    unnamed.create = nullptr;
+    const struct
+    {
+        const char* what;
+        std::vector<BuiltInProvider> builtIns;
+        const char* message;
+    } cases[] = {
+        {"unknown namespace",
+         {builtIn("M", "root/nowhere", "Test_Item", {2})},
+         "built-in provider \"M\":\"BuiltIn\": namespace \"root/nowhere\" does not exist"},
+        {"unknown class",
+         {builtIn("M", "root/servertest", "Test_Nope", {2})},
+         "class \"Test_Nope\" does not exist in namespace \"root/servertest\""},
+        {"no provider type",
+         {builtIn("M", "root/servertest", "Test_Lifecycle", {})},
+         "ProviderType lists no provider type"},
+        {"association of a plain class",
+         {builtIn("M", "root/servertest", "Test_Lifecycle", {3})},
+         "ProviderType 3 (association) needs an association class"},
+        {"class a module serves",
+         {builtIn("M", "root/servertest", "Test_Item", {2})},
+         "class \"Test_Item\" in namespace \"root/servertest\" already has the instance provider "
+         "ServerTestModule:ItemProvider"},
+        {"name of a registered module",
+         {builtIn("ServerTestModule", "root/servertest", "Test_Lifecycle", {2})},
+         "a PG_ProviderModule of this name is registered too"},
+        {"the same provider twice",
+         {builtIn("M", "root/servertest", "Test_Lifecycle", {2}),
+          builtIn("M", "root/servertest", "Test_Nested", {5})},
+         "built-in provider \"M\":\"BuiltIn\": this provider is registered twice"},
+        {"no factory", {unnamed}, "needs a module name, a provider name and a factory"},
+    };
+    for (const auto& c : cases)
+    {
+        std::string message = "(loaded)";
+        try
+        {
+            ProviderRegistry::load(
+                *repository, CIMNamespaceName(ProviderRegistry::defaultInteropNamespace),
+                c.builtIns);
+        }
+        catch (const Exception& e)
+        {
+            message = text(e.getMessage());
+        }
+        EXPECT_EQ(message.rfind("provider registration: built-in provider ", 0), 0u)
+            << c.what << ": " << message;
+        EXPECT_NE(message.find(c.message), std::string::npos) << c.what << ": " << message;
+    }
+}

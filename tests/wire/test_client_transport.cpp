@@ -22,10 +22,31 @@ namespace
 
 const CIMNamespaceName kNs("root/qel");
 
+// A CIMClient on the front-end's TCP port, through CimXmlTransport::overTcp; the TCP factory
+// installed before is put back when the guard goes.
+class TcpClient
+{
+public:
+    TcpClient(FrontEnd& fe, const char* user, const char* password)
+    {
+        _previous = setTcpTransportFactory(TcpTransportFactory());
+        qel::client::installTcpTransport();
+        client.setTimeout(10000);
+        client.connect("127.0.0.1", fe.port(), user, password);
+    }
+    ~TcpClient() { setTcpTransportFactory(_previous); }
+    CIMClient* operator->() { return &client; }
+
+    CIMClient client;
+
+private:
+    TcpTransportFactory _previous;
+};
+
 TEST(ClientTransport, OperationsAndTypedParametersCrossTheWire)
 {
     FrontEnd fe;
-    auto t = CimXmlTransport::overTcp("127.0.0.1", fe.port(), "alice", "wonderland", 10000);
+    TcpClient t(fe, "alice", "wonderland");
     const Array<CIMObjectPath> names = t->enumerateInstanceNames(kNs, CIMName("QEL_FCPort"));
     ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[1].toString(), "QEL_FCPort.DeviceID=\"20120002AC00A001\"");
@@ -49,7 +70,7 @@ TEST(ClientTransport, OperationsAndTypedParametersCrossTheWire)
 TEST(ClientTransport, ServerErrorsArriveAsCimExceptions)
 {
     FrontEnd fe;
-    auto t = CimXmlTransport::overTcp("127.0.0.1", fe.port(), "alice", "wonderland", 10000);
+    TcpClient t(fe, "alice", "wonderland");
     struct Case
     {
         std::function<void()> call;
@@ -68,7 +89,7 @@ TEST(ClientTransport, ServerErrorsArriveAsCimExceptions)
          CIM_ERR_NOT_SUPPORTED, "CIM_ERR_NOT_SUPPORTED: not scripted"},
         {[&]
          {
-             auto wrong = CimXmlTransport::overTcp("127.0.0.1", fe.port(), "alice", "nope", 10000);
+             TcpClient wrong(fe, "alice", "nope");
              wrong->enumerateInstanceNames(kNs, CIMName("QEL_FCPort"));
          },
          CIM_ERR_ACCESS_DENIED, "HTTP 401 Unauthorized"},
@@ -106,7 +127,7 @@ TEST(ClientTransport, RefusedConnectionsSilentServersAndClosedKeptAliveConnectio
         CimXmlTransport::overLocalSocket(fe.passwords.dir() + "/nothing.socket", 2000),
         CannotConnectException);
 
-    auto t = CimXmlTransport::overTcp("127.0.0.1", fe.port(), "alice", "wonderland", 10000);
+    TcpClient t(fe, "alice", "wonderland");
     t->setTimeout(300);
     Array<CIMParamValue> out;
     EXPECT_THROW(

@@ -74,8 +74,9 @@ protected:
         auto t = CimXmlTransport::overTls(
             "127.0.0.1", front->tlsPort(), user, user.empty() ? "" : "wonderland", 10000, tls);
         Array<CIMParamValue> out;
-        t->invokeMethod(
-            "root/qel", CIMObjectPath("X"), CIMName("Echo"), Array<CIMParamValue>(), out);
+        t->execute(CIMOperationRequest::invokeMethod(
+                       "root/qel", CIMObjectPath("X"), CIMName("Echo"), Array<CIMParamValue>()))
+            .methodResult(out);
         String who;
         out[0].getValue().get(who);
         return std::string(who.getCString());
@@ -152,7 +153,11 @@ TEST_F(TlsFront, ATrustStoreFolderTrustsEveryAuthorityInIt)
     tls.certificateFile = forged->certificateFile;  // from the second authority
     tls.keyFile = forged->keyFile;
     auto t = CimXmlTransport::overTls("127.0.0.1", fe.tlsPort(), "", "", 10000, tls);
-    EXPECT_EQ(t->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort")).size(), 2u);
+    EXPECT_EQ(
+        t->execute(CIMOperationRequest::enumerateInstanceNames("root/qel", CIMName("QEL_FCPort")))
+            .checked()
+            .paths.size(),
+        2u);
 }
 
 TEST_F(TlsFront, AClientThatDoesNotTrustTheServerCertificateStopsAtTheHandshake)
@@ -223,7 +228,9 @@ TEST_F(TlsFront, ReloadedCertificatesServeNewConnectionsAndBrokenOnesAreRefused)
         try
         {
             CimXmlTransport::overTls("127.0.0.1", fe.tlsPort(), "alice", "wonderland", 10000, tls)
-                ->enumerateInstanceNames("root/qel", CIMName("QEL_FCPort"));
+                ->execute(
+                    CIMOperationRequest::enumerateInstanceNames("root/qel", CIMName("QEL_FCPort")))
+                .checked();
             return true;
         }
         catch (const CannotConnectException&)

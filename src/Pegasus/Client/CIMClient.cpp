@@ -86,6 +86,15 @@ ClientTransport& CIMClient::_connection()
     return *_transport;
 }
 
+// Every operation: its request built, carried by the transport, its answer unpacked
+// (CIMOperationMessage.h), as CIMOMHandle does it.
+CIMOperationResponse CIMClient::_execute(const CIMOperationRequest& request)
+{
+    CIMOperationResponse response = _connection().execute(request);
+    response.checked();
+    return response;
+}
+
 CIMClass CIMClient::getClass(
     const CIMNamespaceName& nameSpace,
     const CIMName& className,
@@ -94,8 +103,10 @@ CIMClass CIMClient::getClass(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _connection().getClass(
-        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    return _execute(CIMOperationRequest::getClass(
+                        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+                        propertyList))
+        .cimClass;
 }
 
 CIMInstance CIMClient::getInstance(
@@ -106,19 +117,21 @@ CIMInstance CIMClient::getInstance(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _connection().getInstance(
-        nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    return _execute(CIMOperationRequest::getInstance(
+                        nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
+                        propertyList))
+        .instance;
 }
 
 void CIMClient::deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
 {
-    _connection().deleteInstance(nameSpace, instanceName);
+    _execute(CIMOperationRequest::deleteInstance(nameSpace, instanceName));
 }
 
 CIMObjectPath
 CIMClient::createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
 {
-    return _connection().createInstance(nameSpace, newInstance);
+    return _execute(CIMOperationRequest::createInstance(nameSpace, newInstance)).createdName();
 }
 
 void CIMClient::modifyInstance(
@@ -127,7 +140,8 @@ void CIMClient::modifyInstance(
     Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
-    _connection().modifyInstance(nameSpace, modifiedInstance, includeQualifiers, propertyList);
+    _execute(CIMOperationRequest::modifyInstance(
+        nameSpace, modifiedInstance, includeQualifiers, propertyList));
 }
 
 Array<CIMInstance> CIMClient::enumerateInstances(
@@ -139,15 +153,16 @@ Array<CIMInstance> CIMClient::enumerateInstances(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _connection().enumerateInstances(
-        nameSpace, className, deepInheritance, localOnly, includeQualifiers, includeClassOrigin,
-        propertyList);
+    return _execute(CIMOperationRequest::enumerateInstances(
+                        nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                        includeClassOrigin, propertyList))
+        .instances;
 }
 
 Array<CIMObjectPath>
 CIMClient::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className)
 {
-    return _connection().enumerateInstanceNames(nameSpace, className);
+    return _execute(CIMOperationRequest::enumerateInstanceNames(nameSpace, className)).paths;
 }
 
 Array<CIMObject> CIMClient::associators(
@@ -161,9 +176,10 @@ Array<CIMObject> CIMClient::associators(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _connection().associators(
-        nameSpace, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
-        includeClassOrigin, propertyList);
+    return _execute(CIMOperationRequest::associators(
+                        nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                        includeQualifiers, includeClassOrigin, propertyList))
+        .objects;
 }
 
 Array<CIMObjectPath> CIMClient::associatorNames(
@@ -174,8 +190,9 @@ Array<CIMObjectPath> CIMClient::associatorNames(
     const String& role,
     const String& resultRole)
 {
-    return _connection().associatorNames(
-        nameSpace, objectName, assocClass, resultClass, role, resultRole);
+    return _execute(CIMOperationRequest::associatorNames(
+                        nameSpace, objectName, assocClass, resultClass, role, resultRole))
+        .paths;
 }
 
 Array<CIMObject> CIMClient::references(
@@ -187,9 +204,10 @@ Array<CIMObject> CIMClient::references(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _connection().references(
-        nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
-        propertyList);
+    return _execute(CIMOperationRequest::references(
+                        nameSpace, objectName, resultClass, role, includeQualifiers,
+                        includeClassOrigin, propertyList))
+        .objects;
 }
 
 Array<CIMObjectPath> CIMClient::referenceNames(
@@ -198,7 +216,8 @@ Array<CIMObjectPath> CIMClient::referenceNames(
     const CIMName& resultClass,
     const String& role)
 {
-    return _connection().referenceNames(nameSpace, objectName, resultClass, role);
+    return _execute(CIMOperationRequest::referenceNames(nameSpace, objectName, resultClass, role))
+        .paths;
 }
 
 CIMValue CIMClient::invokeMethod(
@@ -208,8 +227,9 @@ CIMValue CIMClient::invokeMethod(
     const Array<CIMParamValue>& inParameters,
     Array<CIMParamValue>& outParameters)
 {
-    return _connection().invokeMethod(
-        nameSpace, instanceName, methodName, inParameters, outParameters);
+    return _execute(
+               CIMOperationRequest::invokeMethod(nameSpace, instanceName, methodName, inParameters))
+        .methodResult(outParameters);
 }
 
 PEGASUS_NAMESPACE_END

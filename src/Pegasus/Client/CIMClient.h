@@ -28,6 +28,8 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ClientTransport;
+struct CIMOperationRequest;
+struct CIMOperationResponse;
 
 class PEGASUS_CLIENT_LINKAGE CIMClient
 {
@@ -134,6 +136,7 @@ private:
     CIMClient& operator=(const CIMClient&) = delete;
 
     ClientTransport& _connection();
+    CIMOperationResponse _execute(const CIMOperationRequest& request);
     void _attach(std::unique_ptr<ClientTransport> transport, const String& target);
 
     std::unique_ptr<ClientTransport> _transport;

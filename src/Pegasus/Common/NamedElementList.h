@@ -10,6 +10,7 @@
 
 #include <vector>
 #include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/NameIndex.h>
 #include <Pegasus/Common/NameTag.h>
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Common/Exception.h>
@@ -25,6 +26,12 @@ class NamedElementList
 public:
     // `kind` names the element in duplicate errors: already exists: property "X".
     explicit NamedElementList(const char* kind) : _kind(kind) {}
+
+    // Lists this long are searched through a NameIndex; shorter ones (every class and
+    // instance of the schema) by scanning the names' tags, which is cheaper for them. So
+    // adding an element costs at most this many comparisons of names, and a list of any
+    // length is built in linear time.
+    static constexpr Uint32 kIndexedFrom = 64;
 
     ~NamedElementList() { clear(); }
 
@@ -42,6 +49,10 @@ public:
 
     Uint32 find(const CIMName& name) const
     {
+        if (!_index.empty())
+            return _index.find(
+                name.getString(),
+                [this](Uint32 i) -> const String& { return _items[i].getName().getString(); });
         const Uint32 tag = _tagOf(name);
         for (size_t i = 0; i < _items.size(); i++)
         {
@@ -85,6 +96,8 @@ public:
         _release(_items[index]);
         _items.erase(_items.begin() + index);
         _tags.erase(_tags.begin() + index);
+        // Positions after it moved: find() scans until the next _append() rebuilds.
+        _index.clear();
     }
 
     void clear()
@@ -93,6 +106,7 @@ public:
             _release(x);
         _items.clear();
         _tags.clear();
+        _index.clear();
     }
 
     // Deep copy: every element cloned into `out`, which is emptied first.
@@ -139,6 +153,30 @@ private:
             throw;
         }
         x._changeOwnerCount(1);
+        _indexLast();
+    }
+
+    // Brings _index up to date with the element just appended. The index only speeds up
+    // find(): if it cannot be built it is dropped, and find() scans.
+    void _indexLast()
+    {
+        const Uint32 n = Uint32(_items.size());
+        if (n < kIndexedFrom)
+            return;
+        try
+        {
+            if (_index.size() + 1 != n)
+            {
+                _index.clear();
+                for (Uint32 i = 0; i + 1 < n; i++)
+                    _index.insert(_items[i].getName().getString(), i);
+            }
+            _index.insert(_items[n - 1].getName().getString(), n - 1);
+        }
+        catch (...)
+        {
+            _index.clear();
+        }
     }
 
     static void _release(const H& x) { x._changeOwnerCount(-1); }
@@ -150,6 +188,9 @@ private:
     const char* _kind;
     std::vector<H> _items;
     std::vector<Uint32> _tags;  // _tagOf() of each element's name
+    // Positions by name once the list holds kIndexedFrom elements; empty below that, and
+    // after a removal until the next append.
+    NameIndex _index;
 };
 
 PEGASUS_NAMESPACE_END

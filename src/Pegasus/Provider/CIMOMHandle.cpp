@@ -21,6 +21,19 @@ CIMOMHandleRep& CIMOMHandle::_host() const
     return *_rep;
 }
 
+// Every operation: its request built, run by the host, its answer unpacked
+// (CIMOperationMessage.h), as CIMClient does it.
+namespace
+{
+CIMOperationResponse
+run(CIMOMHandleRep& host, const OperationContext& context, const CIMOperationRequest& request)
+{
+    CIMOperationResponse response = host.execute(context, request);
+    response.checked();
+    return response;
+}
+}  // namespace
+
 CIMClass CIMOMHandle::getClass(
     const OperationContext& context,
     const CIMNamespaceName& nameSpace,
@@ -30,9 +43,11 @@ CIMClass CIMOMHandle::getClass(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _host().getClass(
-        context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
-        propertyList);
+    return run(_host(), context,
+               CIMOperationRequest::getClass(
+                   nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+                   propertyList))
+        .cimClass;
 }
 
 Array<CIMClass> CIMOMHandle::enumerateClasses(
@@ -44,9 +59,11 @@ Array<CIMClass> CIMOMHandle::enumerateClasses(
     Boolean includeQualifiers,
     Boolean includeClassOrigin)
 {
-    return _host().enumerateClasses(
-        context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-        includeClassOrigin);
+    return run(_host(), context,
+               CIMOperationRequest::enumerateClasses(
+                   nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                   includeClassOrigin))
+        .classes;
 }
 
 Array<CIMName> CIMOMHandle::enumerateClassNames(
@@ -55,7 +72,9 @@ Array<CIMName> CIMOMHandle::enumerateClassNames(
     const CIMName& className,
     Boolean deepInheritance)
 {
-    return _host().enumerateClassNames(context, nameSpace, className, deepInheritance);
+    return run(_host(), context,
+               CIMOperationRequest::enumerateClassNames(nameSpace, className, deepInheritance))
+        .classNames;
 }
 
 void CIMOMHandle::createClass(
@@ -63,7 +82,7 @@ void CIMOMHandle::createClass(
     const CIMNamespaceName& nameSpace,
     const CIMClass& newClass)
 {
-    _host().createClass(context, nameSpace, newClass);
+    run(_host(), context, CIMOperationRequest::createClass(nameSpace, newClass));
 }
 
 void CIMOMHandle::modifyClass(
@@ -71,7 +90,7 @@ void CIMOMHandle::modifyClass(
     const CIMNamespaceName& nameSpace,
     const CIMClass& modifiedClass)
 {
-    _host().modifyClass(context, nameSpace, modifiedClass);
+    run(_host(), context, CIMOperationRequest::modifyClass(nameSpace, modifiedClass));
 }
 
 void CIMOMHandle::deleteClass(
@@ -79,7 +98,7 @@ void CIMOMHandle::deleteClass(
     const CIMNamespaceName& nameSpace,
     const CIMName& className)
 {
-    _host().deleteClass(context, nameSpace, className);
+    run(_host(), context, CIMOperationRequest::deleteClass(nameSpace, className));
 }
 
 CIMInstance CIMOMHandle::getInstance(
@@ -91,9 +110,11 @@ CIMInstance CIMOMHandle::getInstance(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _host().getInstance(
-        context, nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
-        propertyList);
+    return run(_host(), context,
+               CIMOperationRequest::getInstance(
+                   nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
+                   propertyList))
+        .instance;
 }
 
 Array<CIMInstance> CIMOMHandle::enumerateInstances(
@@ -106,9 +127,11 @@ Array<CIMInstance> CIMOMHandle::enumerateInstances(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _host().enumerateInstances(
-        context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+    return run(_host(), context,
+               CIMOperationRequest::enumerateInstances(
+                   nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                   includeClassOrigin, propertyList))
+        .instances;
 }
 
 Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(
@@ -116,7 +139,8 @@ Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(
     const CIMNamespaceName& nameSpace,
     const CIMName& className)
 {
-    return _host().enumerateInstanceNames(context, nameSpace, className);
+    return run(_host(), context, CIMOperationRequest::enumerateInstanceNames(nameSpace, className))
+        .paths;
 }
 
 CIMObjectPath CIMOMHandle::createInstance(
@@ -124,7 +148,8 @@ CIMObjectPath CIMOMHandle::createInstance(
     const CIMNamespaceName& nameSpace,
     const CIMInstance& newInstance)
 {
-    return _host().createInstance(context, nameSpace, newInstance);
+    return run(_host(), context, CIMOperationRequest::createInstance(nameSpace, newInstance))
+        .createdName();
 }
 
 void CIMOMHandle::modifyInstance(
@@ -134,7 +159,9 @@ void CIMOMHandle::modifyInstance(
     Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
-    _host().modifyInstance(context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
+    run(_host(), context,
+        CIMOperationRequest::modifyInstance(
+            nameSpace, modifiedInstance, includeQualifiers, propertyList));
 }
 
 void CIMOMHandle::deleteInstance(
@@ -142,7 +169,7 @@ void CIMOMHandle::deleteInstance(
     const CIMNamespaceName& nameSpace,
     const CIMObjectPath& instanceName)
 {
-    _host().deleteInstance(context, nameSpace, instanceName);
+    run(_host(), context, CIMOperationRequest::deleteInstance(nameSpace, instanceName));
 }
 
 Array<CIMObject> CIMOMHandle::execQuery(
@@ -151,7 +178,8 @@ Array<CIMObject> CIMOMHandle::execQuery(
     const String& queryLanguage,
     const String& query)
 {
-    return _host().execQuery(context, nameSpace, queryLanguage, query);
+    return run(_host(), context, CIMOperationRequest::execQuery(nameSpace, queryLanguage, query))
+        .objects;
 }
 
 Array<CIMObject> CIMOMHandle::associators(
@@ -166,9 +194,11 @@ Array<CIMObject> CIMOMHandle::associators(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _host().associators(
-        context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
-        includeQualifiers, includeClassOrigin, propertyList);
+    return run(_host(), context,
+               CIMOperationRequest::associators(
+                   nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                   includeQualifiers, includeClassOrigin, propertyList))
+        .objects;
 }
 
 Array<CIMObjectPath> CIMOMHandle::associatorNames(
@@ -180,8 +210,10 @@ Array<CIMObjectPath> CIMOMHandle::associatorNames(
     const String& role,
     const String& resultRole)
 {
-    return _host().associatorNames(
-        context, nameSpace, objectName, assocClass, resultClass, role, resultRole);
+    return run(_host(), context,
+               CIMOperationRequest::associatorNames(
+                   nameSpace, objectName, assocClass, resultClass, role, resultRole))
+        .paths;
 }
 
 Array<CIMObject> CIMOMHandle::references(
@@ -194,9 +226,11 @@ Array<CIMObject> CIMOMHandle::references(
     Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _host().references(
-        context, nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
-        propertyList);
+    return run(_host(), context,
+               CIMOperationRequest::references(
+                   nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+                   propertyList))
+        .objects;
 }
 
 Array<CIMObjectPath> CIMOMHandle::referenceNames(
@@ -206,7 +240,9 @@ Array<CIMObjectPath> CIMOMHandle::referenceNames(
     const CIMName& resultClass,
     const String& role)
 {
-    return _host().referenceNames(context, nameSpace, objectName, resultClass, role);
+    return run(_host(), context,
+               CIMOperationRequest::referenceNames(nameSpace, objectName, resultClass, role))
+        .paths;
 }
 
 CIMValue CIMOMHandle::getProperty(
@@ -215,7 +251,9 @@ CIMValue CIMOMHandle::getProperty(
     const CIMObjectPath& instanceName,
     const CIMName& propertyName)
 {
-    return _host().getProperty(context, nameSpace, instanceName, propertyName);
+    return run(_host(), context,
+               CIMOperationRequest::getProperty(nameSpace, instanceName, propertyName))
+        .value;
 }
 
 void CIMOMHandle::setProperty(
@@ -225,7 +263,8 @@ void CIMOMHandle::setProperty(
     const CIMName& propertyName,
     const CIMValue& newValue)
 {
-    _host().setProperty(context, nameSpace, instanceName, propertyName, newValue);
+    run(_host(), context,
+        CIMOperationRequest::setProperty(nameSpace, instanceName, propertyName, newValue));
 }
 
 CIMValue CIMOMHandle::invokeMethod(
@@ -236,8 +275,9 @@ CIMValue CIMOMHandle::invokeMethod(
     const Array<CIMParamValue>& inParameters,
     Array<CIMParamValue>& outParameters)
 {
-    return _host().invokeMethod(
-        context, nameSpace, instanceName, methodName, inParameters, outParameters);
+    return run(_host(), context,
+               CIMOperationRequest::invokeMethod(nameSpace, instanceName, methodName, inParameters))
+        .methodResult(outParameters);
 }
 
 void CIMOMHandle::disallowProviderUnload()

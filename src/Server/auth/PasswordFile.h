@@ -41,7 +41,8 @@ public:
     static PasswordFile parse(const std::string& text, const std::string& origin);
     // Reads and parses `path`; a missing file gives an empty list only when allowMissing.
     static PasswordFile load(const std::string& path, bool allowMissing);
-    // Writes the file atomically (temporary file + rename), readable by the owner only.
+    // Writes the file atomically (temporary file + rename): a new file is readable by its
+    // owner only; a replaced one keeps its owner, group and permissions.
     void save(const std::string& path) const;
 
     std::string format() const;

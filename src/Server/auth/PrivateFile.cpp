@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qel
@@ -51,6 +52,17 @@ bool replaceFile(const std::string& path, const std::string& text, std::string& 
             return false;
         }
         done += static_cast<size_t>(n);
+    }
+    // A replaced file keeps its owner, group and permissions: the service's group must
+    // still read the file after root changed it with qel-passwd or qel-certmap.
+    struct stat previous;
+    if (::stat(path.c_str(), &previous) == 0)
+    {
+        if (::fchown(fd, previous.st_uid, previous.st_gid) != 0)
+        {
+            // Not allowed to give it away (not root): the file stays the writer's own.
+        }
+        ::fchmod(fd, previous.st_mode & 0777);
     }
     if (::fsync(fd) != 0 || ::close(fd) != 0)
     {

@@ -17,17 +17,70 @@ using namespace qel::auth;
 namespace
 {
 
-int usage(std::ostream& out, int rc)
+const char* const kSynopsis[] = {
+    "qel-passwd [-f FILE] add USER [--generate]",
+    "qel-passwd [-f FILE] set USER [--generate]",
+    "qel-passwd [-f FILE] remove USER",
+    "qel-passwd [-f FILE] list",
+};
+
+// A usage error prints the synopsis; --help prints the whole text.
+int usage()
 {
-    out << "usage: qel-passwd [-f FILE] add USER [--generate]\n"
-           "       qel-passwd [-f FILE] set USER [--generate]\n"
-           "       qel-passwd [-f FILE] remove USER\n"
-           "       qel-passwd [-f FILE] list\n"
-           "The password is read from standard input (asked twice on a terminal);\n"
-           "--generate creates a random one and prints it.\n"
-           "FILE defaults to $QEL_PASSWORD_FILE, else "
-        << kDefaultPasswordFile << ".\n";
-    return rc;
+    const char* lead = "usage: ";
+    for (const char* line : kSynopsis)
+    {
+        std::cerr << lead << line << "\n";
+        lead = "       ";
+    }
+    std::cerr << "(qel-passwd --help for more)\n";
+    return 2;
+}
+
+int help()
+{
+    std::cout << "NAME\n"
+                 "  qel-passwd - manage the users of the CIM server\n"
+                 "\n"
+                 "SYNOPSIS\n";
+    for (const char* line : kSynopsis)
+        std::cout << "  " << line << "\n";
+    std::cout
+        << "  qel-passwd --help\n"
+           "\n"
+           "DESCRIPTION\n"
+           "  Adds and removes the users that log in to qel-cimserver with HTTP Basic, sets\n"
+           "  their passwords and lists them. The file holds one \"user:hash\" line per user,\n"
+           "  the hash a salted one-way libcrypt hash (yescrypt where available, else\n"
+           "  SHA-512); no password is ever stored. Passwords are read from standard input,\n"
+           "  never from the command line, so they do not show in process listings: asked\n"
+           "  twice without echo on a terminal, else read as one line. The file is replaced\n"
+           "  atomically (a new file is readable by its owner only). A running server reads\n"
+           "  it again on SIGHUP (systemctl reload qel-cimserver).\n"
+           "\n"
+           "COMMANDS\n"
+           "  add USER       a new user; fails if USER exists (the file is created if needed)\n"
+           "  set USER       a new password for an existing user\n"
+           "  remove USER    remove the user\n"
+           "  list           the users, one per line\n"
+           "  User names are letters, digits, '.', '_' and '-', at most 64.\n"
+           "\n"
+           "OPTIONS\n"
+           "  -f FILE        the password file (default $QEL_PASSWORD_FILE, else "
+        << kDefaultPasswordFile
+        << ")\n"
+           "  --generate     make up a random password and print it\n"
+           "  -h, --help     this text\n"
+           "\n"
+           "EXIT STATUS\n"
+           "  0  done\n"
+           "  1  no such user, user exists, invalid user name, or the file could not be\n"
+           "     read or written\n"
+           "  2  wrong command line\n"
+           "\n"
+           "SEE ALSO\n"
+           "  qel-cimserver --help\n";
+    return 0;
 }
 
 std::string readLine(const char* prompt, bool terminal)
@@ -80,23 +133,23 @@ int main(int argc, char** argv)
         i += 2;
     }
     if (i >= argc)
-        return usage(std::cerr, 2);
+        return usage();
     const std::string command = argv[i++];
     if (command == "-h" || command == "--help")
-        return usage(std::cout, 0);
+        return help();
     try
     {
         if (command == "list")
         {
             if (i != argc)
-                return usage(std::cerr, 2);
+                return usage();
             const PasswordFile file = PasswordFile::load(path, true);
             for (const PasswordEntry& e : file.entries())
                 std::cout << e.user << "\n";
             return 0;
         }
         if (i >= argc)
-            return usage(std::cerr, 2);
+            return usage();
         const std::string user = argv[i++];
         bool generate = false;
         if (i < argc && std::strcmp(argv[i], "--generate") == 0 && command != "remove")
@@ -105,7 +158,7 @@ int main(int argc, char** argv)
             ++i;
         }
         if (i != argc)
-            return usage(std::cerr, 2);
+            return usage();
         if (!PasswordFile::validUserName(user))
         {
             std::cerr << "qel-passwd: invalid user name \"" << user
@@ -145,7 +198,7 @@ int main(int argc, char** argv)
         }
         else
         {
-            return usage(std::cerr, 2);
+            return usage();
         }
         file.save(path);
         return 0;

@@ -14,7 +14,6 @@ using namespace Pegasus;
 using qel::cimxml::CimRequest;
 using qel::cimxml::CimResponse;
 using qel::cimxml::Operation;
-using qel::cimxml::Param;
 
 namespace qel
 {
@@ -23,80 +22,13 @@ namespace client
 namespace
 {
 
-// Class and keys only: the namespace travels separately and the host is the server's.
+// Class and keys only.
 CIMObjectPath localName(const CIMObjectPath& path)
 {
     CIMObjectPath p = path;
     p.setHost(String());
     p.setNameSpace(CIMNamespaceName());
     return p;
-}
-
-void mark(CimRequest& r, Param p)
-{
-    r.present.set(static_cast<size_t>(p));
-}
-
-void setFlags(CimRequest& r, std::initializer_list<std::pair<Param, bool>> flags)
-{
-    for (const auto& f : flags)
-    {
-        switch (f.first)
-        {
-            case Param::LocalOnly:
-                r.localOnly = f.second;
-                break;
-            case Param::DeepInheritance:
-                r.deepInheritance = f.second;
-                break;
-            case Param::IncludeQualifiers:
-                r.includeQualifiers = f.second;
-                break;
-            case Param::IncludeClassOrigin:
-                r.includeClassOrigin = f.second;
-                break;
-            default:
-                continue;
-        }
-        mark(r, f.first);
-    }
-}
-
-void setPropertyList(CimRequest& r, const CIMPropertyList& list)
-{
-    if (list.isNull())
-        return;
-    r.propertyList = list;
-    mark(r, Param::PropertyList);
-}
-
-void setAssociationFilters(
-    CimRequest& r,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
-{
-    if (!assocClass.isNull())
-    {
-        r.assocClass = assocClass;
-        mark(r, Param::AssocClass);
-    }
-    if (!resultClass.isNull())
-    {
-        r.resultClass = resultClass;
-        mark(r, Param::ResultClass);
-    }
-    if (role.size() != 0)
-    {
-        r.role = role;
-        mark(r, Param::Role);
-    }
-    if (resultRole.size() != 0)
-    {
-        r.resultRole = resultRole;
-        mark(r, Param::ResultRole);
-    }
 }
 
 std::string reasonPhrase(int status)
@@ -175,27 +107,28 @@ void CimXmlTransport::setTimeout(Uint32 timeoutMilliseconds)
     _connection->setTimeout(std::chrono::milliseconds(timeoutMilliseconds));
 }
 
-CimRequest CimXmlTransport::intrinsic(Operation op, const CIMNamespaceName& nameSpace)
+CimResponse CimXmlTransport::execute(const CimRequest& request)
 {
-    CimRequest r;
-    r.operation = op;
-    r.methodName = String(cimxml::specOf(op).name);
-    r.nameSpace = nameSpace;
-    return r;
-}
-
-CimResponse CimXmlTransport::roundTrip(CimRequest& request)
-{
-    request.messageId = std::to_string(_nextMessageId++);
+    // Paths travel as class and keys: the namespace travels separately and the host is the
+    // server's.
+    CimRequest wire = request;
+    wire.objectName = localName(request.objectName);
+    wire.target = localName(request.target);
+    if (request.operation == Operation::ModifyInstance)
+    {
+        wire.instance = request.instance.clone();
+        wire.instance.setPath(localName(request.instance.getPath()));
+    }
+    wire.messageId = std::to_string(_nextMessageId++);
     std::vector<std::pair<std::string, std::string>> headers{
         {"CIMProtocolVersion", "1.0"},
         {"CIMOperation", "MethodCall"},
-        {"CIMMethod", cimxml::cimMethodHeader(request)},
-        {"CIMObject", cimxml::cimObjectHeader(request)},
+        {"CIMMethod", cimxml::cimMethodHeader(wire)},
+        {"CIMObject", cimxml::cimObjectHeader(wire)},
     };
     if (!_authorization.empty())
         headers.emplace_back("Authorization", _authorization);
-    const HttpResult reply = _connection->post(headers, cimxml::encodeRequest(request));
+    const HttpResult reply = _connection->post(headers, cimxml::encodeRequest(wire));
     if (reply.status != 200)
     {
         std::string text =
@@ -208,212 +141,14 @@ CimResponse CimXmlTransport::roundTrip(CimRequest& request)
         throw CIMException(
             reply.status == 401 ? CIM_ERR_ACCESS_DENIED : CIM_ERR_FAILED, String(text.c_str()));
     }
-    CimResponse response;
     try
     {
-        response = cimxml::decodeResponse(reply.body.data(), reply.body.size(), request);
+        return cimxml::decodeResponse(reply.body.data(), reply.body.size(), wire);
     }
     catch (const cimxml::ResponseError& e)
     {
         throw CIMException(CIM_ERR_FAILED, String(e.what()));
     }
-    if (response.failed)
-        throw response.error;
-    return response;
-}
-
-CIMClass CimXmlTransport::getClass(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::GetClass, nameSpace);
-    r.className = className;
-    mark(r, Param::ClassName);
-    setFlags(
-        r, {{Param::LocalOnly, localOnly},
-            {Param::IncludeQualifiers, includeQualifiers},
-            {Param::IncludeClassOrigin, includeClassOrigin}});
-    setPropertyList(r, propertyList);
-    return roundTrip(r).cimClass;
-}
-
-CIMInstance CimXmlTransport::getInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::GetInstance, nameSpace);
-    r.objectName = localName(instanceName);
-    mark(r, Param::InstanceName);
-    setFlags(
-        r, {{Param::LocalOnly, localOnly},
-            {Param::IncludeQualifiers, includeQualifiers},
-            {Param::IncludeClassOrigin, includeClassOrigin}});
-    setPropertyList(r, propertyList);
-    return roundTrip(r).instance;
-}
-
-Array<CIMInstance> CimXmlTransport::enumerateInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::EnumerateInstances, nameSpace);
-    r.className = className;
-    mark(r, Param::ClassName);
-    setFlags(
-        r, {{Param::DeepInheritance, deepInheritance},
-            {Param::LocalOnly, localOnly},
-            {Param::IncludeQualifiers, includeQualifiers},
-            {Param::IncludeClassOrigin, includeClassOrigin}});
-    setPropertyList(r, propertyList);
-    return roundTrip(r).instances;
-}
-
-Array<CIMObjectPath>
-CimXmlTransport::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className)
-{
-    CimRequest r = intrinsic(Operation::EnumerateInstanceNames, nameSpace);
-    r.className = className;
-    mark(r, Param::ClassName);
-    return roundTrip(r).paths;
-}
-
-CIMObjectPath
-CimXmlTransport::createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
-{
-    CimRequest r = intrinsic(Operation::CreateInstance, nameSpace);
-    r.instance = newInstance;
-    mark(r, Param::NewInstance);
-    const CimResponse response = roundTrip(r);
-    if (response.paths.size() != 1)
-        throw CIMException(CIM_ERR_FAILED, "CreateInstance answered without a name");
-    return response.paths[0];
-}
-
-void CimXmlTransport::modifyInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::ModifyInstance, nameSpace);
-    r.instance = modifiedInstance.clone();
-    r.instance.setPath(localName(modifiedInstance.getPath()));
-    mark(r, Param::ModifiedInstance);
-    setFlags(r, {{Param::IncludeQualifiers, includeQualifiers}});
-    setPropertyList(r, propertyList);
-    roundTrip(r);
-}
-
-void CimXmlTransport::deleteInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName)
-{
-    CimRequest r = intrinsic(Operation::DeleteInstance, nameSpace);
-    r.objectName = localName(instanceName);
-    mark(r, Param::InstanceName);
-    roundTrip(r);
-}
-
-Array<CIMObject> CimXmlTransport::associators(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::Associators, nameSpace);
-    r.objectName = localName(objectName);
-    mark(r, Param::ObjectName);
-    setAssociationFilters(r, assocClass, resultClass, role, resultRole);
-    setFlags(
-        r, {{Param::IncludeQualifiers, includeQualifiers},
-            {Param::IncludeClassOrigin, includeClassOrigin}});
-    setPropertyList(r, propertyList);
-    return roundTrip(r).objects;
-}
-
-Array<CIMObjectPath> CimXmlTransport::associatorNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
-{
-    CimRequest r = intrinsic(Operation::AssociatorNames, nameSpace);
-    r.objectName = localName(objectName);
-    mark(r, Param::ObjectName);
-    setAssociationFilters(r, assocClass, resultClass, role, resultRole);
-    return roundTrip(r).paths;
-}
-
-Array<CIMObject> CimXmlTransport::references(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    CimRequest r = intrinsic(Operation::References, nameSpace);
-    r.objectName = localName(objectName);
-    mark(r, Param::ObjectName);
-    setAssociationFilters(r, CIMName(), resultClass, role, String());
-    setFlags(
-        r, {{Param::IncludeQualifiers, includeQualifiers},
-            {Param::IncludeClassOrigin, includeClassOrigin}});
-    setPropertyList(r, propertyList);
-    return roundTrip(r).objects;
-}
-
-Array<CIMObjectPath> CimXmlTransport::referenceNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role)
-{
-    CimRequest r = intrinsic(Operation::ReferenceNames, nameSpace);
-    r.objectName = localName(objectName);
-    mark(r, Param::ObjectName);
-    setAssociationFilters(r, CIMName(), resultClass, role, String());
-    return roundTrip(r).paths;
-}
-
-CIMValue CimXmlTransport::invokeMethod(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
-    Array<CIMParamValue>& outParameters)
-{
-    CimRequest r;
-    r.operation = Operation::InvokeMethod;
-    r.methodName = methodName.getString();
-    r.nameSpace = nameSpace;
-    r.target = localName(instanceName);
-    r.inParameters = inParameters;
-    CimResponse response = roundTrip(r);
-    for (Uint32 i = 0; i < response.outParameters.size(); ++i)
-        outParameters.append(response.outParameters[i]);
-    return response.value;
 }
 
 }  // namespace client

@@ -41,86 +41,12 @@ public:
 
     void setTimeout(Pegasus::Uint32 timeoutMilliseconds) override;
 
-    Pegasus::CIMClass getClass(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className,
-        Pegasus::Boolean localOnly,
-        Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::CIMInstance getInstance(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& instanceName,
-        Pegasus::Boolean localOnly,
-        Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMInstance> enumerateInstances(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className,
-        Pegasus::Boolean deepInheritance,
-        Pegasus::Boolean localOnly,
-        Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> enumerateInstanceNames(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className) override;
-    Pegasus::CIMObjectPath createInstance(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMInstance& newInstance) override;
-    void modifyInstance(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMInstance& modifiedInstance,
-        Pegasus::Boolean includeQualifiers,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    void deleteInstance(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& instanceName) override;
-    Pegasus::Array<Pegasus::CIMObject> associators(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& assocClass,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        const Pegasus::String& resultRole,
-        Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> associatorNames(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& assocClass,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        const Pegasus::String& resultRole) override;
-    Pegasus::Array<Pegasus::CIMObject> references(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> referenceNames(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role) override;
-    Pegasus::CIMValue invokeMethod(
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& instanceName,
-        const Pegasus::CIMName& methodName,
-        const Pegasus::Array<Pegasus::CIMParamValue>& inParameters,
-        Pegasus::Array<Pegasus::CIMParamValue>& outParameters) override;
+    // One request on the connection; HTTP errors and unusable replies are thrown as
+    // CIMException, a CIM error reply comes back in the response.
+    Pegasus::CIMOperationResponse execute(const Pegasus::CIMOperationRequest& request) override;
 
 private:
     CimXmlTransport(std::unique_ptr<HttpClientConnection> connection, std::string authorization);
-    // Sends the request and returns the successful response; CIM errors, HTTP errors and
-    // unusable replies are thrown.
-    cimxml::CimResponse roundTrip(cimxml::CimRequest& request);
-    cimxml::CimRequest intrinsic(cimxml::Operation op, const Pegasus::CIMNamespaceName& nameSpace);
-
     std::unique_ptr<HttpClientConnection> _connection;
     std::string _authorization;  // "" on the local socket
     unsigned long _nextMessageId = 1;

@@ -34,8 +34,11 @@ void CIMServer::start()
         for (const std::string& file : _options.mofFiles)
             compiler.compileFile(file);
 
+        std::vector<BuiltInProvider> builtIns;
+        for (const auto& registration : _options.builtInProviders)
+            builtIns.push_back(registration(*this));
         _registry = std::make_unique<ProviderRegistry>(ProviderRegistry::load(
-            *_repository, CIMNamespaceName(_options.interopNamespace.c_str())));
+            *_repository, CIMNamespaceName(_options.interopNamespace.c_str()), builtIns));
 
         // Handles are made when a provider is first used, by then the
         // dispatcher behind them exists.
@@ -62,6 +65,7 @@ void CIMServer::start()
         _teardown();
         throw;
     }
+    _startTime = CIMDateTime::getCurrentDateTime();
     _running.store(true);
     ServerLog::info(
         "CIM server core started: " + std::to_string(_registry->providers().size()) +
@@ -115,6 +119,13 @@ Dispatcher& CIMServer::dispatcher()
     return *_dispatcher;
 }
 
+CIMOMHandle CIMServer::handle()
+{
+    if (!_handleRep)
+        throw Exception("The CIM server is not running.");
+    return CIMOMHandle(std::shared_ptr<CIMOMHandleRep>(_handleRep));
+}
+
 const ClassRepository& CIMServer::repository() const
 {
     if (!_repository)
@@ -134,6 +145,13 @@ ProviderManager& CIMServer::providers()
     if (!_providers)
         throw Exception("The CIM server is not running.");
     return *_providers;
+}
+
+CIMDateTime CIMServer::startTime() const
+{
+    if (!_running.load())
+        throw Exception("The CIM server is not running.");
+    return _startTime;
 }
 
 bool CIMServer::submit(std::function<void()> request)

@@ -8,6 +8,7 @@
 // A front-end (HTTP, Unix socket) decodes a request, builds its context with
 // Dispatcher::requestContext(user, client address) and runs it on the pool
 // with submit(); or calls the dispatcher directly on a thread of its own.
+// In process, handle() reaches the server as a provider's CIMOMHandle does.
 #ifndef QEL_Server_CIMServer_h
 #define QEL_Server_CIMServer_h
 
@@ -15,6 +16,8 @@
 #include "ProviderRegistry.h"
 
 #include <Pegasus/Client/ClientTransport.h>
+#include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Provider/CIMOMHandle.h>
 
 #include <atomic>
 #include <functional>
@@ -26,6 +29,7 @@
 namespace Pegasus
 {
 
+class CIMServer;
 class ClassRepository;
 class LocalEndpoint;
 class ProviderManager;
@@ -49,6 +53,11 @@ struct CIMServerOptions
     // one server of a process can have it.
     bool installLocalTransport = true;
     DispatcherOptions dispatcher;
+    // Providers compiled into the server. Each function is called once at
+    // start, before the registrations are read, and returns the provider's
+    // registration; its factory runs on first use, when the server is
+    // running and what it captured of the server may be asked.
+    std::vector<std::function<BuiltInProvider(CIMServer&)>> builtInProviders;
 };
 
 class CIMServer
@@ -70,9 +79,13 @@ public:
 
     // Valid while running.
     Dispatcher& dispatcher();
+    // A handle on this server, as its providers get one.
+    CIMOMHandle handle();
     const ClassRepository& repository() const;
     const ProviderRegistry& registry() const;
     ProviderManager& providers();
+    // When the last start() completed.
+    CIMDateTime startTime() const;
 
     // Runs a request on a worker thread. False when the server is not
     // running or too many requests are waiting; the caller answers the
@@ -94,6 +107,7 @@ private:
     bool _localInstalled = false;
     LocalTransportFactory _previousLocalFactory;
     std::unique_ptr<ThreadPool> _pool;
+    CIMDateTime _startTime;  // written by start() before _running is set
 };
 
 }  // namespace Pegasus

@@ -1,8 +1,8 @@
 // Executes CIM operations in process: checks the request against the class
 // repository, chooses the registered providers, calls them with the
-// request's OperationContext and a checking response handler, and returns
-// what they deliver, filtered as a CIMOM filters it. Every failure leaves as
-// a CIMException with the code a client expects:
+// request's OperationContext and a checking response handler, and hands on
+// what they deliver, filtered as a CIMOM filters it. Every failure ends the
+// answer with a CIMException with the code a client expects:
 //   unknown namespace                    CIM_ERR_INVALID_NAMESPACE
 //   unknown class (instance operations)  CIM_ERR_INVALID_CLASS
 //   unknown class (GetClass)             CIM_ERR_NOT_FOUND
@@ -12,29 +12,25 @@
 //   unknown method                       CIM_ERR_METHOD_NOT_FOUND
 //   no provider for the operation        CIM_ERR_NOT_SUPPORTED
 //                                        (InvokeMethod: CIM_ERR_METHOD_NOT_AVAILABLE;
-//                                        associations: when none serves the
-//                                        object, while filters that rule out
-//                                        every one served answer nothing)
+//                                        associations of an object no served
+//                                        association references: an empty answer)
+//   class changes, queries               CIM_ERR_NOT_SUPPORTED
 //   provider's CIMException              its code and message
 //   provider's other exceptions          CIM_ERR_FAILED with their text
 //
-// Calls are synchronous and run on the calling thread; any number may run
-// at once, and a provider may call back into the dispatcher (through its
-// CIMOMHandle or a local client connection) from inside a call.
+// One entry point, execute(), runs any request; the answer leaves through a
+// CIMResponseSink (Pegasus/Common/CIMResponseSink.h), object by object, then
+// its end. Calls are synchronous and run on the calling thread; any number
+// may run at once, and a provider may call back into the dispatcher (through
+// its CIMOMHandle or a local client connection) from inside a call.
 #ifndef QEL_Server_Dispatcher_h
 #define QEL_Server_Dispatcher_h
 
 #include "AssociationSchema.h"
 #include "ServerResponseHandlers.h"
 
-#include <Pegasus/Common/CIMClass.h>
-#include <Pegasus/Common/CIMInstance.h>
-#include <Pegasus/Common/CIMName.h>
-#include <Pegasus/Common/CIMObject.h>
-#include <Pegasus/Common/CIMObjectPath.h>
-#include <Pegasus/Common/CIMParamValue.h>
-#include <Pegasus/Common/CIMPropertyList.h>
-#include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/CIMOperationMessage.h>
+#include <Pegasus/Common/CIMResponseSink.h>
 #include <Pegasus/Common/OperationContext.h>
 
 #include <vector>
@@ -73,159 +69,41 @@ public:
     const String& hostName() const { return _hostName; }
     const ClassRepository& repository() const { return _repository; }
 
-    // Class operations: answered from the repository.
-    CIMClass getClass(
+    // Runs `request` for the caller `context` names and writes its answer
+    // into `sink`, ending it with complete() or fail(); throws nothing.
+    // What each operation answers:
+    //  - class operations, from the repository;
+    //  - instance operations, from the instance providers. localOnly is
+    //    accepted and not honoured (deprecated; OpenPegasus ignores it too).
+    //    Enumerations ask the providers of the class and of every subclass;
+    //    with deepInheritance false and no property list, only the
+    //    properties of the requested class are returned. Created and
+    //    modified instances must carry properties the class declares
+    //    (CIM_ERR_NO_SUCH_PROPERTY) with the declared types
+    //    (CIM_ERR_TYPE_MISMATCH; null values take the declared type), and a
+    //    modification's property list names properties of the class;
+    //  - GetProperty, as OpenPegasus answers it: the value from a
+    //    getInstance whose property list names only that property
+    //    (CIM_ERR_NO_SUCH_PROPERTY when the class declares no such property
+    //    or the provider leaves it out). SetProperty: a modifyInstance of an
+    //    instance carrying only that property, with a property list naming
+    //    only it; a string value of a property declared otherwise is text
+    //    read as the declared type (CIM-XML sends NewValue without one;
+    //    malformed text: CIM_ERR_INVALID_PARAMETER);
+    //  - association operations: an object name with key bindings is an
+    //    instance request, answered by the association providers registered
+    //    for the association classes that can reference the object's class
+    //    (none, or filters that leave none of them: an empty answer);
+    //    one without keys is a class request, answered from the repository;
+    //  - InvokeMethod, by the class's method provider. Input parameters must
+    //    be declared by the method (CIM_ERR_INVALID_PARAMETER); untyped ones
+    //    (CIM-XML PARAMVALUEs without PARAMTYPE) are converted to the
+    //    declared type (malformed text: CIM_ERR_INVALID_PARAMETER), typed
+    //    ones must have it (CIM_ERR_TYPE_MISMATCH).
+    void execute(
         const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = true,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMName> enumerateClassNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(),
-        Boolean deepInheritance = false);
-
-    Array<CIMClass> enumerateClasses(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(),
-        Boolean deepInheritance = false,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = true,
-        Boolean includeClassOrigin = false);
-
-    // Instance operations. localOnly is accepted and not honoured for
-    // instances (deprecated; OpenPegasus ignores it too).
-    CIMInstance getInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    // The providers of the class and of every subclass are asked. With
-    // deepInheritance false and no property list, only the properties of
-    // the requested class are returned.
-    Array<CIMInstance> enumerateInstances(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance = true,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className);
-
-    // The instance's properties must be declared by its class
-    // (CIM_ERR_NO_SUCH_PROPERTY) with the declared type
-    // (CIM_ERR_TYPE_MISMATCH); null values take the declared type.
-    CIMObjectPath createInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance);
-
-    // As createInstance; names in a non-null propertyList must be
-    // properties of the class (CIM_ERR_NO_SUCH_PROPERTY).
-    void modifyInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers = true,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    void deleteInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName);
-
-    // Property operations, answered by the instance provider as OpenPegasus
-    // answers them. getProperty: the value from a getInstance whose property
-    // list names only that property; CIM_ERR_NO_SUCH_PROPERTY when the class
-    // declares no such property or the provider leaves it out.
-    CIMValue getProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName);
-
-    // A modifyInstance of an instance that carries only that property, with
-    // a property list naming only it. A string value of a property declared
-    // otherwise is text read as the declared type (CIM-XML sends NewValue
-    // without one; malformed text: CIM_ERR_INVALID_PARAMETER); anything
-    // else is checked as modifyInstance checks it.
-    void setProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName,
-        const CIMValue& newValue);
-
-    // Association operations. An objectName with key bindings is an
-    // instance request, answered by the association providers registered
-    // for the association classes that can reference the object's class
-    // (filters that leave none of them: an empty answer, as OpenPegasus gives);
-    // one without keys is a class request, answered from the repository.
-    Array<CIMObject> associators(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMObjectPath> associatorNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY);
-
-    Array<CIMObject> references(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMObjectPath> referenceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY);
-
-    // Extrinsic method of the class's method provider. Input parameters
-    // must be declared by the method (CIM_ERR_INVALID_PARAMETER); untyped
-    // ones (CIM-XML PARAMVALUEs without PARAMTYPE) are converted to the
-    // declared type (malformed text: CIM_ERR_INVALID_PARAMETER), typed ones
-    // must have it (CIM_ERR_TYPE_MISMATCH).
-    CIMValue invokeMethod(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
-        Array<CIMParamValue>& outParameters);
+        const CIMOperationRequest& request,
+        CIMResponseSink& sink);
 
 private:
     struct InstanceTarget
@@ -238,6 +116,47 @@ private:
         CIMName assocClass;
         const ProviderId* provider;
     };
+    // The answer under way: where its objects go, and what its end carries.
+    struct Answer
+    {
+        CIMResponseSink& sink;
+        CIMValue returnValue;
+        Array<CIMParamValue> outParameters;
+    };
+
+    // One per operation; the switch of execute() picks it.
+    void _getClass(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _enumerateClasses(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _enumerateClassNames(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _getInstance(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _enumerateInstances(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _enumerateInstanceNames(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _createInstance(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _modifyInstance(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _deleteInstance(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _getProperty(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _setProperty(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _associators(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _associatorNames(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _references(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _referenceNames(const OperationContext&, const CIMOperationRequest&, Answer&);
+    void _invokeMethod(const OperationContext&, const CIMOperationRequest&, Answer&);
+
+    // The provider's instance, filtered (GetInstance, GetProperty).
+    CIMInstance _fetchInstance(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList);
+    // The checked modification handed to the provider (ModifyInstance, SetProperty).
+    void _modify(
+        const OperationContext& context,
+        const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers,
+        const CIMPropertyList& propertyList);
 
     void _checkNamespace(const CIMNamespaceName& nameSpace) const;
     // The checks of an instance request's namespace and class; _instanceClass also
@@ -271,27 +190,30 @@ private:
         const CIMClass& cimClass,
         const CIMName& methodName,
         const Array<CIMParamValue>& inParameters) const;
-    // Copies of a provider's association results, filtered, with host and
-    // namespace filled in where the provider left them out.
-    void _appendObjects(
-        Array<CIMObject>& result,
-        const Array<CIMObject>& delivered,
-        const CIMNamespaceName& nameSpace,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) const;
-    Array<CIMObject> _classObjects(
+    // A provider's association object as the client gets it: filtered, with
+    // host and namespace filled in where the provider left them out.
+    void _deliverAssociationObject(
+        const CIMObject& delivered,
+        const CIMOperationRequest& request,
+        Answer& answer) const;
+    // The classes of a class-level association request, as objects or paths.
+    void _deliverClassObjects(
         const CIMNamespaceName& nameSpace,
         const std::vector<CIMName>& classNames,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) const;
-    Array<CIMObjectPath>
-    _classPaths(const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames) const;
+        const CIMOperationRequest& request,
+        Answer& answer) const;
+    void _deliverClassPaths(
+        const CIMNamespaceName& nameSpace,
+        const std::vector<CIMName>& classNames,
+        Answer& answer) const;
 
-    // Runs one provider operation through interface I; see Dispatcher.cpp.
+    // Runs one provider operation through interface I; see DispatcherCalls.h.
     template <class I, class Call>
     void _call(const ProviderId& provider, const HandlerProtocol& protocol, Call&& call);
+    // Asks every target's provider through interface I with a fresh list
+    // handler of type H; each object that leaves a handler reaches `forward`.
+    template <class I, class H, class Target, class Ask, class Forward>
+    void _fanOut(const std::vector<Target>& targets, Answer& answer, Ask&& ask, Forward&& forward);
 
     const ClassRepository& _repository;
     const ProviderRegistry& _registry;

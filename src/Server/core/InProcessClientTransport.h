@@ -67,93 +67,10 @@ public:
 
     void setTimeout(Uint32) override {}
 
-    CIMClass getClass(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-
-    CIMInstance getInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-
-    Array<CIMInstance> enumerateInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-
-    Array<CIMObjectPath>
-    enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className) override;
-
-    CIMObjectPath
-    createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) override;
-
-    void modifyInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers,
-        const CIMPropertyList& propertyList) override;
-
-    void
-    deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) override;
-
-    Array<CIMObject> associators(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-
-    Array<CIMObjectPath> associatorNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole) override;
-
-    Array<CIMObject> references(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-
-    Array<CIMObjectPath> referenceNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role) override;
-
-    CIMValue invokeMethod(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
-        Array<CIMParamValue>& outParameters) override;
+    // The dispatcher's whole answer, collected.
+    CIMOperationResponse execute(const CIMOperationRequest& request) override;
 
 private:
-    template <class Call>
-    auto _run(Call&& call) -> decltype(call());
-    // Only inside _run().
-    Dispatcher& server() const;
-
     std::shared_ptr<LocalEndpoint> _endpoint;
     OperationContext _context;
 };

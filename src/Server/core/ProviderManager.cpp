@@ -43,8 +43,10 @@ ProviderManager::Entry& ProviderManager::_entry(const ProviderId& id)
         if (!module)
         {
             module = std::make_unique<Module>();
-            module->library =
-                std::make_unique<ProviderLibrary>(id.moduleName, id.location, _directories);
+            // A provider compiled into the server has no library to load.
+            if (!id.create)
+                module->library =
+                    std::make_unique<ProviderLibrary>(id.moduleName, id.location, _directories);
         }
         entry = std::make_unique<Entry>();
         entry->id = &id;
@@ -57,7 +59,13 @@ ProviderManager::Entry& ProviderManager::_entry(const ProviderId& id)
 CIMProvider* ProviderManager::_create(Entry& entry)
 {
     std::lock_guard<std::mutex> lock(entry.module->mutex);
-    return entry.module->library->createProvider(entry.id->providerName);
+    if (!entry.id->create)
+        return entry.module->library->createProvider(entry.id->providerName);
+    CIMProvider* provider = entry.id->create();
+    if (provider == nullptr)
+        throw Exception(
+            safeString("built-in provider " + entry.id->describe() + " was not created."));
+    return provider;
 }
 
 ProviderManager::Lease ProviderManager::acquire(const ProviderId& id)
@@ -224,7 +232,8 @@ void ProviderManager::shutdown()
     for (auto& m : _modules)
     {
         std::lock_guard<std::mutex> moduleLock(m.second->mutex);
-        m.second->library->unload();
+        if (m.second->library)
+            m.second->library->unload();
     }
 }
 

@@ -1,6 +1,7 @@
 // Provider lifecycle as OpenPegasus's default provider manager runs it: a
 // module library is loaded on first use, PegasusCreateProvider is asked once
-// per registered provider name, initialize() is called once with the
+// per registered provider name (a provider compiled into the server is made
+// by its ProviderId::create instead), initialize() is called once with the
 // provider's CIMOMHandle, requests may then run concurrently, and shutdown
 // calls terminate() (the provider deletes itself there) before the libraries
 // are closed.
@@ -67,7 +68,7 @@ private:
         Ready
     };
 
-    struct Module;
+    struct Module;  // library is null for providers compiled into the server
     struct Entry
     {
         const ProviderId* id = nullptr;

@@ -44,15 +44,11 @@ std::string classKey(const CIMNamespaceName& ns, const CIMName& className)
     return nameKey(ns) + "\n" + nameKey(className);
 }
 
-// Reads the properties of one registration instance; every failure names
-// the instance (`what`) and the property.
-class InstanceFields
+// What a registration failure names: the instance or the built-in provider.
+class RegistrationSubject
 {
 public:
-    InstanceFields(const CIMInstance& instance, std::string what)
-        : _instance(instance), _what(std::move(what))
-    {
-    }
+    explicit RegistrationSubject(std::string what) : _what(std::move(what)) {}
 
     const std::string& what() const { return _what; }
     void setWhat(std::string what) { _what = std::move(what); }
@@ -60,6 +56,20 @@ public:
     [[noreturn]] void fail(const std::string& problem) const
     {
         throw Exception(safeString("provider registration: " + _what + ": " + problem));
+    }
+
+private:
+    std::string _what;
+};
+
+// Reads the properties of one registration instance; every failure names
+// the instance and the property.
+class InstanceFields : public RegistrationSubject
+{
+public:
+    InstanceFields(const CIMInstance& instance, std::string what)
+        : RegistrationSubject(std::move(what)), _instance(instance)
+    {
     }
 
     // A present, non-null value, or a null CIMValue when absent or null.
@@ -121,7 +131,6 @@ public:
 
 private:
     CIMInstance _instance;
-    std::string _what;
 };
 
 std::string quoted(const String& s)
@@ -140,13 +149,16 @@ public:
     {
     }
 
-    ProviderRegistry run()
+    ProviderRegistry run(const std::vector<BuiltInProvider>& builtIns)
     {
-        if (!_repository.namespaceExists(_interop))
-            return std::move(_registry);
-        _readModules();
-        _readProviders();
-        _readCapabilities();
+        if (_repository.namespaceExists(_interop))
+        {
+            _readModules();
+            _readProviders();
+            _readCapabilities();
+        }
+        for (const BuiltInProvider& builtIn : builtIns)
+            _addBuiltIn(builtIn);
         return std::move(_registry);
     }
 
@@ -261,22 +273,63 @@ private:
             {
                 if (!CIMNamespaceName::legal(namespaces[n]))
                     f.fail("namespace " + quoted(namespaces[n]) + " is not a legal namespace name");
-                CIMNamespaceName ns(namespaces[n]);
-                if (!_repository.namespaceExists(ns))
-                    f.fail("namespace " + quoted(namespaces[n]) + " does not exist");
-                if (!_repository.classExists(ns, className))
-                    f.fail(
-                        "class " + quoted(classText) + " does not exist in namespace " +
-                        quoted(namespaces[n]));
-                for (Uint32 t = 0; t < types.size(); ++t)
-                    _register(
-                        f, ns, className, types[t], provider->second, methodsListed, methodNames);
+                _registerClass(
+                    f, CIMNamespaceName(namespaces[n]), className,
+                    std::vector<Uint16>(types.getData(), types.getData() + types.size()),
+                    provider->second, methodsListed, methodNames);
             }
         }
     }
 
+    void _addBuiltIn(const BuiltInProvider& builtIn)
+    {
+        RegistrationSubject f(
+            "built-in provider " + quoted(builtIn.moduleName) + ":" + quoted(builtIn.providerName));
+        if (builtIn.moduleName.size() == 0 || builtIn.providerName.size() == 0 || !builtIn.create)
+            f.fail("a built-in provider needs a module name, a provider name and a factory");
+        if (_modules.count(nameKey(builtIn.moduleName)))
+            f.fail("a PG_ProviderModule of this name is registered too");
+        std::string key = nameKey(builtIn.moduleName) + "\n" + nameKey(builtIn.providerName);
+        if (_providerIndex.count(key))
+            f.fail("this provider is registered twice");
+
+        auto id = std::make_unique<ProviderId>();
+        id->moduleName = builtIn.moduleName;
+        id->providerName = builtIn.providerName;
+        id->create = builtIn.create;
+        _providerIndex[key] = id.get();
+        const ProviderId* provider = id.get();
+        _registry._providers.push_back(std::move(id));
+
+        for (const BuiltInProvider::Capability& c : builtIn.capabilities)
+            _registerClass(
+                f, c.nameSpace, c.className, c.providerTypes, provider, false, Array<String>());
+    }
+
+    // One class of a capability in one namespace, with every provider type.
+    void _registerClass(
+        const RegistrationSubject& f,
+        const CIMNamespaceName& ns,
+        const CIMName& className,
+        const std::vector<Uint16>& types,
+        const ProviderId* provider,
+        bool methodsListed,
+        const Array<String>& methodNames)
+    {
+        if (ns.isNull() || !_repository.namespaceExists(ns))
+            f.fail("namespace " + quoted(ns.getString()) + " does not exist");
+        if (className.isNull() || !_repository.classExists(ns, className))
+            f.fail(
+                "class " + quoted(className.getString()) + " does not exist in namespace " +
+                quoted(ns.getString()));
+        if (types.empty())
+            f.fail("ProviderType lists no provider type");
+        for (Uint16 type : types)
+            _register(f, ns, className, type, provider, methodsListed, methodNames);
+    }
+
     void _register(
-        const InstanceFields& f,
+        const RegistrationSubject& f,
         const CIMNamespaceName& ns,
         const CIMName& className,
         Uint16 type,
@@ -348,10 +401,12 @@ private:
     std::map<std::string, const ProviderId*> _providerIndex;
 };
 
-ProviderRegistry
-ProviderRegistry::load(const ClassRepository& repository, const CIMNamespaceName& interop)
+ProviderRegistry ProviderRegistry::load(
+    const ClassRepository& repository,
+    const CIMNamespaceName& interop,
+    const std::vector<BuiltInProvider>& builtIns)
 {
-    return ProviderRegistryLoader(repository, interop).run();
+    return ProviderRegistryLoader(repository, interop).run(builtIns);
 }
 
 const ProviderRegistry::ClassEntry*

@@ -28,7 +28,23 @@ std::atomic<int>& currentThreshold()
     return level;
 }
 
+std::atomic<bool>& accessLogOn()
+{
+    static std::atomic<bool> on{false};
+    return on;
+}
+
 }  // namespace
+
+void ServerLog::setAccessLog(bool on)
+{
+    accessLogOn().store(on);
+}
+
+bool ServerLog::accessLogEnabled()
+{
+    return accessLogOn().load() && currentThreshold().load() >= static_cast<int>(LogLevel::Info);
+}
 
 void ServerLog::setThreshold(LogLevel level)
 {

@@ -1,6 +1,7 @@
-// The CIM server's own log: load failures, provider errors, start and stop.
-// One process-wide channel; lines go to standard error unless a sink is set
-// (the front-end's log file, or a test that reads them back).
+// The CIM server's own log: load failures, provider errors, start and stop, and
+// (when turned on) the access log of the HTTP front-end. One process-wide channel;
+// lines go to standard error unless a sink is set (the journal or syslog, or a test
+// that reads them back).
 #ifndef QEL_Server_ServerLog_h
 #define QEL_Server_ServerLog_h
 
@@ -32,6 +33,12 @@ public:
     static Sink setSink(Sink sink);
 
     static void write(LogLevel level, const std::string& text);
+
+    // The access log: one info line per request (off by default: qel-cimserver turns it
+    // on; the in-process servers of tests and benchmarks leave it off).
+    static void setAccessLog(bool on);
+    // On, and info lines pass the threshold.
+    static bool accessLogEnabled();
 
     static void error(const std::string& text) { write(LogLevel::Error, text); }
     static void warning(const std::string& text) { write(LogLevel::Warning, text); }

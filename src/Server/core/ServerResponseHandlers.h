@@ -11,7 +11,9 @@
 //     provider catches that exception and returns);
 //   - objects leave for the response in batches of `threshold` and at
 //     complete(); what is still pending when the provider returns without
-//     complete() is dropped, as OpenPegasus drops it;
+//     complete() is dropped, as OpenPegasus drops it. What leaves goes to the
+//     handler's outlet at once, or, without one, stays in result() until the
+//     provider has returned;
 //   - delivering after complete() throws CIM_ERR_FAILED; a second
 //     complete() changes nothing; processing() is optional.
 #ifndef QEL_Server_ServerResponseHandlers_h
@@ -20,6 +22,7 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/ResponseHandler.h>
 
+#include <functional>
 #include <memory>
 
 namespace Pegasus
@@ -51,13 +54,22 @@ private:
     std::unique_ptr<CIMException> _status;
 };
 
+// Where the objects of a batch go as it leaves, one by one and in order, on
+// the thread that delivers them.
+template <class T>
+using DeliveryOutlet = std::function<void(const T&)>;
+
 // Objects delivered so far: kept back until `threshold` accumulate or the
-// provider completes.
+// provider completes, then handed to the outlet, or kept in sent() when
+// there is none.
 template <class T>
 class DeliveryBatch
 {
 public:
-    explicit DeliveryBatch(Uint32 threshold) : _threshold(threshold ? threshold : 1) {}
+    DeliveryBatch(Uint32 threshold, DeliveryOutlet<T> outlet)
+        : _threshold(threshold ? threshold : 1), _outlet(std::move(outlet))
+    {
+    }
     void add(const T& object)
     {
         _pending.append(object);
@@ -66,14 +78,24 @@ public:
     }
     void flush()
     {
-        _sent.appendArray(_pending);
-        _pending.clear();
+        if (!_outlet)
+        {
+            _sent.appendArray(_pending);
+            _pending.clear();
+            return;
+        }
+        // Taken out first: an outlet that throws leaves nothing to be sent twice.
+        Array<T> leaving;
+        leaving.swap(_pending);
+        for (Uint32 i = 0; i < leaving.size(); ++i)
+            _outlet(leaving[i]);
     }
     Uint32 pendingCount() const { return _pending.size(); }
     const Array<T>& sent() const { return _sent; }
 
 private:
     Uint32 _threshold;
+    DeliveryOutlet<T> _outlet;
     Array<T> _pending;
     Array<T> _sent;
 };
@@ -110,8 +132,12 @@ private:
 class InstanceListResponseHandler : public InstanceResponseHandler
 {
 public:
-    explicit InstanceListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold)
+    typedef CIMInstance Object;
+
+    explicit InstanceListResponseHandler(
+        Uint32 threshold = defaultResponseObjectThreshold,
+        DeliveryOutlet<CIMInstance> outlet = DeliveryOutlet<CIMInstance>())
+        : _batch(threshold, std::move(outlet))
     {
     }
 
@@ -132,8 +158,12 @@ private:
 class ObjectPathListResponseHandler : public ObjectPathResponseHandler
 {
 public:
-    explicit ObjectPathListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold)
+    typedef CIMObjectPath Object;
+
+    explicit ObjectPathListResponseHandler(
+        Uint32 threshold = defaultResponseObjectThreshold,
+        DeliveryOutlet<CIMObjectPath> outlet = DeliveryOutlet<CIMObjectPath>())
+        : _batch(threshold, std::move(outlet))
     {
     }
 
@@ -172,8 +202,12 @@ private:
 class ObjectListResponseHandler : public ObjectResponseHandler
 {
 public:
-    explicit ObjectListResponseHandler(Uint32 threshold = defaultResponseObjectThreshold)
-        : _batch(threshold)
+    typedef CIMObject Object;
+
+    explicit ObjectListResponseHandler(
+        Uint32 threshold = defaultResponseObjectThreshold,
+        DeliveryOutlet<CIMObject> outlet = DeliveryOutlet<CIMObject>())
+        : _batch(threshold, std::move(outlet))
     {
     }
 

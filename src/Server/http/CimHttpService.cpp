@@ -1,7 +1,8 @@
 #include "CimHttpService.h"
 
+#include "CimHeaders.h"
+
 #include <Server/core/ServerLog.h>
-#include <Server/xml/HttpHeaders.h>
 #include <Server/xml/ProtocolError.h>
 #include <Server/xml/RequestCodec.h>
 #include <Server/xml/ResponseCodec.h>
@@ -9,8 +10,6 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
-#include <cctype>
-#include <strings.h>
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -21,49 +20,6 @@ namespace http
 {
 namespace
 {
-
-const char* kCimMapping = "http://www.dmtf.org/cim/mapping/http/v1.0";
-
-std::string trimmed(const std::string& s)
-{
-    const size_t b = s.find_first_not_of(" \t");
-    if (b == std::string::npos)
-        return std::string();
-    return s.substr(b, s.find_last_not_of(" \t") - b + 1);
-}
-
-bool equalNoCase(const std::string& a, const char* b)
-{
-    return strcasecmp(a.c_str(), b) == 0;
-}
-
-// The "NN-" prefix of the CIM headers of an M-POST, from its Man header; false when the
-// Man header does not name the CIM mapping.
-bool mpostPrefix(const HttpRequest& request, std::string& prefix)
-{
-    const std::string man = request.header("Man");
-    const size_t semi = man.find(';');
-    if (semi == std::string::npos || !equalNoCase(trimmed(man.substr(0, semi)), kCimMapping))
-        return false;
-    const std::string rest = trimmed(man.substr(semi + 1));
-    if (rest.size() < 4 || strncasecmp(rest.c_str(), "ns=", 3) != 0)
-        return false;
-    const std::string ns = trimmed(rest.substr(3));
-    if (ns.empty())
-        return false;
-    for (char c : ns)
-        if (!std::isdigit(static_cast<unsigned char>(c)))
-            return false;
-    prefix = ns + "-";
-    return true;
-}
-
-HttpResponse cimError(int status, const std::string& cimError, const std::string& detail)
-{
-    HttpResponse r = HttpResponse::text(status, detail);
-    r.headers.emplace_back("CIMError", cimError);
-    return r;
-}
 
 std::string localHostName()
 {
@@ -105,31 +61,44 @@ void CimHttpService::handle(
     std::shared_ptr<ConnectionInfo> connection,
     std::function<void(HttpResponse)> done)
 {
+    AccessRecord access;
+    access.arrived = std::chrono::system_clock::now();
+    access.started = std::chrono::steady_clock::now();
+    access.client = connection->clientAddress;
     HttpResponse refusal;
     if (throttledEarly(request, *connection, refusal))
-        return done(std::move(refusal));
+    {
+        describeOutcome(access, refusal, cimxml::CimResponse(), std::chrono::steady_clock::now());
+        done(std::move(refusal));
+        writeAccessLog(access);
+        return;
+    }
     // Password hashing and the operation itself are slow: both run on a worker.
-    auto job = [this, request = std::move(request), connection, done]()
+    auto job = [this, request = std::move(request), connection, done, access]() mutable
     {
         cimxml::CimResponse result;
         HttpResponse response;
         try
         {
-            response = process(request, *connection, result);
+            response = process(request, *connection, result, access);
         }
         catch (const std::exception& e)
         {
             ServerLog::error(std::string("request failed unexpectedly: ") + e.what());
             response = HttpResponse::text(500, "internal server error");
         }
+        describeOutcome(access, response, result, std::chrono::steady_clock::now());
         done(std::move(response));
+        writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
     if (!workers(job))
     {
         HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
         busy.close = true;
+        describeOutcome(access, busy, cimxml::CimResponse(), std::chrono::steady_clock::now());
         done(std::move(busy));
+        writeAccessLog(access);
     }
 }
 
@@ -259,55 +228,28 @@ bool CimHttpService::authenticate(
 HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo& connection)
 {
     cimxml::CimResponse result;
-    return process(request, connection, result);
+    AccessRecord access;
+    return process(request, connection, result, access);
 }
 
 HttpResponse CimHttpService::process(
     const HttpRequest& request,
     ConnectionInfo& connection,
-    cimxml::CimResponse& response)
+    cimxml::CimResponse& response,
+    AccessRecord& access)
 {
-    const bool mpost = request.method == "M-POST";
-    if (request.method != "POST" && !mpost)
-    {
-        HttpResponse r = HttpResponse::text(405, "only POST and M-POST are accepted");
-        r.headers.emplace_back("Allow", "POST, M-POST");
-        return r;
-    }
-    const std::string path = request.target.substr(0, request.target.find('?'));
-    if (path != "/cimom")
-        return HttpResponse::text(404, "no CIM service at " + path + " (use /cimom)");
+    if (std::optional<HttpResponse> refused = checkRequestLine(request))
+        return *refused;
 
     ClientIdentity who;
     HttpResponse refusal;
     if (!authenticate(request, connection, who, refusal))
         return refusal;
+    access.user = who.user;
 
     std::string prefix;
-    if (mpost && !mpostPrefix(request, prefix))
-        return HttpResponse::text(
-            400, std::string("M-POST needs a Man header naming ") + kCimMapping + "; ns=NN");
-    auto cimHeader = [&](const char* name) { return request.header(prefix + name); };
-    auto hasCimHeader = [&](const char* name) { return request.hasHeader(prefix + name); };
-
-    if (!equalNoCase(trimmed(cimHeader("CIMOperation")), "MethodCall"))
-        return cimError(400, "unsupported-operation", "CIMOperation header must be MethodCall");
-    if (hasCimHeader("CIMProtocolVersion"))
-    {
-        const std::string v = trimmed(cimHeader("CIMProtocolVersion"));
-        if (v.empty() || v[0] != '1' || (v.size() > 1 && v[1] != '.'))
-            return cimError(
-                501, "unsupported-protocol-version",
-                "CIMProtocolVersion " + v + " is not supported");
-    }
-    const std::string contentType = request.header("Content-Type");
-    if (!contentType.empty() && strncasecmp(contentType.c_str(), "application/xml", 15) != 0 &&
-        strncasecmp(contentType.c_str(), "text/xml", 8) != 0)
-        return HttpResponse::text(415, "Content-Type must be application/xml or text/xml");
-    if (!hasCimHeader("CIMMethod"))
-        return cimError(400, "header-mismatch", "CIMMethod header missing");
-    if (!hasCimHeader("CIMObject"))
-        return cimError(400, "header-mismatch", "CIMObject header missing");
+    if (std::optional<HttpResponse> refused = checkOperationHeaders(request, prefix))
+        return *refused;
 
     cimxml::DecodedRequest decoded;
     try
@@ -316,15 +258,12 @@ HttpResponse CimHttpService::process(
     }
     catch (const cimxml::ProtocolError& e)
     {
-        return cimError(e.httpStatus(), e.cimError(), e.what());
+        return cimErrorResponse(e.httpStatus(), e.cimError(), e.what());
     }
+    describeRequest(access, decoded.request);
+    if (std::optional<HttpResponse> refused = checkHeadersMatchBody(request, prefix, decoded))
+        return *refused;
     const cimxml::CimRequest& cim = decoded.request;
-    if (!cimxml::cimMethodMatches(cimHeader("CIMMethod"), cim))
-        return cimError(
-            400, "header-mismatch", "CIMMethod header does not match the method in the body");
-    if (!decoded.failed && !cimxml::cimObjectMatches(cimHeader("CIMObject"), cim))
-        return cimError(
-            400, "header-mismatch", "CIMObject header does not match the object in the body");
 
     response.messageId = cim.messageId;
     response.operation = cim.operation;
@@ -333,17 +272,12 @@ HttpResponse CimHttpService::process(
         response.setError(decoded.error);
     else
         _executor.execute(cim, who, response);
-    if (response.failed && response.error.getCode() != CIM_ERR_NOT_FOUND)
-        ServerLog::info(
-            who.user + "@" + who.clientAddress + " " + cimxml::toUtf8(cim.methodName) + ": " +
-            cimStatusCodeToString(response.error.getCode()) + " " +
-            cimxml::toUtf8(response.error.getMessage()));
 
     HttpResponse out;
     out.status = 200;
     out.body = cimxml::encodeResponse(response, String(_options.hostName.c_str()), cim.nameSpace);
     out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
-    if (mpost)
+    if (request.method == "M-POST")
         out.headers.emplace_back("Ext", "");
     out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
     return out;

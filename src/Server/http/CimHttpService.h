@@ -11,6 +11,7 @@
 #ifndef QEL_SERVER_HTTP_CIMHTTPSERVICE_H
 #define QEL_SERVER_HTTP_CIMHTTPSERVICE_H
 
+#include "AccessLog.h"
 #include "HttpServer.h"
 #include "OperationExecutor.h"
 
@@ -61,9 +62,13 @@ public:
 private:
     // As above, leaving the operation's result in `result`: a worker lets go of it only
     // once the encoded answer is on its way, so that freeing a large result (thousands of
-    // instances) overlaps the sending instead of delaying it.
-    HttpResponse
-    process(const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result);
+    // instances) overlaps the sending instead of delaying it. Notes the user and what was
+    // asked in `access`.
+    HttpResponse process(
+        const HttpRequest& request,
+        ConnectionInfo& connection,
+        cimxml::CimResponse& result,
+        AccessRecord& access);
     bool authenticate(
         const HttpRequest& request,
         ConnectionInfo& connection,

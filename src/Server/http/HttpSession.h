@@ -9,6 +9,7 @@
 #ifndef QEL_SERVER_HTTP_HTTPSESSION_H
 #define QEL_SERVER_HTTP_HTTPSESSION_H
 
+#include "HttpParser.h"
 #include "HttpServer.h"
 
 #include <Server/auth/CertificateIdentity.h>
@@ -205,8 +206,7 @@ private:
     void readHeader()
     {
         _parser.emplace();
-        _parser->body_limit(options().maxBodyBytes);
-        _parser->header_limit(static_cast<std::uint32_t>(options().maxHeaderBytes));
+        limitParser(*_parser, options());
         bhttp::async_read_header(
             _stream, _buffer, *_parser,
             [self = this->shared_from_this()](beast::error_code ec, size_t)
@@ -254,18 +254,10 @@ private:
             return fail(ec);
         lowest().expires_never();
         _host->requestCompleted(_id);
-        bhttp::request<bhttp::string_body> msg = _parser->release();
+        _keepAlive = _parser->get().keep_alive();
+        HttpRequest request = takeRequest(*_parser);
         _parser.reset();
-        _keepAlive = msg.keep_alive();
-        _version = msg.version();
-        HttpRequest request;
-        request.method = std::string(msg.method_string());
-        request.target = std::string(msg.target());
-        request.version = msg.version();
-        for (const auto& field : msg)
-            request.headers.emplace_back(
-                std::string(field.name_string()), std::string(field.value()));
-        request.body = std::move(msg.body());
+        _version = request.version;
         auto self = this->shared_from_this();
         _host->handler().handle(
             std::move(request), _info,
@@ -281,13 +273,8 @@ private:
 
     void fail(beast::error_code ec)
     {
-        if (ec == bhttp::error::body_limit)
-            return write(HttpResponse::text(413, "request body too large"), true);
-        if (ec == bhttp::error::header_limit)
-            return write(HttpResponse::text(431, "request header too large"), true);
-        if (ec.category() == bhttp::make_error_code(bhttp::error::bad_method).category() &&
-            ec != bhttp::error::end_of_stream && ec != bhttp::error::partial_message)
-            return write(HttpResponse::text(400, "malformed HTTP request: " + ec.message()), true);
+        if (std::optional<HttpResponse> answer = readFailureResponse(ec))
+            return write(std::move(*answer), true);
         closeNow();  // end of stream, time-out, reset: nothing to answer
     }
 
@@ -345,7 +332,7 @@ private:
     Stream _stream;
     std::shared_ptr<ConnectionInfo> _info;
     beast::flat_buffer _buffer;
-    std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
+    std::optional<RequestParser> _parser;
     net::steady_timer _pause{_stream.get_executor()};
     bool _held = false;     // told to retry later: the next request waits for _pause
     bool _arrived = false;  // the next request has begun arriving

@@ -4,12 +4,13 @@
 
 #include <Server/core/Dispatcher.h>
 
+#include <Pegasus/Common/CIMResponseCollector.h>
+
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 
-#include <nlohmann/json.hpp>
+#include <qelsim_control.h>
 
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -32,33 +33,22 @@ const DemoUser* firstWithRole(const std::vector<DemoUser>& users, const std::str
 
 std::vector<DemoUser> createDemoUsers(const std::string& arrayFile, const std::string& passwordFile)
 {
-    std::ifstream in(arrayFile);
-    if (!in)
-        throw std::runtime_error("cannot read the array description " + arrayFile);
-    nlohmann::json doc;
-    try
-    {
-        in >> doc;
-    }
-    catch (const nlohmann::json::exception& e)
-    {
-        throw std::runtime_error(arrayFile + ": not valid JSON: " + e.what());
-    }
-    if (!doc.contains("users") || !doc["users"].is_array())
-        throw std::runtime_error(arrayFile + ": no \"users\" list");
+    // The simulator reads its own description, with its own checks and messages.
+    std::vector<qelsim::UserInfo> described;
+    const qelsim::Result read = qelsim::readArrayUsers(arrayFile, &described);
+    if (!read.ok)
+        throw std::runtime_error(read.error);
     std::vector<DemoUser> users;
     auth::PasswordFile file;
-    for (const auto& u : doc["users"])
+    for (const qelsim::UserInfo& u : described)
     {
-        if (!u.is_object() || !u.contains("name") || !u["name"].is_string())
-            throw std::runtime_error(arrayFile + ": every user needs a \"name\"");
-        if (u.contains("enabled") && u["enabled"].is_boolean() && !u["enabled"].get<bool>())
+        if (!u.enabled)
             continue;
-        DemoUser d;
-        d.name = u["name"].get<std::string>();
-        d.role = u.contains("role") && u["role"].is_string() ? u["role"].get<std::string>() : "";
-        if (!auth::PasswordFile::validUserName(d.name))
+        if (!auth::PasswordFile::validUserName(u.name))
             continue;  // cannot log in over HTTP Basic
+        DemoUser d;
+        d.name = u.name;
+        d.role = u.role;
         d.password = auth::generatePassword();
         file.add(d.name, auth::hashPassword(d.password));
         users.push_back(d);
@@ -73,9 +63,14 @@ std::string firstPortPath(WireServer& server, const std::string& user)
 {
     using namespace Pegasus;
     Dispatcher& dispatcher = server.core().dispatcher();
-    const Array<CIMObjectPath> names = dispatcher.enumerateInstanceNames(
+    CIMOperationResponse response;
+    CIMResponseCollector collector(CIMOperationType::EnumerateInstanceNames, response);
+    dispatcher.execute(
         Dispatcher::requestContext(String(user.c_str()), String("127.0.0.1")),
-        CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"));
+        CIMOperationRequest::enumerateInstanceNames(
+            CIMNamespaceName("root/qel"), CIMName("QEL_FCPort")),
+        collector);
+    const Array<CIMObjectPath>& names = response.checked().paths;
     if (names.size() == 0)
         throw std::runtime_error("the array has no FC port to show");
     CIMObjectPath path = names[0];

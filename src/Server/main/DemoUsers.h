@@ -20,9 +20,10 @@ struct DemoUser
     std::string password;
 };
 
-// Reads the "users" of the array description (name, role, enabled), generates a password
-// for each enabled one and writes them to `passwordFile` (replaced). Throws
-// std::runtime_error saying what was wrong with the description or the file.
+// Reads the users of the array description through the simulator (name, role, enabled;
+// "" is the built-in demo array), generates a password for each enabled one that can log
+// in over HTTP Basic and writes them to `passwordFile` (replaced). Throws
+// std::runtime_error naming the file and what was wrong with it.
 std::vector<DemoUser>
 createDemoUsers(const std::string& arrayFile, const std::string& passwordFile);
 

@@ -1,10 +1,11 @@
 #include "ServerCommandLine.h"
 
+#include "ConfigFile.h"
+
 #include <boost/asio/ip/address.hpp>
 
 #include <cerrno>
 #include <cstdlib>
-#include <sstream>
 
 namespace qel
 {
@@ -38,93 +39,170 @@ Pegasus::LogLevel logLevel(const std::string& text)
     throw CommandLineError("expected error, warning, info or trace, got \"" + text + "\"");
 }
 
+// A switch's value in the configuration file.
+bool parseYesNo(const std::string& text, bool& on)
+{
+    if (text == "yes" || text == "true")
+        on = true;
+    else if (text == "no" || text == "false")
+        on = false;
+    else
+        return false;
+    return true;
+}
+
+bool yesNo(const std::string& text)
+{
+    bool on = false;
+    if (!parseYesNo(text, on))
+        throw CommandLineError("expected yes or no, got \"" + text + "\"");
+    return on;
+}
+
 using S = ServerCommandLine;
+using Shown = std::vector<std::string>;
+
+Shown one(const std::string& value)
+{
+    return {value};
+}
+
+Shown switchValue(bool on)
+{
+    return {on ? "yes" : "no"};
+}
+
+// Repeatable options that hold a list of paths.
+void addTo(std::vector<std::string>& list, const std::string& value, bool first)
+{
+    if (first)
+        list.clear();
+    list.push_back(value);
+}
 
 const std::vector<ServerOption> kOptions = {
+    {"config", "FILE",
+     "configuration file to read (default: the installed one, if there;\n"
+     "'none' = read no file); the command line wins over it",
+     false, [](S& s, const std::string& v, bool) { s.configFile = v == "none" ? "" : v; }, nullptr,
+     true},
+    {"print-config", nullptr,
+     "print the settings in effect, each with where it came from, and exit", false,
+     [](S& s, const std::string&, bool) { s.printConfig = true; }, nullptr, true},
     {"port", "N",
      "TCP port for CIM-XML over plain HTTP (default 5988; 0 = any free port;\n"
      "'none' = no HTTP listener)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); }},
+     { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
+     [](const S& s)
+     { return one(s.server.http.port < 0 ? "none" : std::to_string(s.server.http.port)); }},
     {"bind", "ADDRESS",
-     "address for plain HTTP (default 127.0.0.1; another one needs\n--http-on-network)", false,
-     [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; }},
+     "address for plain HTTP (default 127.0.0.1; another one needs\nhttp-on-network)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; },
+     [](const S& s) { return one(s.server.http.bindAddress); }},
     {"http-on-network", nullptr,
      "let plain HTTP listen beyond loopback (passwords cross the network in\nclear)", false,
-     [](S& s, const std::string&, bool) { s.httpOnNetwork = true; }},
+     [](S& s, const std::string&, bool) { s.httpOnNetwork = true; },
+     [](const S& s) { return switchValue(s.httpOnNetwork); }},
     {"https-port", "N",
      "TCP port for CIM-XML over HTTPS (default 5989 when a certificate is\n"
      "given; 0 = any free port; 'none' = no HTTPS listener)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.tlsPort = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); }},
+     { s.server.http.tlsPort = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
+     [](const S& s)
+     { return one(s.server.http.tlsPort < 0 ? "none" : std::to_string(s.server.http.tlsPort)); }},
     {"https-bind", "ADDRESS", "address for HTTPS (default 0.0.0.0: every interface)", false,
-     [](S& s, const std::string& v, bool) { s.server.http.tlsBindAddress = v; }},
+     [](S& s, const std::string& v, bool) { s.server.http.tlsBindAddress = v; },
+     [](const S& s) { return one(s.server.http.tlsBindAddress); }},
     {"tls-cert", "FILE", "the server's certificate chain for HTTPS (PEM)", false,
-     [](S& s, const std::string& v, bool) { s.server.http.tls.certificateFile = v; }},
+     [](S& s, const std::string& v, bool) { s.server.http.tls.certificateFile = v; },
+     [](const S& s) { return one(s.server.http.tls.certificateFile); }},
     {"tls-key", "FILE", "its private key (PEM, not encrypted)", false,
-     [](S& s, const std::string& v, bool) { s.server.http.tls.keyFile = v; }},
+     [](S& s, const std::string& v, bool) { s.server.http.tls.keyFile = v; },
+     [](const S& s) { return one(s.server.http.tls.keyFile); }},
     {"tls-trust", "PATH",
      "authorities whose client certificates HTTPS accepts (a PEM file or a\n"
-     "folder of them); such a client logs in as the user --cert-map names",
-     false, [](S& s, const std::string& v, bool) { s.server.http.tls.trustStore = v; }},
+     "folder of them); such a client logs in as the user cert-map names",
+     false, [](S& s, const std::string& v, bool) { s.server.http.tls.trustStore = v; },
+     [](const S& s) { return one(s.server.http.tls.trustStore); }},
     {"cert-map", "FILE",
      "users of client certificates (see qel-certmap; default\n"
      "/etc/qel-cimserver/certmap)",
-     false, [](S& s, const std::string& v, bool) { s.server.certificateMap = v; }},
+     false, [](S& s, const std::string& v, bool) { s.server.certificateMap = v; },
+     [](const S& s) { return one(s.server.certificateMap); }},
     {"socket", "PATH",
      "local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
      "/var/tmp/cimxml.socket; 'none' = no local socket)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.socketPath = v == "none" ? std::string() : v; }},
+     { s.server.http.socketPath = v == "none" ? std::string() : v; },
+     [](const S& s)
+     { return one(s.server.http.socketPath.empty() ? "none" : s.server.http.socketPath); }},
     {"schema", "FILE", "MOF file to compile at start (repeatable; default: the built-in schema)",
+     true, [](S& s, const std::string& v, bool first) { addTo(s.server.core.mofFiles, v, first); },
+     [](const S& s) { return s.server.core.mofFiles; }},
+    {"provider-dir", "DIR",
+     "where provider libraries are looked for (repeatable); every registered\n"
+     "module must be in one of them",
      true,
      [](S& s, const std::string& v, bool first)
-     {
-         if (first)
-             s.server.core.mofFiles.clear();
-         s.server.core.mofFiles.push_back(v);
-     }},
-    {"provider-dir", "DIR", "where provider libraries are looked for (repeatable)", true,
-     [](S& s, const std::string& v, bool first)
-     {
-         if (first)
-             s.server.core.providerDirectories.clear();
-         s.server.core.providerDirectories.push_back(v);
-     }},
+     { addTo(s.server.core.providerDirectories, v, first); },
+     [](const S& s) { return s.server.core.providerDirectories; }},
     {"password-file", "FILE", "users and password hashes (see qel-passwd)", false,
-     [](S& s, const std::string& v, bool) { s.server.passwordFile = v; }},
+     [](S& s, const std::string& v, bool) { s.server.passwordFile = v; },
+     [](const S& s) { return one(s.server.passwordFile); }},
     {"array", "FILE", "simulated array description (sets QELSIM_ARRAY)", false,
-     [](S& s, const std::string& v, bool) { s.arrayFile = v; }},
+     [](S& s, const std::string& v, bool) { s.arrayFile = v; },
+     [](const S& s) { return one(s.arrayFile); }},
+    {"array-state", "FILE",
+     "the simulated array's live state (sets QELSIM_STATE; default: the\n"
+     "simulator's own, under $TMPDIR; 'none' = in memory only)",
+     false, [](S& s, const std::string& v, bool) { s.arrayState = v; },
+     [](const S& s) { return one(s.arrayState); }},
     {"demo", nullptr, "create a password for every user of the simulated array and print them",
-     false, [](S& s, const std::string&, bool) { s.demo = true; }},
+     false, [](S& s, const std::string&, bool) { s.demo = true; },
+     [](const S& s) { return switchValue(s.demo); }},
     {"workers", "N", "request threads (default 8)", false,
      [](S& s, const std::string& v, bool)
-     { s.server.core.workerThreads = static_cast<unsigned>(number(v, 1, 1024)); }},
+     { s.server.core.workerThreads = static_cast<unsigned>(number(v, 1, 1024)); },
+     [](const S& s) { return one(std::to_string(s.server.core.workerThreads)); }},
     {"max-body", "BYTES", "largest request body accepted (default 16 MiB)", false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); }},
+     { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxBodyBytes)); }},
     {"header-timeout", "SECS", "time allowed for the TLS handshake and a request head (default 10)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.headerTimeout = std::chrono::seconds(number(v, 1, 3600)); }},
+     { s.server.http.headerTimeout = std::chrono::seconds(number(v, 1, 3600)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.headerTimeout)
+                 .count()));
+     }},
     {"read-timeout", "SECS",
      "time a kept-alive connection may stay silent, and allowed for a\n"
      "request body or an answer (default 30)",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); }},
+     { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.readTimeout).count()));
+     }},
     {"max-connections", "N", "open connections at most (default 1024)", false,
-     [](S& s, const std::string& v, bool)
-     { s.server.http.maxConnections = number(v, 1, 1000000); }},
+     [](S& s, const std::string& v, bool) { s.server.http.maxConnections = number(v, 1, 1000000); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxConnections)); }},
     {"max-pending-per-address", "N",
      "connections one client address may hold before each has sent a\n"
      "whole request (default 32); past it the oldest is closed",
      false,
      [](S& s, const std::string& v, bool)
-     { s.server.http.maxUnfinishedPerAddress = number(v, 1, 1000000); }},
+     { s.server.http.maxUnfinishedPerAddress = number(v, 1, 1000000); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxUnfinishedPerAddress)); }},
     {"local-calls", "MODE",
      "in-process (default) or socket: how the server's own providers\n"
      "reach it through CIMClient::connectLocal",
@@ -134,10 +212,38 @@ const std::vector<ServerOption> kOptions = {
          if (v != "in-process" && v != "socket")
              throw CommandLineError("expected in-process or socket, got \"" + v + "\"");
          s.server.localCallsOverSocket = v == "socket";
-     }},
+     },
+     [](const S& s) { return one(s.server.localCallsOverSocket ? "socket" : "in-process"); }},
     {"log-level", "LEVEL", "error, warning, info (default) or trace", false,
-     [](S& s, const std::string& v, bool) { s.logLevel = logLevel(v); }},
+     [](S& s, const std::string& v, bool) { s.logLevel = logLevel(v); },
+     [](const S& s) { return one(Pegasus::ServerLog::levelName(s.logLevel)); }},
+    {"log-target", "TARGET",
+     "auto (default), stderr, journal or syslog; auto is stderr when\n"
+     "started from a terminal, else the journal if it runs, else syslog",
+     false,
+     [](S& s, const std::string& v, bool)
+     {
+         if (!parseLogTarget(v, s.logTarget))
+             throw CommandLineError("expected auto, stderr, journal or syslog, got \"" + v + "\"");
+     },
+     [](const S& s) { return one(logTargetName(s.logTarget)); }},
+    {"access-log", "yes|no",
+     "one info line per request: time, user, client, operation, class or\n"
+     "method, status and duration (default yes)",
+     false, [](S& s, const std::string& v, bool) { s.accessLog = yesNo(v); },
+     [](const S& s) { return switchValue(s.accessLog); }},
 };
+
+struct Argument
+{
+    const ServerOption* option;
+    std::string value;
+};
+
+bool isConfigOption(const ServerOption& option)
+{
+    return std::string(option.name) == "config";
+}
 
 }  // namespace
 
@@ -158,28 +264,40 @@ void applyServerOption(
     ServerCommandLine& settings,
     const ServerOption& option,
     const std::string& value,
-    const std::string& where)
+    const SettingSource& source)
 {
-    const bool first = settings.given.insert(option.name).second;
+    const std::string place = source.kind == SettingSource::Kind::CommandLine
+                                  ? std::string("--") + option.name
+                                  : source.where + ": " + option.name;
+    // A switch has no value on the command line and yes or no in the file.
+    const bool onCommandLine = source.kind == SettingSource::Kind::CommandLine;
+    bool on = true;
+    if (option.valueName == nullptr && !(onCommandLine && value.empty()) && !parseYesNo(value, on))
+        throw CommandLineError(place + ": expected yes or no, got \"" + value + "\"");
+    std::vector<SettingSource>& from = settings.sources[option.name];
+    const bool first = from.empty() || from.back().kind != source.kind;
     try
     {
-        option.apply(settings, value, first);
+        if (option.valueName != nullptr)
+            option.apply(settings, value, first);
+        else if (on)
+            option.apply(settings, std::string(), first);
     }
     catch (const CommandLineError& e)
     {
-        throw CommandLineError(where + ": " + e.what());
+        throw CommandLineError(place + ": " + e.what());
     }
+    if (first || !option.repeatable)
+        from.clear();
+    from.push_back(source);
+    settings.given.insert(option.name);
 }
 
 void checkServerSettings(ServerCommandLine& c)
 {
     auto& http = c.server.http;
-    if (http.port < 0 && http.tlsPort < 0 && http.socketPath.empty())
-        throw CommandLineError(
-            "with --port none, --https-port none and --socket none no client could reach the "
-            "server");
     if (c.server.localCallsOverSocket && http.socketPath.empty())
-        throw CommandLineError("--local-calls socket needs the local socket");
+        throw CommandLineError("local-calls socket needs the local socket (socket is none)");
     if (http.tls.certificateFile.empty() != http.tls.keyFile.empty())
         throw CommandLineError("--tls-cert and --tls-key go together");
     const bool certificate = !http.tls.certificateFile.empty() || c.demo;
@@ -189,6 +307,11 @@ void checkServerSettings(ServerCommandLine& c)
             throw CommandLineError("HTTPS needs --tls-cert and --tls-key");
         http.tlsPort = -1;  // no certificate, no HTTPS: plain HTTP and the socket only
     }
+    if (http.port < 0 && http.tlsPort < 0 && http.socketPath.empty())
+        throw CommandLineError(
+            certificate
+                ? "with port none, https-port none and socket none no client could reach the server"
+                : "with port none and socket none no client could reach the server");
     if (http.port >= 0 && !c.httpOnNetwork && !isLoopbackAddress(http.bindAddress))
     {
         boost::system::error_code ec;
@@ -209,41 +332,17 @@ bool isLoopbackAddress(const std::string& address)
     return !ec && a.is_loopback();
 }
 
-std::string usageText()
-{
-    const size_t column = 23;  // where the help texts start
-    std::ostringstream out;
-    out << "usage: qel-cimserver [options]\n";
-    for (const ServerOption& o : kOptions)
-    {
-        std::string head = std::string("  --") + o.name;
-        if (o.valueName)
-            head += std::string(" ") + o.valueName;
-        head +=
-            head.size() + 1 > column ? std::string(" ") : std::string(column - head.size(), ' ');
-        std::istringstream lines(o.help);
-        std::string line;
-        bool firstLine = true;
-        while (std::getline(lines, line))
-        {
-            out << (firstLine ? head : std::string(column, ' ')) << line << "\n";
-            firstLine = false;
-        }
-    }
-    out << std::string("  -h, --help") + std::string(column - 12, ' ') << "this text\n";
-    return out.str();
-}
-
 ServerCommandLine
-parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& defaults)
+loadServerSettings(const std::vector<std::string>& args, const ServerCommandLine& defaults)
 {
-    ServerCommandLine c = defaults;
+    ServerCommandLine s = defaults;
+    std::vector<Argument> arguments;
     for (size_t i = 0; i < args.size(); ++i)
     {
         const std::string& a = args[i];
         if (a == "-h" || a == "--help")
         {
-            c.help = true;
+            s.help = true;
             continue;
         }
         const ServerOption* option =
@@ -257,10 +356,31 @@ parseCommandLine(const std::vector<std::string>& args, const ServerCommandLine& 
                 throw CommandLineError(a + " needs a value");
             value = args[++i];
         }
-        applyServerOption(c, *option, value, a);
+        arguments.push_back({option, value});
     }
-    checkServerSettings(c);
-    return c;
+    if (s.help)
+        return s;
+
+    auto apply = [&s](const Argument& a)
+    {
+        SettingSource source;
+        source.kind = SettingSource::Kind::CommandLine;
+        source.where = "command line";
+        source.text = a.value;
+        applyServerOption(s, *a.option, a.value, source);
+    };
+    // Which file to read is known before the file; every other option is applied after it,
+    // so that the command line wins.
+    for (const Argument& a : arguments)
+        if (isConfigOption(*a.option))
+            apply(a);
+    if (!s.configFile.empty())
+        readConfigFile(s.configFile, s.given.count("config") > 0, s);
+    for (const Argument& a : arguments)
+        if (!isConfigOption(*a.option))
+            apply(a);
+    checkServerSettings(s);
+    return s;
 }
 
 }  // namespace server

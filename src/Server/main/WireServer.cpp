@@ -5,15 +5,59 @@
 #include <Server/auth/BasicAuthenticator.h>
 #include <Server/auth/CertificateAuthenticator.h>
 #include <Server/clienttransport/InstallTransports.h>
+#include <Server/core/CoreText.h>
+#include <Server/core/ProviderLibrary.h>
+#include <Server/core/ServerLog.h>
 #include <Server/core/ThreadPool.h>
 #include <Server/http/CimHttpService.h>
+#include <Server/interop/InteropRegistration.h>
 
 #include <Pegasus/Client/ClientTransport.h>
+
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <unistd.h>
 
 namespace qel
 {
 namespace server
 {
+namespace
+{
+
+// Throws naming the first registered module whose library no provider directory holds.
+void checkProviderModules(
+    const Pegasus::ProviderRegistry& registry,
+    const std::vector<std::string>& directories)
+{
+    std::set<std::string> checked;
+    for (const auto& provider : registry.providers())
+    {
+        if (provider->create)
+            continue;  // compiled into the server: no library to find
+        const Pegasus::ProviderLibrary library(
+            provider->moduleName, provider->location, directories);
+        const std::string name = library.libraryName();
+        if (!checked.insert(name).second)
+            continue;
+        bool found = false;
+        std::string searched;
+        for (const std::string& dir : directories)
+        {
+            const std::string path = dir.empty() ? name : dir + "/" + name;
+            found = found || ::access(path.c_str(), F_OK) == 0;
+            searched += (searched.empty() ? "" : ", ") + dir;
+        }
+        if (!found)
+            throw std::runtime_error(
+                "provider-dir: " + name + " (provider module " +
+                Pegasus::toStd(provider->moduleName) + ") is in none of: " +
+                (searched.empty() ? std::string("(no directory)") : searched));
+    }
+}
+
+}  // namespace
 
 struct WireServer::Parts
 {
@@ -24,6 +68,11 @@ struct WireServer::Parts
     std::unique_ptr<http::HttpServer> http;
     Pegasus::LocalTransportFactory previousLocal;
     bool installedLocal = false;
+
+    // Where clients reach the server, for the discovery provider: known once
+    // the listeners run, read by request threads.
+    std::mutex accessMutex;
+    std::vector<interop::AccessPoint> accessPoints;  // guarded by accessMutex
 };
 
 WireServer::WireServer(WireServerOptions options) : _options(std::move(options))
@@ -52,11 +101,22 @@ void WireServer::start()
     Pegasus::CIMServerOptions coreOptions = _options.core;
     if (_options.localCallsOverSocket)
         coreOptions.installLocalTransport = false;
+    // The parts outlive every request: the core stops before they go.
+    Parts* published = parts.get();
+    interop::InteropOptions discovery;
+    discovery.accessPoints = [published]()
+    {
+        std::lock_guard<std::mutex> lock(published->accessMutex);
+        return published->accessPoints;
+    };
+    coreOptions.builtInProviders.push_back(interop::registration(discovery));
     _core = std::make_unique<Pegasus::CIMServer>(coreOptions);
     _core->start();
 
     try
     {
+        if (_options.requireProviderModules)
+            checkProviderModules(_core->registry(), coreOptions.providerDirectories);
         parts->executor = std::make_unique<DispatcherExecutor>(_core->dispatcher());
         parts->localPool = std::make_unique<Pegasus::ThreadPool>(
             _options.localWorkers ? _options.localWorkers : 1, coreOptions.maxQueuedRequests);
@@ -71,6 +131,15 @@ void WireServer::start()
             [localPool](std::function<void()> job) { return localPool->submit(std::move(job)); });
         parts->http = std::make_unique<http::HttpServer>(_options.http, *parts->service);
         parts->http->start();
+        if (_options.http.port >= 0)
+        {
+            std::lock_guard<std::mutex> lock(parts->accessMutex);
+            const std::string& host = _options.http.bindAddress;
+            parts->accessPoints.push_back(interop::AccessPoint{
+                "http://" + (host.find(':') == std::string::npos ? host : "[" + host + "]") + ":" +
+                    std::to_string(parts->http->tcpPort()),
+                {interop::basicAuthentication()}});
+        }
         if (_options.localCallsOverSocket && !_options.http.socketPath.empty())
         {
             client::installLocalTransport(_options.http.socketPath);
@@ -105,6 +174,42 @@ void WireServer::stop()
     p.http->stop();
     _parts.reset();
     _core.reset();
+}
+
+bool WireServer::reload()
+{
+    if (!_parts)
+        return false;
+    bool ok = true;
+    auth::BasicAuthenticator& users = *_parts->authenticator;
+    users.generation();  // loads the file again when it changed on disk
+    const std::string problem = users.lastError();
+    if (problem.empty())
+    {
+        Pegasus::ServerLog::info("reload: users from " + _options.passwordFile);
+    }
+    else
+    {
+        Pegasus::ServerLog::error("reload: " + problem + "; the users loaded before stay in use");
+        ok = false;
+    }
+    if (_options.http.tlsPort >= 0)
+    {
+        try
+        {
+            _parts->http->reloadTls();
+            Pegasus::ServerLog::info(
+                "reload: HTTPS certificate " + _options.http.tls.certificateFile);
+        }
+        catch (const http::TlsConfigError& e)
+        {
+            Pegasus::ServerLog::error(
+                std::string("reload: ") + e.what() +
+                "; the certificate loaded before stays in use");
+            ok = false;
+        }
+    }
+    return ok;
 }
 
 unsigned short WireServer::tcpPort() const

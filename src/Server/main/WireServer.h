@@ -28,6 +28,9 @@ struct WireServerOptions
     // Route this process's own CIMClient::connectLocal() calls through the Unix socket
     // (as an out-of-process client would) instead of the core's in-process transport.
     bool localCallsOverSocket = false;
+    // Refuse to start when a registered provider module's library is in none of the
+    // provider directories (instead of failing the first request that needs it).
+    bool requireProviderModules = false;
 };
 
 class WireServer
@@ -49,6 +52,12 @@ public:
     void reloadTls();
     // Stops accepting, drains requests, terminates the providers, closes connections.
     void stop();
+    // Re-reads what an administrator may change while the server runs, without dropping a
+    // connection: the password file and the HTTPS certificate, key and trust store. What
+    // cannot be loaded is logged as an error and its previous version stays in use. False
+    // when anything failed (or the server is stopped).
+    // REQUIRES: not called concurrently with start() or stop() (requests may run).
+    bool reload();
 
     unsigned short tcpPort() const;
     unsigned short tlsPort() const;

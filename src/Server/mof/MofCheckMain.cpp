@@ -16,12 +16,44 @@ PEGASUS_USING_PEGASUS;
 namespace
 {
 
+const char* kSynopsis = "qel-mofcheck [-n NAMESPACE] [--list] FILE.mof...\n";
+
 int usage()
 {
-    std::cerr << "usage: qel-mofcheck [-n namespace] [--list] file.mof...\n"
-                 "  -n namespace  namespace before any #pragma namespace (root/cimv2)\n"
-                 "  --list        print the classes and instance counts per namespace\n";
+    std::cerr << "usage: " << kSynopsis << "(qel-mofcheck --help for more)\n";
     return 2;
+}
+
+int help()
+{
+    std::cout << "NAME\n"
+                 "  qel-mofcheck - compile MOF files as the CIM server loads its schema\n"
+                 "\n"
+                 "SYNOPSIS\n  "
+              << kSynopsis
+              << "  qel-mofcheck --help\n"
+                 "\n"
+                 "DESCRIPTION\n"
+                 "  Compiles the files in order into an empty repository, with the compiler\n"
+                 "  qel-cimserver uses for --schema, and reports the first error as\n"
+                 "  FILE:LINE:COLUMN: what is wrong. On success it prints the number of files,\n"
+                 "  qualifier declarations, classes and instances compiled. #pragma include and\n"
+                 "  #pragma namespace are followed as the server follows them.\n"
+                 "\n"
+                 "OPTIONS\n"
+                 "  -n NAMESPACE   namespace before any #pragma namespace (default root/cimv2)\n"
+                 "  --list         also print the classes per namespace, with the number of\n"
+                 "                 instances of each class and its subclasses\n"
+                 "  -h, --help     this text\n"
+                 "\n"
+                 "EXIT STATUS\n"
+                 "  0  every file compiled\n"
+                 "  1  a MOF error, or a file could not be read\n"
+                 "  2  wrong command line or namespace name\n"
+                 "\n"
+                 "SEE ALSO\n"
+                 "  qel-cimserver --help\n";
+    return 0;
 }
 
 void list(const ClassRepository& repo)
@@ -52,6 +84,8 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; i++)
     {
         const std::string arg = argv[i];
+        if (arg == "-h" || arg == "--help")
+            return help();
         if (arg == "-n")
         {
             if (i + 1 >= argc)

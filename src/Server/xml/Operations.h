@@ -4,6 +4,8 @@
 #ifndef QEL_SERVER_XML_OPERATIONS_H
 #define QEL_SERVER_XML_OPERATIONS_H
 
+#include <Pegasus/Common/CIMOperationMessage.h>
+
 #include <cstddef>
 
 namespace qel
@@ -11,56 +13,10 @@ namespace qel
 namespace cimxml
 {
 
-enum class Operation
-{
-    GetClass,
-    EnumerateClasses,
-    EnumerateClassNames,
-    CreateClass,
-    ModifyClass,
-    DeleteClass,
-    GetInstance,
-    EnumerateInstances,
-    EnumerateInstanceNames,
-    CreateInstance,
-    ModifyInstance,
-    DeleteInstance,
-    Associators,
-    AssociatorNames,
-    References,
-    ReferenceNames,
-    GetProperty,
-    SetProperty,
-    ExecQuery,
-    InvokeMethod,  // extrinsic: METHODCALL
-};
-
-// Intrinsic parameters (IPARAMVALUE NAME).
-enum class Param
-{
-    ClassName,
-    InstanceName,
-    ObjectName,
-    LocalOnly,
-    DeepInheritance,
-    IncludeQualifiers,
-    IncludeClassOrigin,
-    PropertyList,
-    AssocClass,
-    ResultClass,
-    Role,
-    ResultRole,
-    NewInstance,
-    ModifiedInstance,
-    NewClass,
-    ModifiedClass,
-    PropertyName,
-    NewValue,
-    QueryLanguage,
-    Query,
-    Count_
-};
-constexpr size_t kParamCount = static_cast<size_t>(Param::Count_);
+// The operations and their intrinsic parameters are the runtime's (CIMOperationMessage.h).
+using Operation = Pegasus::CIMOperationType;
+using Param = Pegasus::CIMOperationParameter;
+constexpr size_t kParamCount = Pegasus::cimOperationParameterCount;
 
 // What an IPARAMVALUE carries.
 enum class ParamKind

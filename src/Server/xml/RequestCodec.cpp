@@ -2,14 +2,16 @@
 
 #include "CimXmlReader.h"
 #include "CimXmlWriter.h"
+#include "DecodeLimits.h"
 #include "ProtocolError.h"
 #include "ValueText.h"
+#include "XmlElements.h"
 #include "XmlText.h"
 
 #include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/NameIndex.h>
 
-#include <cstring>
-#include <strings.h>
+#include <vector>
 
 using namespace Pegasus;
 
@@ -20,9 +22,14 @@ namespace cimxml
 namespace
 {
 
-bool is(pugi::xml_node node, const char* name)
+// How many of children[from...] are named `name`: counted before any is read, so that a
+// list past its limit costs no more than this.
+size_t countNamed(const std::vector<pugi::xml_node>& children, size_t from, const char* name)
 {
-    return std::strcmp(node.name(), name) == 0;
+    size_t n = 0;
+    for (size_t i = from; i < children.size(); ++i)
+        n += is(children[i], name) ? 1 : 0;
+    return n;
 }
 
 [[noreturn]] void notValid(const std::string& what)
@@ -180,7 +187,7 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
         return;
     }
     r.operation = def->operation;
-    r.applyDefaults();
+    applyDefaults(r);
     const std::vector<pugi::xml_node> children = elementChildren(call);
     size_t i = 0;
     while (i < children.size() && is(children[i], "CORRELATOR"))
@@ -188,6 +195,8 @@ void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
     if (i == children.size() || !is(children[i], "LOCALNAMESPACEPATH"))
         invalidElement(call, "IMETHODCALL must name its namespace in LOCALNAMESPACEPATH");
     r.nameSpace = reader.localNamespacePath(children[i++]);
+    // Each parameter may be given once, so the operation's parameters are the bound.
+    checkCount(call, "IPARAMVALUE", countNamed(children, i, "IPARAMVALUE"), def->paramCount);
     for (; i < children.size(); ++i)
     {
         pugi::xml_node ip = children[i];
@@ -232,15 +241,22 @@ void decodeExtrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reade
     r.nameSpace = target.getNameSpace();
     target.setNameSpace(CIMNamespaceName());
     r.target = target;
+    const size_t count = countNamed(children, i, "PARAMVALUE");
+    checkCount(call, "PARAMVALUE", count, limits::kMaxMethodParameters);
+    r.inParameters.reserveCapacity(static_cast<Uint32>(count));
+    std::vector<String> names;  // of r.inParameters, for `seen`
+    names.reserve(count);
+    NameIndex seen;
     for (; i < children.size(); ++i)
     {
         if (!is(children[i], "PARAMVALUE"))
             invalidElement(children[i], "expected PARAMVALUE");
         const CIMParamValue pv = reader.paramValue(children[i]);
-        for (Uint32 k = 0; k < r.inParameters.size(); ++k)
-            if (String::equalNoCase(r.inParameters[k].getParameterName(), pv.getParameterName()))
-                invalidElement(
-                    children[i], "parameter " + toUtf8(pv.getParameterName()) + " given twice");
+        const String name = pv.getParameterName();
+        if (seen.find(name, [&](Uint32 k) -> const String& { return names[k]; }) != PEG_NOT_FOUND)
+            invalidElement(children[i], "parameter " + toUtf8(name) + " given twice");
+        seen.insert(name, static_cast<Uint32>(names.size()));
+        names.push_back(name);
         r.inParameters.append(pv);
     }
 }
@@ -331,29 +347,29 @@ void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p)
 
 }  // namespace
 
-void CimRequest::applyDefaults()
+void applyDefaults(CimRequest& r)
 {
-    const OperationSpec& def = specOf(operation);
+    const OperationSpec& def = specOf(r.operation);
     for (size_t i = 0; i < def.paramCount; ++i)
     {
         const ParamSpec& p = def.params[i];
         if (p.kind != ParamKind::Boolean)
             continue;
         if (p.param == Param::LocalOnly)
-            localOnly = p.booleanDefault;
+            r.localOnly = p.booleanDefault;
         else if (p.param == Param::DeepInheritance)
-            deepInheritance = p.booleanDefault;
+            r.deepInheritance = p.booleanDefault;
         else if (p.param == Param::IncludeQualifiers)
-            includeQualifiers = p.booleanDefault;
+            r.includeQualifiers = p.booleanDefault;
         else if (p.param == Param::IncludeClassOrigin)
-            includeClassOrigin = p.booleanDefault;
+            r.includeClassOrigin = p.booleanDefault;
     }
 }
 
 DecodedRequest decodeRequest(const char* body, size_t size)
 {
     pugi::xml_document doc;
-    parseDocument(doc, body, size);
+    parseBoundedDocument(doc, body, size);
     const std::vector<pugi::xml_node> top = [&]
     {
         try

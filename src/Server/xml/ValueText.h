@@ -1,13 +1,14 @@
 // Text forms of CIM values inside VALUE elements (booleans, numbers, char16, strings,
 // datetimes). References and embedded objects are elements of their own and are handled
-// by the reader and writer.
+// by the reader and writer. Reading a text is the runtime's (Pegasus/Common/ValueText.h),
+// shared with the server's dispatcher; the codec uses it under the names below.
 #ifndef QEL_SERVER_XML_VALUETEXT_H
 #define QEL_SERVER_XML_VALUETEXT_H
 
 #include <Pegasus/Common/CIMType.h>
 #include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/ValueText.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,21 +17,7 @@ namespace qel
 namespace cimxml
 {
 
-// Where a text comes from, as error messages name it. A description that costs something
-// to build (an element and its byte offset) is only made when an error is thrown: values
-// are read by the thousand and almost never fail.
-class TextOrigin
-{
-public:
-    TextOrigin(const char* description) : _fixed(description) {}
-    TextOrigin(const std::string& description) : _fixed(description.c_str()) {}
-    explicit TextOrigin(std::function<std::string()> describe) : _describe(std::move(describe)) {}
-    std::string str() const { return _describe ? _describe() : std::string(_fixed); }
-
-private:
-    const char* _fixed = nullptr;
-    std::function<std::string()> _describe;
-};
+using TextOrigin = Pegasus::ValueText::Origin;
 
 // "uint16", "string", ... as in the TYPE attribute; nullptr for OBJECT/INSTANCE
 // (they travel as embedded strings).
@@ -45,14 +32,23 @@ void appendArrayTexts(std::vector<std::string>& out, const Pegasus::CIMValue& va
 
 // Parses text into a value of a simple type. Throws CIMException(CIM_ERR_INVALID_PARAMETER)
 // naming `where` and the text when it does not fit the type.
-Pegasus::CIMValue
-parseScalar(Pegasus::CIMType type, const std::string& text, const TextOrigin& where);
-Pegasus::CIMValue
-parseArray(Pegasus::CIMType type, const std::vector<std::string>& texts, const TextOrigin& where);
+inline Pegasus::CIMValue
+parseScalar(Pegasus::CIMType type, const std::string& text, const TextOrigin& where)
+{
+    return Pegasus::ValueText::parseScalar(type, text, where);
+}
+inline Pegasus::CIMValue
+parseArray(Pegasus::CIMType type, const std::vector<std::string>& texts, const TextOrigin& where)
+{
+    return Pegasus::ValueText::parseArray(type, texts, where);
+}
 
 // Boolean text as used by VALUE and the boolean IPARAMVALUEs: TRUE/FALSE in any case,
 // surrounding white space ignored.
-bool parseBooleanText(const std::string& text, bool& result);
+inline bool parseBooleanText(const std::string& text, bool& result)
+{
+    return Pegasus::ValueText::parseBoolean(text, result);
+}
 
 }  // namespace cimxml
 }  // namespace qel

@@ -2,6 +2,7 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/ValueText.h>
 
 #include <cstdio>
 #include <cstring>
@@ -165,9 +166,7 @@ Pegasus::String fromUtf8(const char* text, const char* where)
 
 void throwNotUtf8(const char* where)
 {
-    throw Pegasus::CIMException(
-        Pegasus::CIM_ERR_INVALID_PARAMETER,
-        Pegasus::String("text of ") + where + " is not valid UTF-8");
+    Pegasus::ValueText::throwNotUtf8(where);
 }
 
 }  // namespace cimxml

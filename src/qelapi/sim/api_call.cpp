@@ -1,7 +1,5 @@
 #include "api_call.h"
 
-#include "call_log.h"
-#include "calls.h"
 #include "semaphore.h"
 #include "simulator.h"
 #include "stats.h"
@@ -9,30 +7,11 @@
 namespace qelsim
 {
 
-int runCall(
-    const char* name,
-    std::vector<std::string> args,
-    const api_evtparam_t* evt,
-    const std::function<int()>& body)
+bool callFaulted(const CallInfo& call, int* rc)
 {
-    const CallInfo* info = findCall(name);
-    if (info && info->bracketed && !ApiSemaphore::instance().held())
+    if (call.bracketed && !ApiSemaphore::instance().held())
         stats().unbracketedCalls++;
-    int rc = 0;
-    bool faulted = info && info->faultable && Simulator::instance().takeFault(name, &rc);
-    if (!faulted)
-        rc = body();
-    CallRecord r;
-    r.call = name;
-    r.args = std::move(args);
-    if (evt)
-    {
-        r.hasEvent = true;
-        r.event = *evt;
-    }
-    r.result = rc;
-    CallLog::instance().add(std::move(r));
-    return rc;
+    return call.faultable && Simulator::instance().takeFault(call.name, rc);
 }
 
 }  // namespace qelsim

@@ -73,7 +73,11 @@ bool makeDirectories(const std::string& dir, std::string* error)
     return true;
 }
 
-bool writeFileAtomically(const std::string& path, const std::string& contents, std::string* error)
+bool prepareReplacement(
+    const std::string& path,
+    const std::string& contents,
+    Replacement* r,
+    std::string* error)
 {
     static std::atomic<unsigned> serial{0};
     // Unique per process and call, so concurrent writers never share a temporary.
@@ -85,16 +89,17 @@ bool writeFileAtomically(const std::string& path, const std::string& contents, s
         *error = failure(tmp, "cannot create", errno);
         return false;
     }
+    const char* step = nullptr;
+    struct stat st;
     if (!writeAll(fd, contents.data(), contents.size()))
+        step = "cannot write";
+    else if (::fsync(fd) != 0)
+        step = "cannot fsync";
+    else if (::fstat(fd, &st) != 0)
+        step = "cannot stat";
+    if (step)
     {
-        *error = failure(tmp, "cannot write", errno);
-        ::close(fd);
-        ::unlink(tmp.c_str());
-        return false;
-    }
-    if (::fsync(fd) != 0)
-    {
-        *error = failure(tmp, "cannot fsync", errno);
+        *error = failure(tmp, step, errno);
         ::close(fd);
         ::unlink(tmp.c_str());
         return false;
@@ -105,12 +110,21 @@ bool writeFileAtomically(const std::string& path, const std::string& contents, s
         ::unlink(tmp.c_str());
         return false;
     }
-    if (::rename(tmp.c_str(), path.c_str()) != 0)
+    r->temporary = tmp;
+    r->dev = st.st_dev;
+    r->ino = st.st_ino;
+    return true;
+}
+
+bool commitReplacement(Replacement* r, const std::string& path, std::string* error)
+{
+    if (::rename(r->temporary.c_str(), path.c_str()) != 0)
     {
         *error = failure(path, "cannot rename the temporary file over it", errno);
-        ::unlink(tmp.c_str());
+        discardReplacement(r);
         return false;
     }
+    r->temporary.clear();
     // The rename is durable only once the folder entry is on disk.
     int dfd = ::open(parentDirectory(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dfd >= 0)
@@ -119,6 +133,19 @@ bool writeFileAtomically(const std::string& path, const std::string& contents, s
         ::close(dfd);
     }
     return true;
+}
+
+void discardReplacement(Replacement* r)
+{
+    if (!r->temporary.empty())
+        ::unlink(r->temporary.c_str());
+    r->temporary.clear();
+}
+
+bool writeFileAtomically(const std::string& path, const std::string& contents, std::string* error)
+{
+    Replacement r;
+    return prepareReplacement(path, contents, &r, error) && commitReplacement(&r, path, error);
 }
 
 int removeStaleTemporaries(const std::string& path)

@@ -37,7 +37,7 @@ std::string utcNow()
 
 }  // namespace
 
-bool appendAudit(const std::string& path, const AuditEntry& e, std::string* error)
+std::string auditLine(const AuditEntry& e)
 {
     nlohmann::ordered_json j;
     j["time"] = utcNow();
@@ -51,8 +51,15 @@ bool appendAudit(const std::string& path, const AuditEntry& e, std::string* erro
     j["ports"] = e.ports;
     j["result"] = e.result;
     // Invalid UTF-8 from a caller's record is replaced, never a reason to lose the line.
-    std::string line =
-        j.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return j.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+bool appendAuditLine(
+    const std::string& path,
+    const std::string& line,
+    bool sync,
+    std::string* error)
+{
     int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0)
     {
@@ -61,11 +68,19 @@ bool appendAudit(const std::string& path, const AuditEntry& e, std::string* erro
     }
     ssize_t w = ::write(fd, line.data(), line.size());
     int err = errno;
+    const bool synced = !sync || w < 0 || ::fsync(fd) == 0;
+    if (!synced)
+        err = errno;
     ::close(fd);
     if (w != static_cast<ssize_t>(line.size()))
     {
         *error = path + ": cannot append to the audit log: " +
                  (w < 0 ? std::strerror(err) : "short write");
+        return false;
+    }
+    if (!synced)
+    {
+        *error = path + ": cannot flush the audit log: " + std::strerror(err);
         return false;
     }
     return true;

@@ -5,6 +5,7 @@ namespace qelsim
 
 const std::vector<CallInfo>& allCalls()
 {
+    // In the order of enum Call.
     static const std::vector<CallInfo> kCalls = {
         {"api_qelOpenForCimserver", true, false, true},
         {"api_authorizeCIMUser", true, false, true},
@@ -36,6 +37,11 @@ const std::vector<CallInfo>& allCalls()
         {"api_initFCPortLoop", true, true, false},
     };
     return kCalls;
+}
+
+const CallInfo& callInfo(Call c)
+{
+    return allCalls()[static_cast<size_t>(c)];
 }
 
 const CallInfo* findCall(std::string_view name)

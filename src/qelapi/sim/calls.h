@@ -3,6 +3,7 @@
 #ifndef QELSIM_CALLS_H
 #define QELSIM_CALLS_H
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,41 @@ struct CallInfo
     bool zeroCodeFault;  // a fault may force 0 (a forced grant or session)
 };
 
+// Every call, in the order of the table; the library's entry points name
+// themselves with these, so no call looks its own name up.
+enum class Call : uint8_t
+{
+    qelOpenForCimserver,
+    authorizeCIMUser,
+    semWait,
+    semPost,
+    getFCPorts,
+    getFCALPorts,
+    freeFCPorts,
+    getISCSIPorts,
+    getPortLESB,
+    getVVs,
+    resetPortLESB,
+    findFCPortLPID,
+    getFCPortLPID,
+    getiSCSIPortLPID,
+    convertStrLPIDtoPortID,
+    getSystemDualIP,
+    getSystemIdentity,
+    setFCPortMode,
+    setFCPortConnType,
+    setFCPortClass2,
+    setFCPortVCN,
+    setFCPortIntCoal,
+    setFCPortSpeed,
+    setPortOffline,
+    resetPort,
+    reloadPortFW,
+    syncFCPortDB,
+    initFCPortLoop,
+};
+
+const CallInfo& callInfo(Call c);
 const CallInfo* findCall(std::string_view name);
 const std::vector<CallInfo>& allCalls();
 

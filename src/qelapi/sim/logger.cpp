@@ -1,5 +1,6 @@
 #include "logger.h"
 
+#include <climits>
 #include <sys/time.h>
 #include <time.h>
 
@@ -17,6 +18,7 @@ void Logger::configure(const LogConfig& cfg)
 {
     std::lock_guard<std::mutex> g(_mu);
     _level = cfg.level;
+    admitLocked();
     if (cfg.file == _file && (_out != nullptr || cfg.file.empty()))
         return;
     if (_out)
@@ -46,10 +48,9 @@ void Logger::write(int level, const std::string& text)
         emit(level, text);
 }
 
-bool Logger::wants(int level)
+void Logger::admitLocked()
 {
-    std::lock_guard<std::mutex> g(_mu);
-    return _capture || level <= _level;
+    _admitted.store(_capture ? INT_MAX : _level, std::memory_order_relaxed);
 }
 
 void Logger::emit(int level, const std::string& text)
@@ -84,6 +85,7 @@ void Logger::setCapture(bool on)
 {
     std::lock_guard<std::mutex> g(_mu);
     _capture = on;
+    admitLocked();
 }
 
 std::vector<LogLine> Logger::captured()

@@ -7,6 +7,7 @@
 #include "model.h"
 #include "qelsim_control.h"
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <string>
@@ -24,8 +25,10 @@ public:
     // standard error as the destination and says so there.
     void configure(const LogConfig& cfg);
     void write(int level, const std::string& text);
-    // Whether a line of this level is kept or captured (saves formatting it).
-    bool wants(int level);
+    // Whether a line of this level is kept or captured, so that callers format
+    // only lines someone will see. Takes no lock: traces below the threshold
+    // cost one load.
+    bool wants(int level) const { return level <= _admitted.load(std::memory_order_relaxed); }
 
     void setCapture(bool on);
     std::vector<LogLine> captured();
@@ -33,8 +36,12 @@ public:
 
 private:
     Logger() = default;
-    void emit(int level, const std::string& text);  // the caller holds _mu
+    void emit(int level, const std::string& text);  // REQUIRES: _mu held
+    void admitLocked();                             // REQUIRES: _mu held
 
+    // The highest level wanted: the threshold, or every level while capturing.
+    // Written under _mu, read without it.
+    std::atomic<int> _admitted{API_LOG_FAILURE};
     std::mutex _mu;
     int _level = API_LOG_FAILURE;
     std::string _file;

@@ -1,5 +1,8 @@
 #include "lpid.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace qelsim
 {
 
@@ -16,9 +19,35 @@ std::optional<Position> positionOfLpid(uint16_t lpid)
     return Position{nodePlusOne - 1, (lpid >> 5) & 0x1Fu, lpid & 0x1Fu};
 }
 
+void formatPosition(const Position& p, char* out, size_t size)
+{
+    // Three numbers of at most 10 digits and two colons.
+    char buf[34];
+    size_t n = 0;
+    for (unsigned part : {p.node, p.slot, p.port})
+    {
+        if (n)
+            buf[n++] = ':';
+        char digits[10];
+        size_t k = 0;
+        do
+        {
+            digits[k++] = static_cast<char>('0' + part % 10);
+            part /= 10;
+        } while (part);
+        while (k)
+            buf[n++] = digits[--k];
+    }
+    n = std::min(n, size - 1);
+    std::memcpy(out, buf, n);
+    out[n] = '\0';
+}
+
 std::string positionText(const Position& p)
 {
-    return std::to_string(p.node) + ":" + std::to_string(p.slot) + ":" + std::to_string(p.port);
+    char buf[40];
+    formatPosition(p, buf, sizeof buf);
+    return buf;
 }
 
 namespace

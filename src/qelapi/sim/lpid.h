@@ -19,6 +19,8 @@ constexpr unsigned kMaxPort = 31;
 uint16_t lpidOf(const Position& p);
 std::optional<Position> positionOfLpid(uint16_t lpid);
 std::string positionText(const Position& p);
+// The same into out (at least 12 bytes: "59:31:31" and its terminator fit), no allocation.
+void formatPosition(const Position& p, char* out, size_t size);
 // Accepts only the canonical text: three decimal numbers without leading
 // zeros, within the limits above.
 std::optional<Position> parsePosition(const std::string& text);

@@ -105,11 +105,19 @@ std::optional<api_port_status_t> statusFromName(const std::string& s)
     return std::nullopt;
 }
 
+void formatWwn(uint64_t wwn, char out[17])
+{
+    static const char kDigits[] = "0123456789ABCDEF";
+    for (int i = 0; i < 16; ++i)
+        out[i] = kDigits[(wwn >> (60 - 4 * i)) & 0xF];
+    out[16] = '\0';
+}
+
 std::string wwnText(uint64_t wwn)
 {
     char buf[17];
-    std::snprintf(buf, sizeof buf, "%016llX", static_cast<unsigned long long>(wwn));
-    return buf;
+    formatWwn(wwn, buf);
+    return std::string(buf, 16);
 }
 
 std::optional<uint64_t> parseWwn(const std::string& s)

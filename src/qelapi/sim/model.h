@@ -194,6 +194,8 @@ std::optional<api_port_status_t> statusFromName(const std::string& s);
 
 // WWN text: 16 upper-case hexadecimal digits.
 std::string wwnText(uint64_t wwn);
+// The same into out[0..16], terminated; no allocation (records are filled per port).
+void formatWwn(uint64_t wwn, char out[17]);
 // Parses exactly 16 hexadecimal digits of either case.
 std::optional<uint64_t> parseWwn(const std::string& s);
 

@@ -55,9 +55,9 @@ namespace
 
 void fillFcPort(const FcPort& p, int detail, bool withSfp, api_FCPort_t* out)
 {
-    copyText(out->position, sizeof out->position, positionText(p.pos));
+    formatPosition(p.pos, out->position, sizeof out->position);
     out->portStatus = p.status;
-    copyText(out->wwnText, sizeof out->wwnText, wwnText(p.wwn));
+    formatWwn(p.wwn, out->wwnText);
     out->portWwn = p.wwn;
     out->currentRate = p.currentRate;
     copyText(out->fcSystemName, sizeof out->fcSystemName, p.fcSystemName);
@@ -137,7 +137,7 @@ api_iSCSIPort_t* makeIscsiArray(const std::vector<IscsiPort>& ports, bool* nomem
     {
         const IscsiPort& p = ports[i];
         copyText(recs[i].iscsiName, sizeof recs[i].iscsiName, p.iscsiName);
-        copyText(recs[i].position, sizeof recs[i].position, positionText(p.pos));
+        formatPosition(p.pos, recs[i].position, sizeof recs[i].position);
         recs[i].portStatus = p.status;
         recs[i].portId = lpidOf(p.pos);
         copyText(recs[i].ipAddr, sizeof recs[i].ipAddr, p.ipAddr);
@@ -163,7 +163,7 @@ api_portLESB_t* makeLesbArray(const std::vector<LesbRef>& records, bool* nomem)
         const FcPort& p = *records[i].port;
         const Lesb& l = *records[i].lesb;
         api_portLESB_t& o = recs[i];
-        copyText(o.portText, sizeof o.portText, wwnText(p.wwn));
+        formatWwn(p.wwn, o.portText);
         o.sampleTime = l.sampleTime;
         o.portId = l.portId ? *l.portId : lpidOf(p.pos);
         o.linkFailures = l.linkFailures;
@@ -190,7 +190,7 @@ api_VV_t* makeVvArray(const std::vector<const Volume*>& vvs, bool* nomem)
     for (size_t i = 0; i < vvs.size(); ++i)
     {
         copyText(recs[i].name, sizeof recs[i].name, vvs[i]->name);
-        copyText(recs[i].wwnText, sizeof recs[i].wwnText, wwnText(vvs[i]->wwn));
+        formatWwn(vvs[i]->wwn, recs[i].wwnText);
         recs[i].wwn = vvs[i]->wwn;
         recs[i].kind = vvs[i]->kind;
         recs[i].id = vvs[i]->id;

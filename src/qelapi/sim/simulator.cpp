@@ -17,8 +17,6 @@ namespace qelsim
 namespace
 {
 
-constexpr const char* kBuiltInOrigin = "<built-in demo array>";
-
 std::string absoluteDir(const std::string& path)
 {
     char buf[PATH_MAX];
@@ -61,9 +59,9 @@ Result Simulator::failLocked(const std::string& message)
 
 void Simulator::adoptLocked(Model m)
 {
-    _model = std::move(m);
+    Logger::instance().configure(m.log);
+    _model = std::make_shared<const Model>(std::move(m));
     _valid = true;
-    Logger::instance().configure(_model.log);
 }
 
 Result
@@ -124,6 +122,7 @@ Result Simulator::attach(const AttachOptions& options, bool forceSeed)
         _valid = false;
         return failLocked(path + ": cannot lock the state file");
     }
+    finishPendingAuditLocked();
     const std::string hash = contentHash(text);
     if (!forceSeed && _store.exists())
     {
@@ -216,6 +215,7 @@ Result Simulator::load(
         _valid = false;
         return failLocked(statePath + ": cannot lock the state file");
     }
+    finishPendingAuditLocked();
     Result seeded = seedLocked(r.model, origin, contentHash(text));
     if (!seeded.ok)
         _valid = false;
@@ -224,6 +224,8 @@ Result Simulator::load(
 
 void Simulator::ensureAttached()
 {
+    if (_environmentDone.load(std::memory_order_acquire))
+        return;
     // The first call of the process attaches as the environment says, unless a
     // test or the tool loaded an array before; other first callers wait for it.
     std::call_once(
@@ -242,34 +244,45 @@ void Simulator::ensureAttached()
             if (!r.ok)
                 Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.error + "\n");
         });
+    _environmentDone.store(true, std::memory_order_release);
 }
 
 int Simulator::refreshLocked(bool haveExclusiveLock)
 {
     if (!_store.enabled())
         return API_OK;
-    StateStore::Stamp now = _store.stamp();
-    if (now == _stamp)
-        return API_OK;
+    StateStore::Stamp now;
     std::optional<StateStore::Lock> lock;
-    if (!haveExclusiveLock)
+    if (haveExclusiveLock)
     {
+        // A writer also compares the file's identity, so a state file replaced
+        // by other means than this library is picked up before it is changed.
+        now = _store.stamp();
+        if (now == _stamp)
+            return API_OK;
+    }
+    else
+    {
+        if (!_store.movedSince(_stamp))
+            return API_OK;
+        // A writer holds the exclusive lock from before it counts the generation
+        // up until its new state is in place: waiting for the lock, then reading, gets that state.
         lock.emplace(_store, StateStore::Mode::Shared);
         now = _store.stamp();
     }
+    if (now == _badStamp)
+        return API_ERR_IO;  // this version was read before, and reported
     std::string text, err;
     if (!_store.read(&text, &err))
     {
-        if (now != _badStamp)
-            Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
         _badStamp = now;
         return API_ERR_IO;
     }
     DecodeResult r = decodeModel(text, "");
     if (!r.ok)
     {
-        if (now != _badStamp)
-            Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(_store.path()) + "\n");
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + r.message(_store.path()) + "\n");
         _badStamp = now;
         return API_ERR_IO;
     }
@@ -278,18 +291,25 @@ int Simulator::refreshLocked(bool haveExclusiveLock)
     return API_OK;
 }
 
-int Simulator::read(const std::function<int(const Model&)>& f)
+void Simulator::finishPendingAuditLocked()
+{
+    std::string err;
+    if (!_store.finishPendingAudit(&err))
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+}
+
+std::shared_ptr<const Model> Simulator::current()
 {
     ensureAttached();
     std::lock_guard<std::mutex> g(_mu);
     if (!_valid)
-        return API_ERR_IO;
+        return nullptr;
     // A state another process damaged is reported once; reads go on with the last good one.
     refreshLocked(false);
-    return f(_model);
+    return _model;
 }
 
-int Simulator::change(const std::function<int(Model&)>& f)
+int Simulator::change(const std::function<int(Model&)>& f, AuditEntry* audit)
 {
     ensureAttached();
     std::lock_guard<std::mutex> g(_mu);
@@ -305,22 +325,41 @@ int Simulator::change(const std::function<int(Model&)>& f)
                 API_LOG_ERROR, "qelsim: " + _store.path() + ": cannot lock the state file\n");
             return API_ERR_IO;
         }
+        finishPendingAuditLocked();
         if (int rc = refreshLocked(true))
             return rc;
     }
-    Model next = _model;
+    Model next = *_model;
     if (int rc = f(next))
         return rc;
+    // The line of a change that is made is written with it; refused changes are
+    // audited by the caller.
+    const std::string auditPath = audit ? auditPathLocked() : "";
+    std::string line;
+    if (!auditPath.empty())
+    {
+        audit->result = API_OK;
+        line = auditLine(*audit);
+    }
+    std::string err;
     if (_store.enabled())
     {
-        std::string err;
-        if (!_store.write(encodeModel(next), &err))
+        std::string auditErr;
+        if (!_store.write(encodeModel(next), auditPath, line, &err, &auditErr))
         {
             Logger::instance().write(API_LOG_ERROR, "qelsim: change not saved: " + err + "\n");
             return API_ERR_IO;
         }
+        if (!auditErr.empty())
+            Logger::instance().write(API_LOG_ERROR, "qelsim: " + auditErr + "\n");
         _stamp = _store.stamp();
     }
+    else if (!line.empty() && !appendAuditLine(auditPath, line, false, &err))
+    {
+        Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    }
+    if (audit)
+        audit->written = true;
     adoptLocked(std::move(next));
     stats().changesSaved++;
     return API_OK;
@@ -370,8 +409,8 @@ bool Simulator::takeFault(const char* call, int* code)
 
 std::string Simulator::auditPathLocked() const
 {
-    if (!_model.auditFile.empty())
-        return _model.auditFile;
+    if (!_model->auditFile.empty())
+        return _model->auditFile;
     if (!_store.enabled())
         return "";
     std::string p = _store.path();
@@ -381,8 +420,11 @@ std::string Simulator::auditPathLocked() const
     return p + ".audit.jsonl";
 }
 
-void Simulator::audit(const AuditEntry& e)
+void Simulator::audit(AuditEntry& e, int result)
 {
+    if (e.written)
+        return;
+    e.result = result;
     std::string path;
     {
         std::lock_guard<std::mutex> g(_mu);
@@ -391,8 +433,9 @@ void Simulator::audit(const AuditEntry& e)
     if (path.empty())
         return;
     std::string err;
-    if (!appendAudit(path, e, &err))
+    if (!appendAuditLine(path, auditLine(e), false, &err))
         Logger::instance().write(API_LOG_ERROR, "qelsim: " + err + "\n");
+    e.written = true;
 }
 
 std::string Simulator::statePath()

@@ -1,11 +1,14 @@
 #include "state_store.h"
 
 #include "atomic_file.h"
+#include "audit.h"
+#include "audit_journal.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,12 +34,33 @@ bool StateStore::open(const std::string& statePath, std::string* error)
     }
     _lockFd = fd;
     _path = statePath;
+    mapGeneration();
     removeStaleTemporaries(statePath);
     return true;
 }
 
+void StateStore::mapGeneration()
+{
+    // A new lock file is grown to hold the counter (zero: no change yet) so that
+    // reading it through the mapping never touches a page past the file's end.
+    // Only growing: a writer's counter that is already there is kept.
+    struct stat st;
+    if (::fstat(_lockFd, &st) != 0)
+        return;
+    if (st.st_size < static_cast<off_t>(sizeof(uint64_t)) &&
+        (::ftruncate(_lockFd, sizeof(uint64_t)) != 0 || ::fstat(_lockFd, &st) != 0 ||
+         st.st_size < static_cast<off_t>(sizeof(uint64_t))))
+        return;
+    void* p = ::mmap(nullptr, sizeof(uint64_t), PROT_READ, MAP_SHARED, _lockFd, 0);
+    if (p != MAP_FAILED)
+        _generationMap = static_cast<const uint64_t*>(p);
+}
+
 void StateStore::close()
 {
+    if (_generationMap)
+        ::munmap(const_cast<uint64_t*>(_generationMap), sizeof(uint64_t));
+    _generationMap = nullptr;
     if (_lockFd >= 0)
         ::close(_lockFd);
     _lockFd = -1;
@@ -57,6 +81,8 @@ bool StateStore::Stamp::operator==(const Stamp& o) const
 
 uint64_t StateStore::generation() const
 {
+    if (_generationMap)
+        return __atomic_load_n(_generationMap, __ATOMIC_ACQUIRE);
     uint64_t g = 0;
     if (::pread(_lockFd, &g, sizeof g, 0) != static_cast<ssize_t>(sizeof g))
         return 0;
@@ -78,6 +104,15 @@ StateStore::Stamp StateStore::stamp() const
         s.mtime = st.st_mtim;
     }
     return s;
+}
+
+bool StateStore::movedSince(const Stamp& s) const
+{
+    // Every writer counts the generation up before it replaces the file, so the
+    // counter alone tells; the file's identity is checked too where there is no counter to map.
+    if (_generationMap)
+        return generation() != s.generation;
+    return stamp() != s;
 }
 
 StateStore::Lock::Lock(const StateStore& s, Mode m) : _fd(s._lockFd), _held(false)
@@ -103,15 +138,73 @@ bool StateStore::read(std::string* text, std::string* error) const
     return readWholeFile(_path, text, error);
 }
 
+bool StateStore::write(
+    const std::string& text,
+    const std::string& auditPath,
+    const std::string& auditLine,
+    std::string* error,
+    std::string* auditError)
+{
+    // The order is what keeps readers and the audit log right if the writer is
+    // killed at any point:
+    //  1. the new state in a temporary file, flushed;
+    //  2. its audit line noted in the lock file, flushed: from here on the line
+    //     cannot be lost, whatever happens to this process;
+    //  3. the generation counted up: readers that see it wait for our lock, so
+    //     they read the state once it is in place;
+    //  4. the temporary renamed over the state (the change is made) and the
+    //     folder flushed;
+    //  5. the line appended to the audit log, flushed, and the note cleared.
+    // A kill before 4 leaves the old state and a note that the next writer drops;
+    // a kill after it, a note whose line the next writer appends unless it is
+    // in the log already.
+    Replacement r;
+    if (!prepareReplacement(_path, text, &r, error))
+        return false;
+    const bool audited = !auditLine.empty();
+    if (audited)
+    {
+        PendingAudit p;
+        p.auditPath = auditPath;
+        p.line = auditLine;
+        struct stat st;
+        p.auditSize = ::stat(auditPath.c_str(), &st) == 0 ? static_cast<uint64_t>(st.st_size) : 0;
+        p.stateDev = static_cast<uint64_t>(r.dev);
+        p.stateIno = static_cast<uint64_t>(r.ino);
+        if (!notePendingAudit(_lockFd, p, error))
+        {
+            discardReplacement(&r);
+            return false;
+        }
+    }
+    // Should the counter not be written, a writer still notices the replaced
+    // file by its identity (stamp), so this is not a failure.
+    const uint64_t g = generation() + 1;
+    (void)!::pwrite(_lockFd, &g, sizeof g, 0);
+    if (!commitReplacement(&r, _path, error))
+    {
+        if (audited)
+            clearPendingAudit(_lockFd);
+        return false;
+    }
+    if (audited)
+    {
+        if (!appendAuditLine(auditPath, auditLine, true, auditError))
+            return true;  // the note stays: the next writer tries again
+        clearPendingAudit(_lockFd);
+    }
+    return true;
+}
+
 bool StateStore::write(const std::string& text, std::string* error)
 {
-    if (!writeFileAtomically(_path, text, error))
-        return false;
-    // The state is durable now; should the generation not be written, readers
-    // still notice the replaced file by its identity, so this is not a failure.
-    uint64_t g = generation() + 1;
-    (void)!::pwrite(_lockFd, &g, sizeof g, 0);
-    return true;
+    std::string unused;
+    return write(text, "", "", error, &unused);
+}
+
+bool StateStore::finishPendingAudit(std::string* error)
+{
+    return qelsim::finishPendingAudit(_lockFd, _path, error) != AuditRecovery::Failed;
 }
 
 }  // namespace qelsim

@@ -1,9 +1,13 @@
 // The shared state file of a simulated array. Every process that simulates the
 // same array (the CIM server, the qelsim tool) uses one state file and its lock
 // file "<state>.lock": writers hold the lock exclusively while they re-read,
-// change and atomically replace the state, then count up the generation number
-// kept in the lock file; readers notice a new generation (or a replaced file)
+// change and atomically replace the state, counting up the generation number
+// kept in the lock file's first 8 bytes before the new state is renamed into
+// place; readers notice a new generation (or, when changing, a replaced file)
 // and re-read. So no update is lost and every reader sees the latest state.
+//
+// Readers look at the generation through a shared read-only mapping of the lock
+// file, so a read that finds the state unchanged makes no system call.
 #ifndef QELSIM_STATE_STORE_H
 #define QELSIM_STATE_STORE_H
 
@@ -45,6 +49,9 @@ public:
         bool operator!=(const Stamp& o) const { return !(*this == o); }
     };
     Stamp stamp() const;
+    // Whether a writer may have replaced the state since s was taken: its
+    // generation moved. Without the mapping, the whole stamp is compared.
+    bool movedSince(const Stamp& s) const;
 
     enum class Mode
     {
@@ -67,14 +74,31 @@ public:
     };
 
     bool read(std::string* text, std::string* error) const;
-    // Replaces the state (the caller holds the exclusive lock) and counts up the generation.
+
+    // REQUIRES: the exclusive lock held (for the three below).
+    // Replaces the state and counts up the generation. With an audit line, the
+    // line is noted in the lock file before the rename and appended to auditPath
+    // after it (see audit_journal.h); *auditError then says when the append
+    // failed (the change itself is made).
+    bool write(
+        const std::string& text,
+        const std::string& auditPath,
+        const std::string& auditLine,
+        std::string* error,
+        std::string* auditError);
     bool write(const std::string& text, std::string* error);
+    // Finishes the audit of a change whose writer died; false with *error when
+    // its line could not be appended.
+    bool finishPendingAudit(std::string* error);
 
 private:
     uint64_t generation() const;
+    void mapGeneration();
 
     std::string _path;
     int _lockFd = -1;
+    // The lock file's first page, mapped read-only; null when it could not be mapped.
+    const uint64_t* _generationMap = nullptr;
 };
 
 }  // namespace qelsim

@@ -18,30 +18,71 @@
 namespace
 {
 
-const char* kUsage =
-    "usage: qelsim [--array FILE] [--state FILE] COMMAND [ARGS]\n"
+// Printed after a usage error; --help prints the whole text below.
+const char* kSynopsis =
+    "usage: qelsim [--array FILE] [--state FILE] COMMAND [ARGS]   (qelsim --help)\n";
+
+const char* kHelp =
+    "NAME\n"
+    "  qelsim - inspect and change the simulated storage array\n"
     "\n"
-    "The array and state files default to $QELSIM_ARRAY and $QELSIM_STATE, as in the server.\n"
+    "SYNOPSIS\n"
+    "  qelsim [--array FILE] [--state FILE] COMMAND [ARGS]\n"
+    "  qelsim --help\n"
     "\n"
-    "commands:\n"
-    "  list                          FC and iSCSI ports: state, speeds, transceiver, LESB counters\n"
-    "  set-state PORT STATE          PORT is a position (0:1:2) or a WWN; STATE e.g. offline, PORT_OK\n"
-    "  bump-lesb PORT COUNTER [N]    add N (default 1) to linkFailures, lossOfSync, lossOfSignal,\n"
-    "                                primitiveSeqErrors, invalidTxWords or crcErrors\n"
-    "  fault list\n"
-    "  fault inject CALL CODE [TIMES]  make CALL return CODE (TIMES calls, default always)\n"
-    "  fault clear [CALL]\n"
+    "DESCRIPTION\n"
+    "  The simulated array stands in for a real array's library behind the provider\n"
+    "  modules. Its description (ports, transceivers, LESB counters, users) is read from\n"
+    "  a JSON array file; its changes live in a shared state file. qelsim changes that\n"
+    "  state file, so a running CIM server on the same array sees each change at its next\n"
+    "  call, and every change is written to the array's audit log as a server's would be.\n"
+    "\n"
+    "OPTIONS\n"
+    "  --array FILE   the array description (default $QELSIM_ARRAY, else the built-in\n"
+    "                 demo array)\n"
+    "  --state FILE   the shared state file (default $QELSIM_STATE, else\n"
+    "                 $TMPDIR/qelsim-UID/NAME.state.json, NAME being the array file's\n"
+    "                 name without .json); give the server's --array-state here\n"
+    "  --help         this text\n"
+    "\n"
+    "COMMANDS\n"
+    "  list                          FC and iSCSI ports: state, speeds, transceiver, LESB\n"
+    "                                counters\n"
+    "  set-state PORT STATE          PORT is a position (0:1:2) or a WWN; STATE e.g. offline,\n"
+    "                                PORT_OK\n"
+    "  bump-lesb PORT COUNTER [N]    add N (default 1) to linkFailures, lossOfSync,\n"
+    "                                lossOfSignal, primitiveSeqErrors, invalidTxWords or\n"
+    "                                crcErrors\n"
+    "  fault list                    the faults in force\n"
+    "  fault inject CALL CODE [TIMES]\n"
+    "                                make CALL return CODE (TIMES calls, default always)\n"
+    "  fault clear [CALL]            remove the fault of CALL, or all faults\n"
     "  reset                         drop all changes: start again from the array file\n"
     "  where                         print the array and state files in use\n"
-    "  validate FILE                 check an array description\n"
+    "  validate FILE                 check an array description (needs no state file)\n"
     "  generate [--ports N] [--lesb K] [--iscsi N] [--volumes N] [--seed S] [--out FILE]\n"
-    "                                write a large array description (stdout by default)\n";
+    "                                write a large array description (standard output by\n"
+    "                                default; needs no state file)\n"
+    "\n"
+    "ENVIRONMENT\n"
+    "  QELSIM_ARRAY   default of --array, read by the server too\n"
+    "  QELSIM_STATE   default of --state, read by the server too; \"none\" keeps changes in\n"
+    "                 memory, which qelsim refuses (they could not reach a server)\n"
+    "  TMPDIR         folder of the default state file (default /tmp)\n"
+    "\n"
+    "EXIT STATUS\n"
+    "  0  done\n"
+    "  1  the array refused or failed the change, or a file could not be read or written\n"
+    "  2  wrong command line\n"
+    "\n"
+    "SEE ALSO\n"
+    "  qel-cimserver --help\n";
 
 int usage(const std::string& problem)
 {
     if (!problem.empty())
         std::fprintf(stderr, "qelsim: %s\n", problem.c_str());
-    std::fputs(kUsage, stderr);
+    std::fputs(kSynopsis, stderr);
     return 2;
 }
 
@@ -253,17 +294,14 @@ int main(int argc, char** argv)
     {
         if (args[i] == "--help")
         {
-            std::fputs(kUsage, stdout);
+            std::fputs(kHelp, stdout);
             return 0;
         }
+        if (args[i] != "--array" && args[i] != "--state")
+            return usage("unknown option: " + args[i]);
         if (i + 1 >= args.size())
             return usage(args[i] + " needs a value");
-        if (args[i] == "--array")
-            opts.arrayPath = args[i + 1];
-        else if (args[i] == "--state")
-            opts.statePath = args[i + 1];
-        else
-            return usage("unknown option: " + args[i]);
+        (args[i] == "--array" ? opts.arrayPath : opts.statePath) = args[i + 1];
     }
     if (i >= args.size())
         return usage("no command given");

@@ -26,6 +26,26 @@ CIMValue askRealProvider(const CacheCall& call, Array<CIMParamValue>& out)
     return handler.returnValues.empty() ? CIMValue() : handler.returnValues.back();
 }
 
+// The answers both routes give: invokeMethod and enumerateInstanceNames by the double's scripts.
+CIMOperationResponse
+answer(InternalCacheDouble& cache, const char* route, const CIMOperationRequest& r)
+{
+    CIMOperationResponse response;
+    switch (r.operation)
+    {
+        case CIMOperationType::EnumerateInstanceNames:
+            response.paths = cache.names(route, r.className);
+            return response;
+        case CIMOperationType::InvokeMethod:
+            response.value = cache.invoke(
+                route, r.nameSpace, r.target, CIMName(r.methodName), r.inParameters,
+                response.outParameters);
+            return response;
+        default:
+            refuse(r);
+    }
+}
+
 class LocalTransport : public ClientTransport
 {
 public:
@@ -33,105 +53,28 @@ public:
     ~LocalTransport() override { _cache.closed(); }
 
     void setTimeout(Uint32) override {}
-    Array<CIMObjectPath>
-    enumerateInstanceNames(const CIMNamespaceName&, const CIMName& cls) override
+    CIMOperationResponse execute(const CIMOperationRequest& request) override
     {
-        return _cache.names("local", cls);
+        return answer(_cache, "local", request);
     }
-    CIMValue invokeMethod(
-        const CIMNamespaceName& ns,
-        const CIMObjectPath& path,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
-    {
-        return _cache.invoke("local", ns, path, method, in, out);
-    }
-    QEL_TEST_REFUSED(
-        CIMClass getClass(
-            const CIMNamespaceName&,
-            const CIMName&,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "getClass")
-    QEL_TEST_REFUSED(
-        CIMInstance getInstance(
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "getInstance")
-    QEL_TEST_REFUSED(
-        Array<CIMInstance> enumerateInstances(
-            const CIMNamespaceName&,
-            const CIMName&,
-            Boolean,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "enumerateInstances")
-    QEL_TEST_REFUSED(
-        CIMObjectPath createInstance(const CIMNamespaceName&, const CIMInstance&) override,
-        "createInstance")
-    QEL_TEST_REFUSED(
-        void modifyInstance(
-            const CIMNamespaceName&,
-            const CIMInstance&,
-            Boolean,
-            const CIMPropertyList&) override,
-        "modifyInstance")
-    QEL_TEST_REFUSED(
-        void deleteInstance(const CIMNamespaceName&, const CIMObjectPath&) override,
-        "deleteInstance")
-    QEL_TEST_REFUSED(
-        Array<CIMObject> associators(
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const CIMName&,
-            const String&,
-            const String&,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "associators")
-    QEL_TEST_REFUSED(
-        Array<CIMObjectPath> associatorNames(
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const CIMName&,
-            const String&,
-            const String&) override,
-        "associatorNames")
-    QEL_TEST_REFUSED(
-        Array<CIMObject> references(
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const String&,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "references")
-    QEL_TEST_REFUSED(
-        Array<CIMObjectPath> referenceNames(
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const String&) override,
-        "referenceNames")
 
 private:
     InternalCacheDouble& _cache;
 };
 
 }  // namespace
+
+void refuse(const CIMOperationRequest& request)
+{
+    throw CIMException(
+        CIM_ERR_NOT_SUPPORTED, "test double: no " + cimOperationFunctionName(request.operation));
+}
+
+CIMOperationResponse
+CacheHandleRep::execute(const OperationContext&, const CIMOperationRequest& request)
+{
+    return answer(_cache, "cimom", request);
+}
 
 InternalCacheDouble::InternalCacheDouble()
     : methods(askRealProvider),

@@ -68,117 +68,18 @@ private:
 };
 
 // An operation a double does not answer: it fails loudly.
-#define QEL_TEST_REFUSED(signature, name)                                                          \
-    signature                                                                                      \
-    {                                                                                              \
-        throw Pegasus::CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED, "test double: no " name);      \
-    }
+[[noreturn]] void refuse(const CIMOperationRequest& request);
 
 // A server handle whose invokeMethod and enumerateInstanceNames reach the double (route "cimom"). The
-// other operations fail with CIM_ERR_NOT_SUPPORTED unless a derived handle answers them.
+// other operations fail with CIM_ERR_NOT_SUPPORTED unless a derived handle answers them (and hands the
+// rest on to this one).
 class CacheHandleRep : public CIMOMHandleRep
 {
 public:
     explicit CacheHandleRep(InternalCacheDouble& cache) : _cache(cache) {}
 
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext&,
-        const CIMNamespaceName&,
-        const CIMName& className) override
-    {
-        return _cache.names("cimom", className);
-    }
-    CIMValue invokeMethod(
-        const OperationContext&,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& path,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
-    {
-        return _cache.invoke("cimom", nameSpace, path, method, in, out);
-    }
-    QEL_TEST_REFUSED(
-        CIMClass getClass(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMName&,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "getClass")
-    QEL_TEST_REFUSED(
-        CIMInstance getInstance(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "getInstance")
-    QEL_TEST_REFUSED(
-        Array<CIMInstance> enumerateInstances(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMName&,
-            Boolean,
-            Boolean,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "enumerateInstances")
-    QEL_TEST_REFUSED(
-        void modifyInstance(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMInstance&,
-            Boolean,
-            const CIMPropertyList&) override,
-        "modifyInstance")
-    QEL_TEST_REFUSED(
-        Array<CIMObject> associators(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const CIMName&,
-            const String&,
-            const String&,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "associators")
-    QEL_TEST_REFUSED(
-        Array<CIMObjectPath> associatorNames(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const CIMName&,
-            const String&,
-            const String&) override,
-        "associatorNames")
-    QEL_TEST_REFUSED(
-        Array<CIMObject> references(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const String&,
-            Boolean,
-            Boolean,
-            const CIMPropertyList&) override,
-        "references")
-    QEL_TEST_REFUSED(
-        Array<CIMObjectPath> referenceNames(
-            const OperationContext&,
-            const CIMNamespaceName&,
-            const CIMObjectPath&,
-            const CIMName&,
-            const String&) override,
-        "referenceNames")
+    CIMOperationResponse
+    execute(const OperationContext& context, const CIMOperationRequest& request) override;
 
 private:
     InternalCacheDouble& _cache;

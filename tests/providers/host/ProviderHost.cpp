@@ -110,34 +110,36 @@ OperationContext ProviderHost::context(const String& userName, const String& cli
     return context;
 }
 
-CIMClass HostCIMOMHandleRep::getClass(
-    const OperationContext&,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+CIMOperationResponse
+HostCIMOMHandleRep::execute(const OperationContext& context, const CIMOperationRequest& r)
 {
-    return _host.repository().getClass(
-        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
+    CIMOperationResponse response;
+    switch (r.operation)
+    {
+        case CIMOperationType::GetClass:
+            response.cimClass = _host.repository().getClass(
+                r.nameSpace, r.className, r.localOnly, r.includeQualifiers, r.includeClassOrigin,
+                r.propertyList);
+            return response;
+        case CIMOperationType::GetInstance:
+            response.instance = _getInstance(context, r);
+            return response;
+        default:
+            return CacheHandleRep::execute(context, r);
+    }
 }
 
-CIMInstance HostCIMOMHandleRep::getInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+CIMInstance
+HostCIMOMHandleRep::_getInstance(const OperationContext& context, const CIMOperationRequest& r)
 {
+    const CIMNamespaceName& nameSpace = r.nameSpace;
+    const CIMObjectPath& instanceName = r.objectName;
     instanceCalls.push_back(
         str(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()) + " " +
         str(nameSpace.getString()) + " " + str(instanceName.toString()) +
-        (localOnly ? " local" : "") + (includeQualifiers ? " qualifiers" : "") +
-        (includeClassOrigin ? " origin" : "") + " properties " +
-        std::to_string(propertyList.size()));
+        (r.localOnly ? " local" : "") + (r.includeQualifiers ? " qualifiers" : "") +
+        (r.includeClassOrigin ? " origin" : "") + " properties " +
+        std::to_string(r.propertyList.size()));
     if (failInstances)
         throw CIMException(CIM_ERR_NOT_FOUND, "the provider test host fails getInstance");
     CIMInstanceProvider* provider =
@@ -154,7 +156,7 @@ CIMInstance HostCIMOMHandleRep::getInstance(
         path.setNameSpace(nameSpace);
     RecordingInstanceHandler handler;
     provider->getInstance(
-        context, path, includeQualifiers, includeClassOrigin, propertyList, handler);
+        context, path, r.includeQualifiers, r.includeClassOrigin, r.propertyList, handler);
     if (!handler.record.inOrder() || handler.delivered.size() != 1)
     {
         throw CIMException(

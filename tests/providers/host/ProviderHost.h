@@ -96,27 +96,15 @@ class HostCIMOMHandleRep : public CacheHandleRep
 public:
     explicit HostCIMOMHandleRep(ProviderHost& host) : CacheHandleRep(host.cache()), _host(host) {}
 
-    CIMClass getClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
-    CIMInstance getInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
+    CIMOperationResponse
+    execute(const OperationContext& context, const CIMOperationRequest& request) override;
 
     Texts instanceCalls;
     bool failInstances = false;  // getInstance fails with CIM_ERR_NOT_FOUND while set
 
 private:
+    CIMInstance _getInstance(const OperationContext& context, const CIMOperationRequest& request);
+
     ProviderHost& _host;
 };
 

@@ -8,7 +8,9 @@
 // (TypeMismatchException), "throw-std" (std::runtime_error "boom"), "throw-int",
 // "throw-badutf8" (std::runtime_error with an invalid UTF-8 byte),
 // "not-supported" (CIMNotSupportedException "not here"). Enumerations also
-// understand "uninit", "no-complete:<n>" and "count:<n>".
+// understand "uninit", "no-complete:<n>" and "count:<n>"; Item's also
+// "fail-after:<n>" and "unsupported-after:<n>" (n delivered one at a time, then
+// the "gone" or the "not here" exception).
 #include "ServerTestControl.h"
 
 #include <Pegasus/Client/CIMClient.h>
@@ -320,13 +322,19 @@ public:
         if (mode == "uninit")
             handler.deliver(CIMInstance());
         const int pending = modeCount(mode, "no-complete:"), count = modeCount(mode, "count:");
+        const int failing = modeCount(mode, "fail-after:");
+        const int unsupported = modeCount(mode, "unsupported-after:");
         Array<CIMInstance> bulk;
-        for (int i = 0; i < std::max(pending, count); ++i)
+        for (int i = 0; i < std::max({pending, count, failing, unsupported}); ++i)
             bulk.append(make(ref, String(std::to_string(i).c_str()), "bulk", 0));
-        if (pending >= 0)
+        if (pending >= 0 || failing >= 0 || unsupported >= 0)
         {  // one at a time, and never completed
             for (Uint32 i = 0; i < bulk.size(); ++i)
                 handler.deliver(bulk[i]);
+            if (failing >= 0)
+                throw CIMObjectNotFoundException("gone");
+            if (unsupported >= 0)
+                throw CIMNotSupportedException("not here");
             return;
         }
         if (count >= 0)
@@ -339,6 +347,7 @@ public:
                 handler.deliver(make(ref, item.id, item.label, item.count));
         }
         handler.complete();
+        bump("Item.enumerated");
     }
 
     void enumerateInstanceNames(

@@ -13,8 +13,6 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-static const char NAMESPACE[] = "root/qel";
-
 // Trace texts may carry no argument; they are printed as they stand.
 static void _trace(int level, const char* text)
 {
@@ -79,6 +77,23 @@ void QEL_AssociationFrame::_open(
 {
     _trace(QEL_TRACE_FLOW, texts.entry);
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
+}
+
+template <typename... Texts>
+bool QEL_AssociationFrame::_openAssociation(
+    const QEL_AssociationRequestTexts& texts,
+    const OperationContext& context,
+    const CIMObjectPath& objectName,
+    const String& role,
+    const String& resultRole,
+    const CIMName& resultClass,
+    const char* method,
+    Texts... argumentTexts) const
+{
+    _trace(QEL_TRACE_FLOW, texts.entry);
+    log_message(QEL_TRACE_FLOW, texts.arguments, argumentTexts...);
+    QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
+    return !_invalidParms(objectName, role, resultRole, resultClass, method);
 }
 
 // ------------------------------------------------------------- parameters
@@ -162,7 +177,7 @@ CIMObjectPath QEL_AssociationFrame::_buildAssociationName(
 {
     return QEL_Common::buildAssocPath(
         _associationClass, CIMName(_profile.portRole), CIMName(_profile.otherRole), port, other,
-        _hostName, CIMNamespaceName(NAMESPACE));
+        _hostName, CIMNamespaceName(QEL_NAMESPACE));
 }
 
 CIMInstance QEL_AssociationFrame::_buildAssociationInstance(
@@ -172,12 +187,22 @@ CIMInstance QEL_AssociationFrame::_buildAssociationInstance(
     const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
-    const CIMClass associationClass = QEL_Common::getStoredCIMClass(
-        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _associationClass, false,
-        includeQualifiers, includeClassOrigin, propertyList);
+    const CIMClass associationClass = QEL_ProviderFrame::storedClass(
+        _cimom, _associationClass, includeQualifiers, includeClassOrigin, propertyList);
     return QEL_Common::buildAssocInstance(
         _associationClass, CIMName(_profile.portRole), CIMName(_profile.otherRole), port, other,
-        associationClass, _hostName, CIMNamespaceName(NAMESPACE));
+        associationClass, _hostName, CIMNamespaceName(QEL_NAMESPACE));
+}
+
+Array<CIMObjectPath> QEL_AssociationFrame::pathsOf(const Array<CIMInstance>& instances)
+{
+    Array<CIMObjectPath> paths;
+    paths.reserveCapacity(instances.size());
+    for (Uint32 i = 0; i < instances.size(); i++)
+    {
+        paths.append(instances[i].getPath());
+    }
+    return paths;
 }
 
 template <typename Build>
@@ -221,15 +246,12 @@ void QEL_AssociationFrame::associators(
 {
     const QEL_AssociationRequestTexts& texts = _profile.associators;
     CString object, association, result;
-    _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(
-        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
-        _text(associationClass.getString(), association), _text(resultClass.getString(), result));
-    QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
-
     // The association class is traced only: any association class named is
     // answered the same way.
-    if (_invalidParms(objectName, role, resultRole, resultClass, "associators"))
+    if (!_openAssociation(
+            texts, context, objectName, role, resultRole, resultClass, "associators",
+            _text(objectName.toString(), object), _text(associationClass.getString(), association),
+            _text(resultClass.getString(), result)))
     {
         log_message(QEL_TRACE_FAILURE, texts.refused, (const char*)result);
         return;
@@ -258,13 +280,10 @@ void QEL_AssociationFrame::associatorNames(
 {
     const QEL_AssociationRequestTexts& texts = _profile.associatorNames;
     CString object, association, result;
-    _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(
-        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
-        _text(associationClass.getString(), association), _text(resultClass.getString(), result));
-    QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
-
-    if (_invalidParms(objectName, role, resultRole, resultClass, "associatorNames"))
+    if (!_openAssociation(
+            texts, context, objectName, role, resultRole, resultClass, "associatorNames",
+            _text(objectName.toString(), object), _text(associationClass.getString(), association),
+            _text(resultClass.getString(), result)))
     {
         log_message(
             QEL_TRACE_FAILURE, texts.refused, (const char*)association, (const char*)result);
@@ -294,13 +313,9 @@ void QEL_AssociationFrame::references(
 {
     const QEL_AssociationRequestTexts& texts = _profile.references;
     CString object, result, roleText;
-    _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(
-        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
-        _text(resultClass.getString(), result));
-    QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
-
-    if (_invalidParms(objectName, role, String(), resultClass, "references"))
+    if (!_openAssociation(
+            texts, context, objectName, role, String(), resultClass, "references",
+            _text(objectName.toString(), object), _text(resultClass.getString(), result)))
     {
         log_message(QEL_TRACE_FAILURE, texts.refused, _text(role, roleText), (const char*)result);
         return;
@@ -329,13 +344,9 @@ void QEL_AssociationFrame::referenceNames(
 {
     const QEL_AssociationRequestTexts& texts = _profile.referenceNames;
     CString object, result, roleText;
-    _trace(QEL_TRACE_FLOW, texts.entry);
-    log_message(
-        QEL_TRACE_FLOW, texts.arguments, _text(objectName.toString(), object),
-        _text(resultClass.getString(), result));
-    QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
-
-    if (_invalidParms(objectName, role, String(), resultClass, "referenceNames"))
+    if (!_openAssociation(
+            texts, context, objectName, role, String(), resultClass, "referenceNames",
+            _text(objectName.toString(), object), _text(resultClass.getString(), result)))
     {
         log_message(QEL_TRACE_FAILURE, texts.refused, _text(role, roleText), (const char*)result);
         return;
@@ -370,19 +381,14 @@ void QEL_AssociationFrame::getInstance(
         throw CIMInvalidParameterException(_messagePrefix + " Expect two keys.");
     }
 
-    const Array<CIMInstance> instances =
-        lists.instances(instanceReference, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
+    // Host ignored; namespace, class and the ends' keys compared.
+    if (QEL_ProviderFrame::deliverMatch(
+            instanceReference,
+            lists.instances(instanceReference, includeQualifiers, includeClassOrigin, propertyList),
+            handler))
     {
-        // Host ignored; namespace, class and the ends' keys compared.
-        if (QEL_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            _trace(QEL_TRACE_FLOW, texts.exit);
-            return;
-        }
+        _trace(QEL_TRACE_FLOW, texts.exit);
+        return;
     }
     throw CIMObjectNotFoundException(_messagePrefix + " CIM Object not found.");
 }
@@ -401,11 +407,9 @@ void QEL_AssociationFrame::enumerateInstances(
 
     // The class of classReference is not looked at: the provider is only
     // asked for its own association class.
-    const Array<CIMInstance> instances =
-        lists.instances(CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(
+        handler,
+        lists.instances(CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList));
     _trace(QEL_TRACE_FLOW, texts.exit);
 }
 
@@ -418,10 +422,7 @@ void QEL_AssociationFrame::enumerateInstanceNames(
     const QEL_AssociationRequestTexts& texts = _profile.enumerateInstanceNames;
     _open(texts, context);
 
-    const Array<CIMObjectPath> names = lists.instanceNames();
-    handler.processing();
-    handler.deliver(names);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(handler, lists.instanceNames());
     _trace(QEL_TRACE_FLOW, texts.exit);
 }
 

@@ -215,9 +215,28 @@ public:
         const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
 
+    // The paths of instances, in the same order: what the name lists of the
+    // providers are made of.
+    static Array<CIMObjectPath> pathsOf(const Array<CIMInstance>& instances);
+
 private:
     // Entry trace, argument trace when given, session check.
     void _open(const QEL_AssociationRequestTexts& texts, const OperationContext& context) const;
+
+    // The opening of the four association requests: entry trace, the
+    // argument line with the texts given, session check, then the parameter
+    // check of method. False when the request is refused; the caller then
+    // writes its refusal line and returns without touching the handler.
+    template <typename... Texts>
+    bool _openAssociation(
+        const QEL_AssociationRequestTexts& texts,
+        const OperationContext& context,
+        const CIMObjectPath& objectName,
+        const String& role,
+        const String& resultRole,
+        const CIMName& resultClass,
+        const char* method,
+        Texts... argumentTexts) const;
 
     // Which end objectName names.
     bool _isPortEnd(const CIMObjectPath& objectName) const;

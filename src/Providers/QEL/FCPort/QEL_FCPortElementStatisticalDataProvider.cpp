@@ -9,18 +9,16 @@
 #include "QEL_FCPortElementStatisticalDataProvider.h"
 #include "QEL_ProviderFrame.h"
 #include "QEL_FCPortList.h"
+#include "QEL_LESBList.h"
 #include "QEL_FCPortProvider.h"
 #include "QEL_FCPortStatisticsProvider.h"
+#include "QEL_PortWWN.h"
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Provider/ProviderException.h>
 
 #include <QEL_Common.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -125,58 +123,20 @@ static const QEL_AssociationProfile PROFILE = {
      "<-- QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames()\n"},
 };
 
-static const char NAMESPACE[] = "root/qel";
-
-namespace
-{
-
-// The LESB records of one port: the list starts zeroed, is filled by one
-// serialised read and its array goes back with free() however the scope is
-// left, also after a failed read or an empty answer.
-class LESBRecords
-{
-public:
-    LESBRecords() { std::memset(&_list, 0, sizeof(_list)); }
-    ~LESBRecords() { std::free(_list.lesb); }
-    LESBRecords(const LESBRecords&) = delete;
-    LESBRecords& operator=(const LESBRecords&) = delete;
-
-    int read(Uint64 wwn)
-    {
-        return QEL_ProviderFrame::serialized([&] { return api_getPortLESB(wwn, &_list); });
-    }
-
-    Uint32 size() const { return _list.lesb == 0 ? 0 : _list.count; }
-    const api_portLESB_t& operator[](Uint32 i) const { return _list.lesb[i]; }
-
-private:
-    api_portLESBList_t _list;
-};
-
-}  // namespace
-
 // The port that the InstanceID key of the path written in text names, for
 // the narrowing of getInstance. A port path has no InstanceID, so a
 // well-formed association reference keeps every port (the path match decides
-// afterwards); text that is empty or no path at all narrows nothing either.
+// afterwards). Only an empty text is not parsed; a text that is no object
+// path ends the request with the parse's own exception.
 static Uint64 _narrowingFilter(const String& text)
 {
     if (text.size() == 0)
     {
         return QEL_ALL_PORTS;
     }
-    CIMObjectPath path;
-    try
-    {
-        path.set(text);
-    }
-    catch (const Exception&)
-    {
-        return QEL_ALL_PORTS;
-    }
-    const String instanceId = QEL_Common::getStringProperty(path, "InstanceID");
-    return instanceId.size() == 0 ? QEL_ALL_PORTS
-                                  : QEL_FCPortStatisticsProvider::getPortWWN(instanceId);
+    const CIMObjectPath path(text);
+    return QEL_FCPortStatisticsProvider::getPortWWN(
+        QEL_Common::getStringProperty(path, "InstanceID"));
 }
 
 class QEL_FCPortElementStatisticalDataProvider::_Lists : public QEL_AssociationFrame::Lists
@@ -251,8 +211,7 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
     else
     {
         key = QEL_Common::getStringProperty(objectName, "DeviceID");
-        const CString text = key.getCString();
-        sscanf(text, "%016LX", &filter);
+        filter = QEL_scanWWN(key.getCString());
     }
     if (key.size() == 0 || filter == QEL_ALL_PORTS)
     {
@@ -276,17 +235,16 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
                 _portClassName, _hostName, QEL_recordText(port.fcSystemName),
                 QEL_recordText(port.wwnText));
             related.append(_cimom.getInstance(
-                context, CIMNamespaceName(NAMESPACE), portPath, false, includeQualifiers,
+                context, CIMNamespaceName(QEL_NAMESPACE), portPath, false, includeQualifiers,
                 includeClassOrigin, propertyList));
         }
         ports.release();
     }
     else if (objectClass == _portClassName)
     {
-        CIMClass statsClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _statsClassName, false,
-            includeQualifiers, includeClassOrigin, propertyList);
-        LESBRecords records;
+        CIMClass statsClass = QEL_ProviderFrame::storedClass(
+            _cimom, _statsClassName, includeQualifiers, includeClassOrigin, propertyList);
+        QEL_LESBList records;
         records.read(filter);
         // The first record of the port; the DeviceID is compared with letter
         // case.
@@ -314,14 +272,8 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstan
         QEL_TRACE_FLOW,
         "-->QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames: className = %s \n",
         (const char*)objectName.getClassName().getString().getCString());
-    const Array<CIMInstance> related =
-        _getRelatedInstances(objectName, context, false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(related.size());
-    for (Uint32 i = 0; i < related.size(); i++)
-    {
-        names.append(related[i].getPath());
-    }
+    const Array<CIMObjectPath> names = QEL_AssociationFrame::pathsOf(
+        _getRelatedInstances(objectName, context, false, false, CIMPropertyList()));
     log_message(
         QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames\n");
     return names;
@@ -348,7 +300,7 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
         for (Uint32 i = 0; i < ports.size(); i++)
         {
             const api_FCPort_t& port = ports[i];
-            LESBRecords records;
+            QEL_LESBList records;
             if (records.read(port.portWwn) != 0 || records.size() == 0)
             {
                 continue;
@@ -374,14 +326,8 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
 Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getInstanceNames()
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
-    const Array<CIMInstance> associations =
-        _getInstances(CIMObjectPath(), false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(associations.size());
-    for (Uint32 i = 0; i < associations.size(); i++)
-    {
-        names.append(associations[i].getPath());
-    }
+    const Array<CIMObjectPath> names = QEL_AssociationFrame::pathsOf(
+        _getInstances(CIMObjectPath(), false, false, CIMPropertyList()));
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortElementStatisticalDataProvider::_getInstanceNames\n");
     return names;
 }

@@ -4,6 +4,7 @@
 
 #include "QEL_FCPortProvider.h"
 #include "QEL_FCPortList.h"
+#include "QEL_PortWWN.h"
 #include "QEL_ProviderFrame.h"
 
 #include <Pegasus/Common/CIMValue.h>
@@ -25,14 +26,11 @@ static const char SOURCE[] = "QEL_FCPortProvider";
 static const Uint32 LINE_GET_INSTANCE = 103;
 static const Uint32 LINE_ENUMERATE_INSTANCES = 203;
 static const Uint32 LINE_ENUMERATE_INSTANCE_NAMES = 252;
-static const Uint32 LINE_MODIFY_SESSION = 295;
-static const Uint32 LINE_MODIFY_AUTHORIZE = 296;
-static const Uint32 LINE_METHOD_SESSION = 528;
-static const Uint32 LINE_METHOD_AUTHORIZE = 529;
+static const QEL_ProviderFrame::ChangeSite MODIFY_SITE = {SOURCE, 295, 296};
+static const QEL_ProviderFrame::ChangeSite METHOD_SITE = {SOURCE, 528, 529};
 
 static const char FC_PORT_CLASS[] = "QEL_FCPort";
 static const char FCAL_PORT_CLASS[] = "QEL_FCALPort";
-static const char NAMESPACE[] = "root/qel";
 
 // The configured rate that asks the port to sense its speed itself.
 static const Sint32 RATE_AUTOMATIC = 3;
@@ -68,13 +66,6 @@ static void _readPorts(QEL_FCPortList& list, const CIMName& className, Uint64 fi
     {
         list.readFCALPorts(filter);
     }
-}
-
-static String _wwnText(Uint64 wwn)
-{
-    char text[32];
-    snprintf(text, sizeof(text), "%016LX", wwn);
-    return String(text);
 }
 
 static Array<Uint16> _uint16s(Uint16 first)
@@ -207,7 +198,7 @@ CIMInstance QEL_FCPortProvider::buildInstance(
     }
     QEL_Common::setPropertyValue(instance, "PortType", portType);
 
-    QEL_Common::setPropertyValue(instance, "PermanentAddress", _wwnText(port.portWwn));
+    QEL_Common::setPropertyValue(instance, "PermanentAddress", QEL_wwnText(port.portWwn));
     QEL_Common::setPropertyValue(instance, "NodeWWN", nodeWwn);
     QEL_Common::setPropertyValue(instance, "Speed", rate_to_bits(port.currentRate));
 
@@ -302,7 +293,7 @@ CIMObjectPath QEL_FCPortProvider::buildObjectPath(
     keys.append(
         CIMKeyBinding("CreationClassName", inputClassName.getString(), CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("DeviceID", deviceID, CIMKeyBinding::STRING));
-    CIMObjectPath path(hostAddr, CIMNamespaceName(NAMESPACE), inputClassName, keys);
+    CIMObjectPath path(hostAddr, CIMNamespaceName(QEL_NAMESPACE), inputClassName, keys);
 
     log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::buildObjectPath\n");
     return path;
@@ -328,9 +319,8 @@ Array<CIMInstance> QEL_FCPortProvider::buildInstances(
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::_build_instance\n");
     _checkClass(className);
 
-    CIMClass portClass = QEL_Common::getStoredCIMClass(
-        cimom, OperationContext(), CIMNamespaceName(NAMESPACE), className, false, includeQualifiers,
-        includeClassOrigin, propertyList);
+    CIMClass portClass = QEL_ProviderFrame::storedClass(
+        cimom, className, includeQualifiers, includeClassOrigin, propertyList);
 
     QEL_FCPortList list;
     _readPorts(list, className, portwwn);
@@ -378,6 +368,19 @@ Array<CIMObjectPath> QEL_FCPortProvider::_build_ref(const CIMName& className)
     return paths;
 }
 
+// The LPID of the port that ref's DeviceID key names; an unknown port is
+// refused with the "Device not found" text of operation.
+static Uint16 _portLPID(const CIMObjectPath& ref, const char* operation)
+{
+    const String deviceID = QEL_Common::getStringProperty(ref, "DeviceID");
+    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
+    if (lpid == QEL_NO_SUCH_PORT)
+    {
+        QEL_ProviderFrame::deviceNotFound(ClassName, operation, "DeviceID", deviceID);
+    }
+    return lpid;
+}
+
 // Both lookups: the first instance whose string property propertyName equals
 // wanted without regard to case.
 static CIMInstance _findPortInstance(
@@ -399,7 +402,7 @@ static CIMInstance _findPortInstance(
 
 CIMInstance QEL_FCPortProvider::_getPortInstance(Uint64 portWWN, Array<CIMInstance> instances)
 {
-    const String wwn = _wwnText(portWWN);
+    const String wwn = QEL_wwnText(portWWN);
     log_message(
         QEL_TRACE_FLOW,
         "--> QEL_FCPortProvider::_getPortInstance: +++ searching for port wwn = %s\n",
@@ -432,40 +435,21 @@ void QEL_FCPortProvider::getInstance(
     const CIMName className = instRef.getClassName();
     _checkClass(className);
 
-    // A DeviceID that does not scan leaves the filter at every port; the
-    // path match below still decides.
-    Uint64 portwwn = QEL_ALL_PORTS;
     String deviceID;
-    bool keyFound = false;
-    const Array<CIMKeyBinding> keys = instRef.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size(); i++)
-    {
-        if (keys[i].getName() == CIMName("DeviceID"))
-        {
-            deviceID = keys[i].getValue();
-            sscanf(deviceID.getCString(), "%016LX", &portwwn);
-            keyFound = true;
-            break;
-        }
-    }
-    if (!keyFound)
+    if (!QEL_ProviderFrame::keyValue(instRef, "DeviceID", deviceID))
     {
         throw CIMInvalidParameterException(ClassName + " DeviceID key not found.");
     }
+    // A DeviceID that does not scan leaves the filter at every port; the
+    // path match below still decides.
+    const Uint64 portwwn = QEL_scanWWN(deviceID.getCString());
 
     const Array<CIMInstance> candidates = buildInstances(
         _cimom, className, portwwn, includeQualifiers, includeClassOrigin, propertyList, _hostName);
-
-    for (Uint32 i = 0; i < candidates.size(); i++)
+    if (QEL_ProviderFrame::deliverMatch(instRef, candidates, handler))
     {
-        if (QEL_Common::matchObjectPath(instRef, candidates[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(candidates[i]);
-            handler.complete();
-            log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::getInstance\n");
-            return;
-        }
+        log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortProvider::getInstance\n");
+        return;
     }
     // The device ID follows the text without a blank, as it always has.
     throw CIMObjectNotFoundException(className.getString() + " CIM Object not found." + deviceID);
@@ -534,22 +518,10 @@ void QEL_FCPortProvider::modifyInstance(
     const String className = objectRef.getClassName().getString();
 
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortProvider::modifyInstance()\n");
-    QEL_ProviderFrame::checkSession(context, SOURCE, LINE_MODIFY_SESSION);
-    QEL_ProviderFrame::authorize(who, className, OPERATION_KEY, SOURCE, LINE_MODIFY_AUTHORIZE);
+    api_evtparam_t apiEvent =
+        QEL_ProviderFrame::openChange(context, who, className, OPERATION_KEY, MODIFY_SITE);
 
-    api_evtparam_t apiEvent;
-    std::memset(&apiEvent, 0, sizeof(apiEvent));
-    QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), OPERATION_KEY, "", who.userName.getCString(),
-        who.clientAddress.getCString());
-
-    const String deviceID = QEL_Common::getStringProperty(objectRef, "DeviceID");
-    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
-    if (lpid == QEL_NO_SUCH_PORT)
-    {
-        QEL_ProviderFrame::deviceNotFound(ClassName, "modifyInstance", "DeviceID", deviceID);
-    }
-    QEL_PortIdList IDs(lpid, ClassName, "modifyInstance");
+    QEL_PortIdList IDs(_portLPID(objectRef, "modifyInstance"), ClassName, "modifyInstance");
 
     // Zero means "not requested" for the five numeric settings; a client
     // cannot set any of them to 0. The speed is applied whenever it is given.
@@ -582,33 +554,35 @@ void QEL_FCPortProvider::modifyInstance(
         }
     }
 
+    // The numeric settings by property name.
+    const struct
+    {
+        const char* property;
+        Uint16* value;
+    } settings[] = {
+        {"Mode", &mode}, {"ConnectionType", &connType},     {"Class2Support", &class2},
+        {"VCN", &vcn},   {"InterruptCoalescing", &intCoal},
+    };
     for (Uint32 i = 0; i < names.size(); i++)
     {
         const String& name = names[i];
         const CIMName property(name);
-        if (property == CIMName("Mode"))
+        Uint16* setting = 0;
+        for (const auto& s : settings)
         {
-            QEL_Common::getProperty(instance, name, mode);
+            if (property == CIMName(s.property))
+            {
+                setting = s.value;
+                break;
+            }
+        }
+        if (setting != 0)
+        {
+            QEL_Common::getProperty(instance, name, *setting);
         }
         else if (property == CIMName("ModeChangeAllowed"))
         {
             QEL_Common::getProperty(instance, name, forceMode);
-        }
-        else if (property == CIMName("ConnectionType"))
-        {
-            QEL_Common::getProperty(instance, name, connType);
-        }
-        else if (property == CIMName("Class2Support"))
-        {
-            QEL_Common::getProperty(instance, name, class2);
-        }
-        else if (property == CIMName("VCN"))
-        {
-            QEL_Common::getProperty(instance, name, vcn);
-        }
-        else if (property == CIMName("InterruptCoalescing"))
-        {
-            QEL_Common::getProperty(instance, name, intCoal);
         }
         else if (property == CIMName("RequestedSpeed"))
         {
@@ -625,42 +599,34 @@ void QEL_FCPortProvider::modifyInstance(
     // when a later change fails. These texts carry no class prefix.
     Uint16* ids = IDs.ids();
     const int count = IDs.count();
-    if (mode != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); }) != 0)
+    // A requested change in its own bracket; a failure ends the request.
+    const auto apply = [](bool requested, const char* failure, auto&& change)
     {
-        throw CIMOperationFailedException("Failed to set port mode");
-    }
-    if (connType != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortConnType(&apiEvent, count, ids, connType); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port connection type");
-    }
-    if (class2 != 0 && QEL_ProviderFrame::serialized(
-                           [&] { return api_setFCPortClass2(&apiEvent, count, ids, class2); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port class2");
-    }
-    if (vcn != 0 && QEL_ProviderFrame::serialized(
-                        [&] { return api_setFCPortVCN(&apiEvent, count, ids, vcn); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port VCN");
-    }
-    if (intCoal != 0 &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port interrupt coalesce");
-    }
+        if (requested && QEL_ProviderFrame::serialized(change) != 0)
+        {
+            throw CIMOperationFailedException(failure);
+        }
+    };
+    apply(
+        mode != 0, "Failed to set port mode",
+        [&] { return api_setFCPortMode(&apiEvent, count, ids, mode, forceMode); });
+    apply(
+        connType != 0, "Failed to set port connection type",
+        [&] { return api_setFCPortConnType(&apiEvent, count, ids, connType); });
+    apply(
+        class2 != 0, "Failed to set port class2",
+        [&] { return api_setFCPortClass2(&apiEvent, count, ids, class2); });
+    apply(
+        vcn != 0, "Failed to set port VCN",
+        [&] { return api_setFCPortVCN(&apiEvent, count, ids, vcn); });
+    apply(
+        intCoal != 0, "Failed to set port interrupt coalesce",
+        [&] { return api_setFCPortIntCoal(&apiEvent, count, ids, intCoal); });
     // Whole gigabits per second by a plain shift: not the inverse of
     // rate_to_bits (1.5 Gbit/s gives 1, 100 Mbit/s gives 0), as intended.
-    if (setSpeed &&
-        QEL_ProviderFrame::serialized(
-            [&] { return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); }) != 0)
-    {
-        throw CIMOperationFailedException("Failed to set port speed");
-    }
+    apply(
+        setSpeed, "Failed to set port speed",
+        [&] { return api_setFCPortSpeed(&apiEvent, count, ids, Uint32(speed >> 30)); });
 
     IDs.release();
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortProvider::modifyInstance()\n");
@@ -701,24 +667,12 @@ void QEL_FCPortProvider::invokeMethod(
         "-->QEL_FCPortProvider::invokeMethod()\n\t className = %s, methodName = %s\n",
         (const char*)className.getCString(), (const char*)method.getCString());
 
-    QEL_ProviderFrame::checkSession(context, SOURCE, LINE_METHOD_SESSION);
-    QEL_ProviderFrame::authorize(who, className, method, SOURCE, LINE_METHOD_AUTHORIZE);
+    // The event record is filled before the port is looked up: an unknown
+    // port still counts as an attempted operation.
+    api_evtparam_t apiEvent =
+        QEL_ProviderFrame::openChange(context, who, className, method, METHOD_SITE);
 
-    // Filled before the port is looked up: an unknown port still counts as an
-    // attempted operation.
-    api_evtparam_t apiEvent;
-    std::memset(&apiEvent, 0, sizeof(apiEvent));
-    QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), method.getCString(), "", who.userName.getCString(),
-        who.clientAddress.getCString());
-
-    const String deviceID = QEL_Common::getStringProperty(objectReference, "DeviceID");
-    const Uint16 lpid = api_findFCPortLPID(deviceID.getCString());
-    if (lpid == QEL_NO_SUCH_PORT)
-    {
-        QEL_ProviderFrame::deviceNotFound(ClassName, "invokeMethod", "DeviceID", deviceID);
-    }
-    QEL_PortIdList IDs(lpid, ClassName, "invokeMethod");
+    QEL_PortIdList IDs(_portLPID(objectReference, "invokeMethod"), ClassName, "invokeMethod");
     Uint16* ids = IDs.ids();
     const int count = IDs.count();
 

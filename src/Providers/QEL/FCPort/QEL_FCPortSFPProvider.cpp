@@ -91,8 +91,6 @@ static const QEL_AssociationProfile PROFILE = {
      "<-- QEL_FCPortSFPProvider::enumerateInstanceNames()\n"},
 };
 
-static const char NAMESPACE[] = "root/qel";
-
 // Every FC port, with the embedded SFP records filled in; false when the
 // read (or the semaphore) failed, which leaves the list empty.
 static bool _readPortsWithSFPs(QEL_FCPortList& list)
@@ -175,9 +173,8 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
     const bool read = _readPortsWithSFPs(ports);
     if (read && fromPort)
     {
-        CIMClass sfpClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _sfpClassName, false,
-            includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass sfpClass = QEL_ProviderFrame::storedClass(
+            _cimom, _sfpClassName, includeQualifiers, includeClassOrigin, propertyList);
         // Every record of the port is taken; the DeviceID is compared with
         // letter case.
         for (Uint32 i = 0; i < ports.size(); i++)
@@ -192,9 +189,8 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
     }
     else if (read && objectClass == _sfpClassName)
     {
-        CIMClass portClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), _portClassName, false,
-            includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass portClass = QEL_ProviderFrame::storedClass(
+            _cimom, _portClassName, includeQualifiers, includeClassOrigin, propertyList);
         // The Tag is made whether or not the SFP is marked installed.
         for (Uint32 i = 0; i < ports.size(); i++)
         {
@@ -219,14 +215,8 @@ QEL_FCPortSFPProvider::_getRelatedInstanceNames(const CIMObjectPath& objectName)
         QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getRelatedInstanceNames: className = %s \n",
         (const char*)objectName.getClassName().getString().getCString());
     // The names cost a full build of the related instances; kept so.
-    const Array<CIMInstance> related =
-        _getRelatedInstances(objectName, false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(related.size());
-    for (Uint32 i = 0; i < related.size(); i++)
-    {
-        names.append(related[i].getPath());
-    }
+    const Array<CIMObjectPath> names = QEL_AssociationFrame::pathsOf(
+        _getRelatedInstances(objectName, false, false, CIMPropertyList()));
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortSFPProvider::_getRelatedInstanceNames\n");
     return names;
 }
@@ -270,13 +260,8 @@ Array<CIMInstance> QEL_FCPortSFPProvider::_getInstances(
 Array<CIMObjectPath> QEL_FCPortSFPProvider::_getInstanceNames()
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getInstanceNames\n");
-    const Array<CIMInstance> associations = _getInstances(false, false, CIMPropertyList());
-    Array<CIMObjectPath> names;
-    names.reserveCapacity(associations.size());
-    for (Uint32 i = 0; i < associations.size(); i++)
-    {
-        names.append(associations[i].getPath());
-    }
+    const Array<CIMObjectPath> names =
+        QEL_AssociationFrame::pathsOf(_getInstances(false, false, CIMPropertyList()));
     log_message(QEL_TRACE_FLOW, "<--QEL_FCPortSFPProvider::_getInstanceNames\n");
     return names;
 }

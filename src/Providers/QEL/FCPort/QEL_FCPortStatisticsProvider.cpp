@@ -5,6 +5,8 @@
 
 #include "QEL_FCPortStatisticsProvider.h"
 #include "QEL_FCPortList.h"
+#include "QEL_LESBList.h"
+#include "QEL_PortWWN.h"
 #include "QEL_ProviderFrame.h"
 
 #include <Pegasus/Common/CIMValue.h>
@@ -13,8 +15,6 @@
 
 #include <QEL_Common.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -29,17 +29,14 @@ static const char SOURCE[] = "QEL_FCPortStatisticsProvider";
 static const Uint32 LINE_GET_INSTANCE = 101;
 static const Uint32 LINE_ENUMERATE_INSTANCES = 198;
 static const Uint32 LINE_ENUMERATE_INSTANCE_NAMES = 247;
-static const Uint32 LINE_METHOD_SESSION = 338;
-static const Uint32 LINE_METHOD_AUTHORIZE = 339;
+static const QEL_ProviderFrame::ChangeSite METHOD_SITE = {SOURCE, 338, 339};
 
 static const char STATISTICS_CLASS[] = "QEL_FCPortLESBStatistics";
-static const char NAMESPACE[] = "root/qel";
 static const char RESET_METHOD[] = "ResetSelectedStats";
 
-// The InstanceID is built from these parts and read back with the pattern.
-static const char INSTANCE_ID_PREFIX[] = "ZEPHRAN";
-static const char INSTANCE_ID_SUFFIX[] = "-Stats";
-static const char INSTANCE_ID_PATTERN[] = "ZEPHRAN:%016llX-Stats";
+// The InstanceID: this head, the port's DeviceID text and this tail.
+static const char INSTANCE_ID_HEAD[] = "ZEPHRAN:";
+static const char INSTANCE_ID_TAIL[] = "-Stats";
 
 // The most characters of a port text that go into a key.
 static const size_t PORT_TEXT_MAX = sizeof(api_portLESB_t::portText) - 1;
@@ -57,36 +54,6 @@ static void _checkClass(const CIMName& className)
         throw CIMNotSupportedException(ClassName + " Invalid class name");
     }
 }
-
-namespace
-{
-
-// One read of LESB records: the descriptor starts zeroed, is filled by one
-// serialised call, and its record array goes back with free() when the
-// object goes (the library allocates it with malloc; unlike the FC lists,
-// intended).
-class LESBList
-{
-public:
-    LESBList() { std::memset(&_list, 0, sizeof(_list)); }
-    ~LESBList() { std::free(_list.lesb); }
-
-    LESBList(const LESBList&) = delete;
-    LESBList& operator=(const LESBList&) = delete;
-
-    int read(Uint64 wwn)
-    {
-        return QEL_ProviderFrame::serialized([&] { return api_getPortLESB(wwn, &_list); });
-    }
-
-    Uint32 size() const { return _list.lesb != 0 ? _list.count : 0; }
-    const api_portLESB_t& operator[](Uint32 i) const { return _list.lesb[i]; }
-
-private:
-    api_portLESBList_t _list;
-};
-
-}  // namespace
 
 QEL_FCPortStatisticsProvider::QEL_FCPortStatisticsProvider()
 {
@@ -118,18 +85,21 @@ void QEL_FCPortStatisticsProvider::terminate()
 
 String QEL_FCPortStatisticsProvider::makeInstanceID(const api_portLESB_t& lesb)
 {
-    return String(INSTANCE_ID_PREFIX) + ":" + QEL_recordText(lesb.portText) + INSTANCE_ID_SUFFIX;
+    return String(INSTANCE_ID_HEAD) + QEL_recordText(lesb.portText) + INSTANCE_ID_TAIL;
 }
 
 Uint64 QEL_FCPortStatisticsProvider::getPortWWN(const String& instanceId)
 {
-    // The scan's count is deliberately not looked at: a text that does not
-    // scan leaves the every-port selector, and a hexadecimal part without the
-    // "-Stats" tail still gives the number read. Callers rely on both.
-    unsigned long long wwn = QEL_ALL_PORTS;
+    // Only the head must match: a text that gives no WWN behind it reads as
+    // the every-port selector, and a WWN without the "-Stats" tail still
+    // gives the number read. Callers rely on both.
     const CString text = instanceId.getCString();
-    sscanf(text, INSTANCE_ID_PATTERN, &wwn);
-    return wwn;
+    const size_t head = sizeof(INSTANCE_ID_HEAD) - 1;
+    if (std::strncmp(text, INSTANCE_ID_HEAD, head) != 0)
+    {
+        return QEL_ALL_PORTS;
+    }
+    return QEL_scanWWN(static_cast<const char*>(text) + head);
 }
 
 CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
@@ -189,7 +159,8 @@ QEL_FCPortStatisticsProvider::buildObjectPath(const String& hostName, const Stri
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("InstanceID", instanceId, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostName, CIMNamespaceName(NAMESPACE), CIMName(STATISTICS_CLASS), keys);
+    return CIMObjectPath(
+        hostName, CIMNamespaceName(QEL_NAMESPACE), CIMName(STATISTICS_CLASS), keys);
 }
 
 Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
@@ -234,14 +205,13 @@ Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
     Array<CIMInstance> instances;
     if (havePasses)
     {
-        CIMClass statisticsClass = QEL_Common::getStoredCIMClass(
-            _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), CIMName(STATISTICS_CLASS),
-            false, includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass statisticsClass = QEL_ProviderFrame::storedClass(
+            _cimom, CIMName(STATISTICS_CLASS), includeQualifiers, includeClassOrigin, propertyList);
 
         instances.reserveCapacity(static_cast<Uint32>(passes.size()));
         for (const Pass& pass : passes)
         {
-            LESBList lesb;
+            QEL_LESBList lesb;
             if (lesb.read(pass.wwn) != 0)
             {
                 continue;
@@ -271,7 +241,7 @@ Array<CIMObjectPath> QEL_FCPortStatisticsProvider::_build_ref()
     // Names come from the LESB records only: a port without records has an
     // instance in the enumeration but no name here, as intended.
     Array<CIMObjectPath> paths;
-    LESBList lesb;
+    QEL_LESBList lesb;
     if (lesb.read(QEL_ALL_PORTS) == 0)
     {
         paths.reserveCapacity(lesb.size());
@@ -300,33 +270,17 @@ void QEL_FCPortStatisticsProvider::getInstance(
     _checkClass(instanceReference.getClassName());
 
     String instanceId;
-    bool keyFound = false;
-    const Array<CIMKeyBinding> keys = instanceReference.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size() && !keyFound; i++)
-    {
-        if (keys[i].getName() == CIMName("InstanceID"))
-        {
-            instanceId = keys[i].getValue();
-            keyFound = true;
-        }
-    }
-    if (!keyFound)
+    if (!QEL_ProviderFrame::keyValue(instanceReference, "InstanceID", instanceId))
     {
         throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
     }
 
     const Array<CIMInstance> candidates =
         _build_instances(instanceId, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < candidates.size(); i++)
+    if (QEL_ProviderFrame::deliverMatch(instanceReference, candidates, handler))
     {
-        if (QEL_Common::matchObjectPath(instanceReference, candidates[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(candidates[i]);
-            handler.complete();
-            log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortStatisticsProvider::getInstance\n");
-            return;
-        }
+        log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortStatisticsProvider::getInstance\n");
+        return;
     }
     // The key follows the text without a blank, as the array's tools show it.
     throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceId);
@@ -344,11 +298,8 @@ void QEL_FCPortStatisticsProvider::enumerateInstances(
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
     _checkClass(classReference.getClassName());
 
-    const Array<CIMInstance> instances =
-        _build_instances(String(), includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(
+        handler, _build_instances(String(), includeQualifiers, includeClassOrigin, propertyList));
     log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortStatisticsProvider::enumerateInstances\n");
 }
 
@@ -361,10 +312,7 @@ void QEL_FCPortStatisticsProvider::enumerateInstanceNames(
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCE_NAMES);
     _checkClass(classReference.getClassName());
 
-    const Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(handler, _build_ref());
     log_message(QEL_TRACE_FLOW, "<-- QEL_FCPortStatisticsProvider::enumerateInstanceNames\n");
 }
 
@@ -414,14 +362,8 @@ void QEL_FCPortStatisticsProvider::invokeMethod(
         "-->QEL_SASPortProvider::invokeMethod()\n\t className = %s, methodName = %s\n",
         (const char*)className.getCString(), (const char*)method.getCString());
 
-    QEL_ProviderFrame::checkSession(context, SOURCE, LINE_METHOD_SESSION);
-    QEL_ProviderFrame::authorize(who, className, method, SOURCE, LINE_METHOD_AUTHORIZE);
-
-    api_evtparam_t apiEvent;
-    std::memset(&apiEvent, 0, sizeof(apiEvent));
-    QEL_Common::setEventParam(
-        &apiEvent, className.getCString(), method.getCString(), "", who.userName.getCString(),
-        who.clientAddress.getCString());
+    api_evtparam_t apiEvent =
+        QEL_ProviderFrame::openChange(context, who, className, method, METHOD_SITE);
 
     // The key is judged before the method name, so an unknown method on a
     // bad key reports the key. The label reads DeviceID although the key is

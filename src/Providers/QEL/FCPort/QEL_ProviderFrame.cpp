@@ -18,8 +18,10 @@ PEGASUS_NAMESPACE_END
 #include <Pegasus/Provider/ProviderException.h>
 
 #include <QEL_ClientAddress.h>
+#include <QEL_Common.h>
 
 #include <cstdlib>
+#include <cstring>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -79,6 +81,67 @@ void QEL_ProviderFrame::authorize(
     // The text is kept as the array's clients know it.
     throw TraceableCIMException(
         CIM_ERR_NOT_SUPPORTED, "Does not support in generic!", sourceName, line);
+}
+
+api_evtparam_t QEL_ProviderFrame::openChange(
+    const OperationContext& context,
+    const Requester& requester,
+    const String& className,
+    const String& operationKey,
+    const ChangeSite& site)
+{
+    checkSession(context, site.sourceName, site.sessionLine);
+    authorize(requester, className, operationKey, site.sourceName, site.authorizeLine);
+    api_evtparam_t event;
+    std::memset(&event, 0, sizeof(event));
+    QEL_Common::setEventParam(
+        &event, className.getCString(), operationKey.getCString(), "",
+        requester.userName.getCString(), requester.clientAddress.getCString());
+    return event;
+}
+
+CIMClass QEL_ProviderFrame::storedClass(
+    CIMOMHandle& cimom,
+    const CIMName& className,
+    Boolean includeQualifiers,
+    Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return QEL_Common::getStoredCIMClass(
+        cimom, OperationContext(), CIMNamespaceName(QEL_NAMESPACE), className, false,
+        includeQualifiers, includeClassOrigin, propertyList);
+}
+
+bool QEL_ProviderFrame::keyValue(const CIMObjectPath& path, const char* keyName, String& value)
+{
+    const Array<CIMKeyBinding>& keys = path.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); i++)
+    {
+        if (keys[i].getName() == CIMName(keyName))
+        {
+            value = keys[i].getValue();
+            return true;
+        }
+    }
+    return false;
+}
+
+bool QEL_ProviderFrame::deliverMatch(
+    const CIMObjectPath& reference,
+    const Array<CIMInstance>& candidates,
+    InstanceResponseHandler& handler)
+{
+    for (Uint32 i = 0; i < candidates.size(); i++)
+    {
+        if (QEL_Common::matchObjectPath(reference, candidates[i].getPath()))
+        {
+            handler.processing();
+            handler.deliver(candidates[i]);
+            handler.complete();
+            return true;
+        }
+    }
+    return false;
 }
 
 void QEL_ProviderFrame::notSupported(const String& providerName, const char* what)

@@ -34,13 +34,29 @@
 //                     result is the status. This is the only way a list read
 //                     or a change reaches the library.
 //
+//   Class definition  QEL_ProviderFrame::storedClass(cimom, className, flags,
+//                     propertyList): the class a request builds from, through
+//                     the process-wide class cache (root/qel, never
+//                     local-only).
+//
+//   Answers           keyValue() reads a getInstance key; deliverMatch()
+//                     answers getInstance with the candidate whose path names
+//                     the requested object; deliverAll() answers a list at
+//                     once (processing, one deliver, complete).
+//
+//   Changes           QEL_ProviderFrame::openChange(...): session check,
+//                     authorization and the event record, in that order,
+//                     after a change's entry trace; ChangeSite names the
+//                     source and lines its refusals carry.
+//
 //   Port identifiers  QEL_PortIdList: the one-element LPID array handed to the
 //                     library's port actions; freed on every way out.
 //
 //   Refusal texts     notSupported(), deviceNotFound(), allocationFailed():
 //                     the CIM exceptions with the module's message forms.
 //
-// Everything here uses only the public OpenPegasus provider API and qelapi.h.
+// Everything here uses only the public OpenPegasus provider API, qelapi.h
+// and QEL_Common.
 //%/////////////////////////////////////////////////////////////////////////////
 
 #ifndef QEL_ProviderFrame_h
@@ -48,7 +64,14 @@
 
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/String.h>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/ResponseHandler.h>
+#include <Pegasus/Provider/CIMOMHandle.h>
 
 #include <qelapi.h>
 
@@ -63,6 +86,9 @@ enum QEL_TraceLevel
     QEL_TRACE_NOTICE = 3,
     QEL_TRACE_FLOW = 4
 };
+
+// The namespace of every class the module serves.
+const char QEL_NAMESPACE[] = "root/qel";
 
 // The library's selector for "every port" (-10 as an unsigned 64-bit number).
 const Uint64 QEL_ALL_PORTS = 0xFFFFFFFFFFFFFFF6ULL;
@@ -97,6 +123,59 @@ public:
 
     // The lower-cased operation key handed to api_authorizeCIMUser.
     static String operationName(const String& className, const String& operationKey);
+
+    // Where a change's access refusals point: the source name and the fixed
+    // lines of its session check and of its authorization.
+    struct ChangeSite
+    {
+        const char* sourceName;
+        Uint32 sessionLine;
+        Uint32 authorizeLine;
+    };
+
+    // What every change (modifyInstance, invokeMethod) does after its entry
+    // trace, in this order: the session check, the authorization of
+    // "<className>.<operationKey>", and the event record the library
+    // attaches to the change (class name, operation key, an empty operation
+    // text, user name, client address), which it returns.
+    static api_evtparam_t openChange(
+        const OperationContext& context,
+        const Requester& requester,
+        const String& className,
+        const String& operationKey,
+        const ChangeSite& site);
+
+    // The class definition a request builds its instances from, through the
+    // process-wide class cache: namespace root/qel, never local-only, the
+    // request's flags and property list, a fresh operation context.
+    static CIMClass storedClass(
+        CIMOMHandle& cimom,
+        const CIMName& className,
+        Boolean includeQualifiers,
+        Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList);
+
+    // The value of the first key binding named keyName (compared as CIM
+    // names); false, with value untouched, when there is none.
+    static bool keyValue(const CIMObjectPath& path, const char* keyName, String& value);
+
+    // getInstance's answer: the first candidate whose path names the same
+    // object as reference (QEL_Common::matchObjectPath: host ignored) is
+    // delivered between processing and complete. False, with the handler
+    // untouched, when none does.
+    static bool deliverMatch(
+        const CIMObjectPath& reference,
+        const Array<CIMInstance>& candidates,
+        InstanceResponseHandler& handler);
+
+    // A whole answer at once: processing, one deliver of the list, complete.
+    template <typename Handler, typename List>
+    static void deliverAll(Handler& handler, const List& list)
+    {
+        handler.processing();
+        handler.deliver(list);
+        handler.complete();
+    }
 
     // One library call inside one semaphore bracket; returns the call's
     // status, or the failed wait's result when the call was not made.

@@ -32,7 +32,6 @@ static const Uint32 LINE_ENUMERATE_INSTANCES = 208;
 static const Uint32 LINE_ENUMERATE_INSTANCE_NAMES = 255;
 
 static const char SFP_CLASS[] = "QEL_SFP";
-static const char NAMESPACE[] = "root/qel";
 
 // api_getFCPorts' last argument: 1 asks the library to fill in the SFP records.
 static const int WITH_SFP_RECORDS = 1;
@@ -291,7 +290,7 @@ CIMObjectPath QEL_SFPProvider::buildObjectPath(const String& hostName, const Str
     keys.reserveCapacity(2);
     keys.append(CIMKeyBinding("CreationClassName", SFP_CLASS, CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("Tag", tag, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostName, CIMNamespaceName(NAMESPACE), CIMName(SFP_CLASS), keys);
+    return CIMObjectPath(hostName, CIMNamespaceName(QEL_NAMESPACE), CIMName(SFP_CLASS), keys);
 }
 
 Array<CIMInstance> QEL_SFPProvider::_build_instances(
@@ -301,9 +300,8 @@ Array<CIMInstance> QEL_SFPProvider::_build_instances(
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::_build_instances\n");
 
-    CIMClass sfpClass = QEL_Common::getStoredCIMClass(
-        _cimom, OperationContext(), CIMNamespaceName(NAMESPACE), CIMName(SFP_CLASS), false,
-        includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass sfpClass = QEL_ProviderFrame::storedClass(
+        _cimom, CIMName(SFP_CLASS), includeQualifiers, includeClassOrigin, propertyList);
 
     Array<CIMInstance> instances;
     _visitInstalledSFPs([&](const char* portName, const api_sfp_t& sfp)
@@ -344,33 +342,17 @@ void QEL_SFPProvider::getInstance(
 
     // Only the Tag is required here; the whole path decides the match.
     String tag;
-    bool keyFound = false;
-    const Array<CIMKeyBinding> keys = instanceReference.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size() && !keyFound; i++)
-    {
-        if (keys[i].getName() == CIMName("Tag"))
-        {
-            tag = keys[i].getValue();
-            keyFound = true;
-        }
-    }
-    if (!keyFound)
+    if (!QEL_ProviderFrame::keyValue(instanceReference, "Tag", tag))
     {
         throw CIMInvalidParameterException(ClassName + " Tag key not found.");
     }
 
     const Array<CIMInstance> candidates =
         _build_instances(includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < candidates.size(); i++)
+    if (QEL_ProviderFrame::deliverMatch(instanceReference, candidates, handler))
     {
-        if (QEL_Common::matchObjectPath(instanceReference, candidates[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(candidates[i]);
-            handler.complete();
-            log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::getInstance\n");
-            return;
-        }
+        log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::getInstance\n");
+        return;
     }
     // The Tag follows the text without a blank, as the array's tools show it.
     throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + tag);
@@ -388,11 +370,8 @@ void QEL_SFPProvider::enumerateInstances(
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
     _checkClass(classReference.getClassName());
 
-    const Array<CIMInstance> instances =
-        _build_instances(includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(
+        handler, _build_instances(includeQualifiers, includeClassOrigin, propertyList));
     log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::enumerateInstances\n");
 }
 
@@ -405,10 +384,7 @@ void QEL_SFPProvider::enumerateInstanceNames(
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCE_NAMES);
     _checkClass(classReference.getClassName());
 
-    const Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
+    QEL_ProviderFrame::deliverAll(handler, _build_ref());
     log_message(QEL_TRACE_FLOW, "<-- QEL_SFPProvider::enumerateInstanceNames\n");
 }
 

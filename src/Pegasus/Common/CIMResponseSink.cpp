@@ -1,0 +1,7 @@
+#include <Pegasus/Common/CIMResponseSink.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+CIMResponseSink::~CIMResponseSink() = default;
+
+PEGASUS_NAMESPACE_END
