@@ -78,6 +78,22 @@ std::unique_ptr<CimXmlTransport> CimXmlTransport::overTcp(
         new CimXmlTransport(std::move(connection), authorization));
 }
 
+std::unique_ptr<CimXmlTransport> CimXmlTransport::overTls(
+    const std::string& host,
+    unsigned port,
+    const std::string& user,
+    const std::string& password,
+    Uint32 timeoutMs,
+    const TlsClientOptions& tls)
+{
+    auto connection =
+        HttpClientConnection::tls(host, port, std::chrono::milliseconds(timeoutMs), tls);
+    const std::string authorization =
+        user.empty() ? std::string() : "Basic " + auth::base64Encode(user + ":" + password);
+    return std::unique_ptr<CimXmlTransport>(
+        new CimXmlTransport(std::move(connection), authorization));
+}
+
 std::unique_ptr<CimXmlTransport>
 CimXmlTransport::overLocalSocket(const std::string& socketPath, Uint32 timeoutMs)
 {

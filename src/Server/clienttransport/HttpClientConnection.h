@@ -1,5 +1,5 @@
-// One kept-alive HTTP/1.1 connection from a CIM client to the server, over TCP or the
-// local Unix socket, with a time limit on every exchange.
+// One kept-alive HTTP/1.1 connection from a CIM client to the server, over TCP, TLS or
+// the local Unix socket, with a time limit on every exchange.
 #ifndef QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
 #define QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
 
@@ -22,7 +22,16 @@ struct HttpResult
     std::string header(const std::string& name) const;  // "" when absent
 };
 
-// Connection failures throw Pegasus::CannotConnectException, time-outs
+// How a client speaks TLS: whom it trusts and, optionally, the certificate it shows.
+struct TlsClientOptions
+{
+    std::string caFile;           // PEM authorities the server's certificate must chain to
+    bool verify = true;           // false: take any server certificate (testing only)
+    std::string certificateFile;  // PEM client certificate, "" for none
+    std::string keyFile;          // its key
+};
+
+// Connection failures (a refused TLS handshake among them) throw Pegasus::CannotConnectException, time-outs
 // Pegasus::ConnectionTimeoutException.
 class HttpClientConnection
 {
@@ -31,6 +40,12 @@ public:
 
     static std::unique_ptr<HttpClientConnection>
     tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout);
+    // The server's certificate is checked against `tls.caFile` and `host`.
+    static std::unique_ptr<HttpClientConnection>
+    tls(const std::string& host,
+        unsigned port,
+        std::chrono::milliseconds timeout,
+        const TlsClientOptions& tls);
     static std::unique_ptr<HttpClientConnection>
     local(const std::string& socketPath, std::chrono::milliseconds timeout);
 

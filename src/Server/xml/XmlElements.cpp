@@ -85,28 +85,9 @@ std::string describe(pugi::xml_node node)
 
 void invalidElement(pugi::xml_node node, const std::string& what)
 {
-    const std::string msg = describe(node) + ": " + what;
-    String text;
-    try
-    {
-        text = String(msg.c_str());
-    }
-    catch (const Exception&)
-    {
-        // The parser does not check UTF-8: a bad name or text is quoted byte by byte, so
-        // that the refusal itself cannot fail.
-        std::string escaped;
-        for (unsigned char c : msg)
-        {
-            static const char hex[] = "0123456789ABCDEF";
-            if (c < 0x80)
-                escaped += static_cast<char>(c);
-            else
-                escaped += std::string("\\x") + hex[c >> 4] + hex[c & 15];
-        }
-        text = String(escaped.c_str());
-    }
-    throw CIMException(CIM_ERR_INVALID_PARAMETER, text);
+    // The parser does not check UTF-8: a bad name or text is quoted byte by byte.
+    throw CIMException(
+        CIM_ERR_INVALID_PARAMETER, ValueText::messageText(describe(node) + ": " + what));
 }
 
 void invalidElementFrom(pugi::xml_node node, const Exception& e)
