@@ -314,9 +314,7 @@ BENCHMARK_CAPTURE(BM_InProcessEnumerateInstances, QEL_SFP, "QEL_SFP")
     ->Arg(10000)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(
-    BM_InProcessEnumerateInstances,
-    QEL_FCPortLESBStatistics,
-    "QEL_FCPortLESBStatistics")
+    BM_InProcessEnumerateInstances, QEL_FCPortLESBStatistics, "QEL_FCPortLESBStatistics")
     ->Arg(100)
     ->Arg(1000)
     ->Arg(10000)

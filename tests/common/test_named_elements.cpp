@@ -142,8 +142,7 @@ TEST_P(MemberListLength, QualifiersAndMethodsAreListsLikeProperties)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    AroundTheIndex,
-    MemberListLength,
+    AroundTheIndex, MemberListLength,
     ::testing::Values(1u, kIndexed - 1, kIndexed, kIndexed + 1, 4 * kIndexed + 3));
 
 TEST(NameIndex, FoldsAsciiLettersOnly)

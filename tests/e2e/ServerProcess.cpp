@@ -96,8 +96,7 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
 }
 
 ServerProcess::ServerProcess(
-    const std::map<std::string, std::string>& users,
-    const std::vector<std::string>& extraArgs)
+    const std::map<std::string, std::string>& users, const std::vector<std::string>& extraArgs)
 {
     char tmpl[] = "/tmp/qel-e2e-XXXXXX";
     if (!mkdtemp(tmpl))
@@ -194,18 +193,14 @@ int ServerProcess::stop()
 }
 
 std::string ServerProcess::url(
-    const std::string& user,
-    const std::string& password,
-    const std::string& nameSpace) const
+    const std::string& user, const std::string& password, const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
     return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/" + nameSpace;
 }
 
 std::string ServerProcess::httpsUrl(
-    const std::string& user,
-    const std::string& password,
-    const std::string& nameSpace) const
+    const std::string& user, const std::string& password, const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
     return "https://" + auth + "localhost:" + std::to_string(_tlsPort) + "/" + nameSpace;

@@ -44,13 +44,11 @@ public:
     const std::string& password(const std::string& user) const { return _passwords.at(user); }
     // The server's URL for a user and namespace, up to the namespace.
     std::string
-    url(const std::string& user,
-        const std::string& password,
+    url(const std::string& user, const std::string& password,
         const std::string& nameSpace = "root/qel") const;
     // The same over HTTPS, naming the server "localhost" as its certificate does.
     std::string httpsUrl(
-        const std::string& user,
-        const std::string& password,
+        const std::string& user, const std::string& password,
         const std::string& nameSpace = "root/qel") const;
     std::string log() const;
     const std::string& dir() const { return _dir; }

@@ -106,11 +106,8 @@ WbemcliAnswer Wbemcli::operator()(std::vector<std::string> args) const
 }
 
 WbemcliAnswer Wbemcli::as(
-    const std::string& user,
-    const std::string& op,
-    const std::string& object,
-    const std::vector<std::string>& options,
-    const std::string& nameSpace) const
+    const std::string& user, const std::string& op, const std::string& object,
+    const std::vector<std::string>& options, const std::string& nameSpace) const
 {
     std::vector<std::string> args{op};
     args.insert(args.end(), options.begin(), options.end());

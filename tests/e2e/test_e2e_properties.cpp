@@ -74,10 +74,7 @@ protected:
     // SetProperty as a CIM client sends it, for what wbemcli does not send: it reads the class
     // first and turns an unknown property away itself. The CIM error, "" when accepted.
     static std::string setOnTheWire(
-        const std::string& user,
-        const std::string& port,
-        const char* property,
-        const char* text)
+        const std::string& user, const std::string& port, const char* property, const char* text)
     {
         using namespace qel::cimxml;
         CimRequest r;

@@ -45,11 +45,7 @@ void writePem(const std::string& path, X509* cert, EVP_PKEY* key)
 }
 
 X509* makeCertificate(
-    EVP_PKEY* key,
-    const std::string& commonName,
-    X509* issuer,
-    int fromDays,
-    int toDays)
+    EVP_PKEY* key, const std::string& commonName, X509* issuer, int fromDays, int toDays)
 {
     static long serial = 1;
     X509* cert = X509_new();
@@ -97,10 +93,7 @@ TestPki::TestPki(const std::string& dir, const std::string& name)
 TestPki::~TestPki() = default;
 
 IssuedCertificate TestPki::issue(
-    const std::string& commonName,
-    bool server,
-    std::vector<std::string> names,
-    int fromDays,
+    const std::string& commonName, bool server, std::vector<std::string> names, int fromDays,
     int toDays)
 {
     EVP_PKEY* key = EVP_EC_gen("P-256");

@@ -32,11 +32,8 @@ public:
     // (negative: in the past), for a server (with `names` as its DNS names and IP
     // addresses) or a client.
     IssuedCertificate issue(
-        const std::string& commonName,
-        bool server,
-        std::vector<std::string> names = {},
-        int fromDays = -1,
-        int toDays = 30);
+        const std::string& commonName, bool server, std::vector<std::string> names = {},
+        int fromDays = -1, int toDays = 30);
 
 private:
     struct Keys;

@@ -20,8 +20,7 @@ namespace wiretest
 {
 
 void ScriptedExecutor::execute(
-    const qel::cimxml::CimRequest& r,
-    const qel::http::ClientIdentity& client,
+    const qel::cimxml::CimRequest& r, const qel::http::ClientIdentity& client,
     qel::cimxml::CimResponse& out)
 {
     switch (r.operation)
@@ -111,8 +110,7 @@ std::string basicAuth(const std::string& user, const std::string& password)
 }
 
 FrontEnd::FrontEnd(
-    qel::http::HttpServerOptions options,
-    unsigned workers,
+    qel::http::HttpServerOptions options, unsigned workers,
     qel::http::CimHttpServiceOptions serviceOptions)
 {
     passwords.add("alice", "wonderland");

@@ -27,8 +27,7 @@ class ScriptedExecutor : public qel::http::OperationExecutor
 {
 public:
     void execute(
-        const qel::cimxml::CimRequest& request,
-        const qel::http::ClientIdentity& client,
+        const qel::cimxml::CimRequest& request, const qel::http::ClientIdentity& client,
         qel::cimxml::CimResponse& response) override;
     void release();
     int waiting() const { return _waiting.load(); }
@@ -77,8 +76,7 @@ class FrontEnd
 {
 public:
     explicit FrontEnd(
-        qel::http::HttpServerOptions options = qel::http::HttpServerOptions(),
-        unsigned workers = 4,
+        qel::http::HttpServerOptions options = qel::http::HttpServerOptions(), unsigned workers = 4,
         qel::http::CimHttpServiceOptions serviceOptions = qel::http::CimHttpServiceOptions());
     ~FrontEnd();
     unsigned short port() const { return http->tcpPort(); }
@@ -117,8 +115,7 @@ private:
 // A well-formed CIM-XML request for EnumerateInstanceNames of QEL_FCPort in root/qel.
 std::string enumerateNamesBody();
 std::string cimPost(
-    const std::string& body,
-    const std::string& authorization,
+    const std::string& body, const std::string& authorization,
     const std::string& extraHeaders = "");
 
 }  // namespace wiretest

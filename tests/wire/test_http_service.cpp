@@ -111,8 +111,7 @@ using Request = HttpRequest&;
 using Connection = ConnectionInfo&;
 
 INSTANTIATE_TEST_SUITE_P(
-    Requests,
-    CimHttpServiceTest,
+    Requests, CimHttpServiceTest,
     ::testing::Values(
         ServiceCase{
             "good request", [](Request, Connection) {}, 200, "",

@@ -134,8 +134,7 @@ bool CIMClassRep::hasKeys() const
 }
 
 std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
     // The instance's first path names its class only: the class's own path is shared when
@@ -346,8 +345,7 @@ Boolean CIMClass::isUninitialized() const
 }
 
 CIMInstance CIMClass::buildInstance(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
     return CIMInstance(

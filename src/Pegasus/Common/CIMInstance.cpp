@@ -168,9 +168,7 @@ Boolean CIMInstance::isUninitialized() const
 }
 
 void CIMInstance::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }

@@ -58,9 +58,7 @@ void CIMObjectRep::setPath(const CIMObjectPath& path)
 }
 
 void CIMObjectRep::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     if (!includeQualifiers)
         qualifiers.clear();
@@ -206,9 +204,7 @@ Boolean CIMObject::isInstance() const
 }
 
 void CIMObject::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }

@@ -755,9 +755,7 @@ CIMObjectPath::CIMObjectPath(const String& objectName) : CIMObjectPath()
 }
 
 CIMObjectPath::CIMObjectPath(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+    const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
     : CIMObjectPath()
 {
@@ -801,9 +799,7 @@ void CIMObjectPath::clear()
 }
 
 void CIMObjectPath::set(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+    const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
 {
     _checkHost(host);

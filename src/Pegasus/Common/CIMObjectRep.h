@@ -40,9 +40,7 @@ public:
     // object's class ignoring case (TypeMismatchException).
     void setPath(const CIMObjectPath& path);
     void instanceFilter(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     CIMObjectPath reference;
     // Where buildInstance made the properties, when it did: held for the uncounted handles
@@ -83,8 +81,7 @@ public:
     void getKeyNames(Array<CIMName>& keyNames) const;
     bool hasKeys() const;
     std::shared_ptr<CIMInstanceRep> buildInstance(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
 
     CIMName superClassName;

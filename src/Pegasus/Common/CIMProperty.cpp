@@ -12,14 +12,10 @@ CIMProperty::~CIMProperty() = default;
 CIMProperty& CIMProperty::operator=(const CIMProperty& x) = default;
 
 CIMProperty::CIMProperty(
-    const CIMName& name,
-    const CIMValue& value,
-    Uint32 arraySize,
-    const CIMName& referenceClassName,
-    const CIMName& classOrigin,
-    Boolean propagated)
-    : _rep(std::make_shared<
-           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    const CIMName& name, const CIMValue& value, Uint32 arraySize, const CIMName& referenceClassName,
+    const CIMName& classOrigin, Boolean propagated)
+    : _rep(std::make_shared<CIMPropertyRep>(
+          name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 
@@ -164,14 +160,10 @@ CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
 }
 
 CIMConstProperty::CIMConstProperty(
-    const CIMName& name,
-    const CIMValue& value,
-    Uint32 arraySize,
-    const CIMName& referenceClassName,
-    const CIMName& classOrigin,
-    Boolean propagated)
-    : _rep(std::make_shared<
-           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    const CIMName& name, const CIMValue& value, Uint32 arraySize, const CIMName& referenceClassName,
+    const CIMName& classOrigin, Boolean propagated)
+    : _rep(std::make_shared<CIMPropertyRep>(
+          name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 

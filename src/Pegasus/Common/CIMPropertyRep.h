@@ -78,12 +78,8 @@ class CIMPropertyRep
 {
 public:
     CIMPropertyRep(
-        const CIMName& name_,
-        const CIMValue& value_,
-        Uint32 arraySize_,
-        const CIMName& referenceClassName_,
-        const CIMName& classOrigin_,
-        Boolean propagated_)
+        const CIMName& name_, const CIMValue& value_, Uint32 arraySize_,
+        const CIMName& referenceClassName_, const CIMName& classOrigin_, Boolean propagated_)
         : name(name_),
           value(value_),
           referenceClassName(referenceClassName_),

@@ -602,16 +602,14 @@ PEGASUS_SCALAR_ACCESS(CIMObjectPath, const CIMObjectPath&)
 #undef PEGASUS_VALUE_ACCESS
 
 // Embedded objects go in and come out as clones.
-void CIMValue::set(const CIMObject& x)
-    PEGASUS_VALUE_SET(CIMObject, _cloned(x), 0) void CIMValue::set(const Array<CIMObject>& x)
-        PEGASUS_VALUE_SET(CIMObject, _clonedArray(x), x.size()) void CIMValue::set(
-            const CIMInstance& x)
-            PEGASUS_VALUE_SET(CIMInstance, _cloned(x), 0) void CIMValue::set(
-                const Array<CIMInstance>& x)
-                PEGASUS_VALUE_SET(CIMInstance, _clonedArray(x), x.size())
+void CIMValue::set(const CIMObject& x) PEGASUS_VALUE_SET(
+    CIMObject, _cloned(x), 0) void CIMValue::set(const Array<CIMObject>& x)
+    PEGASUS_VALUE_SET(CIMObject, _clonedArray(x), x.size()) void CIMValue::set(const CIMInstance& x)
+        PEGASUS_VALUE_SET(CIMInstance, _cloned(x), 0) void CIMValue::set(
+            const Array<CIMInstance>& x) PEGASUS_VALUE_SET(CIMInstance, _clonedArray(x), x.size())
 #undef PEGASUS_VALUE_SET
 
-                    void CIMValue::get(CIMObject& x) const
+            void CIMValue::get(CIMObject& x) const
 {
     if (_fetch<CIMObject>(getType(), _isArray, _isNull, false))
         x = SlotOf<CIMObject>::ref(_payload).clone();

@@ -41,9 +41,7 @@ bool ResultFilter::_reusable(const CIMObjectRep& rep, long handles, Boolean incl
 
 template <class Handle>
 Handle ResultFilter::_filtered(
-    const Handle& delivered,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const Handle& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     const auto& rep = checkRep(delivered._rep);
@@ -55,18 +53,14 @@ Handle ResultFilter::_filtered(
 }
 
 CIMInstance ResultFilter::filtered(
-    const CIMInstance& delivered,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMInstance& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return _filtered(delivered, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 CIMObject ResultFilter::filtered(
-    const CIMObject& delivered,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMObject& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return _filtered(delivered, includeQualifiers, includeClassOrigin, propertyList);

@@ -11,9 +11,7 @@ namespace auth
 {
 
 bool parseBasicCredentials(
-    const std::string& authorization,
-    std::string& user,
-    std::string& password)
+    const std::string& authorization, std::string& user, std::string& password)
 {
     size_t i = authorization.find_first_not_of(" \t");
     if (i == std::string::npos || authorization.size() < i + 6 ||
@@ -51,9 +49,7 @@ BasicAuthenticator::Users BasicAuthenticator::loadUsers(const std::string& path)
 BasicAuthenticator::BasicAuthenticator(std::string passwordFile, AuthenticatorOptions options)
     : _remembered(options.rememberFor, std::move(options.clock)),
       _users(WatchedFile<Users>::open<PasswordFileError>(
-          std::move(passwordFile),
-          "password file",
-          &BasicAuthenticator::loadUsers))
+          std::move(passwordFile), "password file", &BasicAuthenticator::loadUsers))
 {
 }
 

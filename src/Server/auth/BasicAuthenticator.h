@@ -43,8 +43,7 @@ class BasicAuthenticator
 public:
     // Throws PasswordFileError when the file cannot be read or parsed.
     explicit BasicAuthenticator(
-        std::string passwordFile,
-        AuthenticatorOptions options = AuthenticatorOptions());
+        std::string passwordFile, AuthenticatorOptions options = AuthenticatorOptions());
 
     // `authorization` is the Authorization header value, e.g. "Basic dXNlcjpwdw==".
     // Verification only: throttling is the caller's (LoginThrottle).
@@ -77,9 +76,7 @@ private:
 
 // Splits "Basic <base64>" into user and password; false when the header is not that.
 bool parseBasicCredentials(
-    const std::string& authorization,
-    std::string& user,
-    std::string& password);
+    const std::string& authorization, std::string& user, std::string& password);
 
 }  // namespace auth
 }  // namespace qel

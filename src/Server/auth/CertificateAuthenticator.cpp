@@ -7,8 +7,7 @@ namespace auth
 
 CertificateAuthenticator::CertificateAuthenticator(std::string mapFile)
     : _map(WatchedFile<CertificateMap>::open<CertificateMapError>(
-          std::move(mapFile),
-          "certificate map",
+          std::move(mapFile), "certificate map",
           [](const std::string& path) { return CertificateMap::load(path, false); }))
 {
 }

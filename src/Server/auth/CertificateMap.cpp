@@ -100,9 +100,7 @@ const CertificateMapping* CertificateMap::find(const std::string& fingerprint) c
 }
 
 bool CertificateMap::add(
-    const std::string& user,
-    const std::string& fingerprint,
-    const std::string& note)
+    const std::string& user, const std::string& fingerprint, const std::string& note)
 {
     const std::string canonical = canonicalFingerprint(fingerprint);
     if (canonical.empty() || !PasswordFile::validUserName(user) || find(canonical))

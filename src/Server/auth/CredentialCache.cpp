@@ -47,9 +47,7 @@ bool CredentialCache::sameGenerationLocked(uint64_t generation)
 }
 
 bool CredentialCache::contains(
-    const std::string& user,
-    const std::string& password,
-    uint64_t generation)
+    const std::string& user, const std::string& password, uint64_t generation)
 {
     const Digest d = digestOf(user, password);
     std::lock_guard<std::mutex> lock(_mutex);
@@ -67,9 +65,7 @@ bool CredentialCache::contains(
 }
 
 void CredentialCache::remember(
-    const std::string& user,
-    const std::string& password,
-    uint64_t generation)
+    const std::string& user, const std::string& password, uint64_t generation)
 {
     const Digest d = digestOf(user, password);
     std::lock_guard<std::mutex> lock(_mutex);

@@ -42,10 +42,7 @@ int fail(const std::string& message)
 // The certificate named by args[at...]: "--fingerprint HEX", "--certificate FILE" or "FILE".
 // False when the arguments do not name one that way.
 bool certificateArgument(
-    const std::vector<std::string>& args,
-    size_t at,
-    std::string& fingerprint,
-    std::string& note)
+    const std::vector<std::string>& args, size_t at, std::string& fingerprint, std::string& note)
 {
     const bool flagged = args[at] == "--fingerprint" || args[at] == "--certificate";
     if (args.size() != at + (flagged ? 2 : 1))

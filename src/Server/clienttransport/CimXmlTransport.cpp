@@ -59,17 +59,13 @@ std::string reasonPhrase(int status)
 }  // namespace
 
 CimXmlTransport::CimXmlTransport(
-    std::unique_ptr<HttpClientConnection> connection,
-    std::string authorization)
+    std::unique_ptr<HttpClientConnection> connection, std::string authorization)
     : _connection(std::move(connection)), _authorization(std::move(authorization))
 {
 }
 
 std::unique_ptr<CimXmlTransport> CimXmlTransport::overTcp(
-    const std::string& host,
-    unsigned port,
-    const std::string& user,
-    const std::string& password,
+    const std::string& host, unsigned port, const std::string& user, const std::string& password,
     Uint32 timeoutMs)
 {
     auto connection = HttpClientConnection::tcp(host, port, std::chrono::milliseconds(timeoutMs));
@@ -79,12 +75,8 @@ std::unique_ptr<CimXmlTransport> CimXmlTransport::overTcp(
 }
 
 std::unique_ptr<CimXmlTransport> CimXmlTransport::overTls(
-    const std::string& host,
-    unsigned port,
-    const std::string& user,
-    const std::string& password,
-    Uint32 timeoutMs,
-    const TlsClientOptions& tls)
+    const std::string& host, unsigned port, const std::string& user, const std::string& password,
+    Uint32 timeoutMs, const TlsClientOptions& tls)
 {
     auto connection =
         HttpClientConnection::tls(host, port, std::chrono::milliseconds(timeoutMs), tls);

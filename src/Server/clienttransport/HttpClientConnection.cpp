@@ -43,11 +43,8 @@ public:
     // `tls` (TLS only) holds the settings every reconnection uses; `serverName` is the
     // name the server's certificate must carry ("" when not checked).
     BeastConnection(
-        std::vector<Endpoint> endpoints,
-        std::string hostHeader,
-        std::string description,
-        std::chrono::milliseconds timeout,
-        std::shared_ptr<net::ssl::context> tls = nullptr,
+        std::vector<Endpoint> endpoints, std::string hostHeader, std::string description,
+        std::chrono::milliseconds timeout, std::shared_ptr<net::ssl::context> tls = nullptr,
         std::string serverName = std::string())
         : _endpoints(std::move(endpoints)),
           _hostHeader(std::move(hostHeader)),
@@ -274,9 +271,7 @@ HttpClientConnection::tcp(const std::string& host, unsigned port, std::chrono::m
 }
 
 std::unique_ptr<HttpClientConnection> HttpClientConnection::tls(
-    const std::string& host,
-    unsigned port,
-    std::chrono::milliseconds timeout,
+    const std::string& host, unsigned port, std::chrono::milliseconds timeout,
     const TlsClientOptions& tls)
 {
     const std::string description = host + ":" + std::to_string(port);

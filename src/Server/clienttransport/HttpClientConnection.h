@@ -42,9 +42,7 @@ public:
     tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout);
     // The server's certificate is checked against `tls.caFile` and `host`.
     static std::unique_ptr<HttpClientConnection>
-    tls(const std::string& host,
-        unsigned port,
-        std::chrono::milliseconds timeout,
+    tls(const std::string& host, unsigned port, std::chrono::milliseconds timeout,
         const TlsClientOptions& tls);
     static std::unique_ptr<HttpClientConnection>
     local(const std::string& socketPath, std::chrono::milliseconds timeout);

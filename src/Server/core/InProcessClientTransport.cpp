@@ -52,8 +52,7 @@ LocalEndpoint::Call::~Call()
 }
 
 InProcessClientTransport::InProcessClientTransport(
-    std::shared_ptr<LocalEndpoint> endpoint,
-    const String& userName)
+    std::shared_ptr<LocalEndpoint> endpoint, const String& userName)
     : _endpoint(std::move(endpoint)), _context(Dispatcher::requestContext(userName, String()))
 {
 }

@@ -109,9 +109,7 @@ void describeRequest(AccessRecord& record, const cimxml::CimRequest& request)
 }
 
 void describeOutcome(
-    AccessRecord& record,
-    const HttpResponse& response,
-    const cimxml::CimResponse& result,
+    AccessRecord& record, const HttpResponse& response, const cimxml::CimResponse& result,
     std::chrono::steady_clock::time_point finished)
 {
     record.httpStatus = response.status;

@@ -40,11 +40,8 @@ std::string throttleName(const std::string& authorization)
 }  // namespace
 
 CimHttpService::CimHttpService(
-    CimHttpServiceOptions options,
-    auth::BasicAuthenticator& authenticator,
-    OperationExecutor& executor,
-    Submit tcpWorkers,
-    Submit localWorkers)
+    CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
+    OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers)
     : _options(std::move(options)),
       _authenticator(authenticator),
       _throttle(_options.throttle),
@@ -57,8 +54,7 @@ CimHttpService::CimHttpService(
 }
 
 void CimHttpService::handle(
-    HttpRequest request,
-    std::shared_ptr<ConnectionInfo> connection,
+    HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
     std::function<void(HttpResponse)> done)
 {
     AccessRecord access;
@@ -120,9 +116,7 @@ HttpResponse CimHttpService::throttled(unsigned retryAfterSeconds) const
 }
 
 bool CimHttpService::throttledEarly(
-    const HttpRequest& request,
-    ConnectionInfo& connection,
-    HttpResponse& refusal)
+    const HttpRequest& request, ConnectionInfo& connection, HttpResponse& refusal)
 {
     if (!connection.certificateFingerprint.empty())
         return false;
@@ -139,9 +133,7 @@ bool CimHttpService::throttledEarly(
 }
 
 bool CimHttpService::authenticateCertificate(
-    const ConnectionInfo& connection,
-    ClientIdentity& who,
-    HttpResponse& refusal)
+    const ConnectionInfo& connection, ClientIdentity& who, HttpResponse& refusal)
 {
     // Verified against the trust store at the handshake; the map says whose it is. A
     // certificate that names nobody is refused, password or not: its holder meant it.
@@ -163,9 +155,7 @@ bool CimHttpService::authenticateCertificate(
 }
 
 bool CimHttpService::authenticate(
-    const HttpRequest& request,
-    ConnectionInfo& connection,
-    ClientIdentity& who,
+    const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
     HttpResponse& refusal)
 {
     who.clientAddress = connection.clientAddress;
@@ -233,9 +223,7 @@ HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo&
 }
 
 HttpResponse CimHttpService::process(
-    const HttpRequest& request,
-    ConnectionInfo& connection,
-    cimxml::CimResponse& response,
+    const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& response,
     AccessRecord& access)
 {
     if (std::optional<HttpResponse> refused = checkRequestLine(request))

@@ -45,15 +45,11 @@ public:
     using Submit = std::function<bool(std::function<void()>)>;
 
     CimHttpService(
-        CimHttpServiceOptions options,
-        auth::BasicAuthenticator& authenticator,
-        OperationExecutor& executor,
-        Submit tcpWorkers,
-        Submit localWorkers);
+        CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
+        OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers);
 
     void handle(
-        HttpRequest request,
-        std::shared_ptr<ConnectionInfo> connection,
+        HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
         std::function<void(HttpResponse)> done) override;
 
     // The whole exchange on the calling thread (what a worker runs); public for tests.
@@ -65,19 +61,13 @@ private:
     // instances) overlaps the sending instead of delaying it. Notes the user and what was
     // asked in `access`.
     HttpResponse process(
-        const HttpRequest& request,
-        ConnectionInfo& connection,
-        cimxml::CimResponse& result,
+        const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result,
         AccessRecord& access);
     bool authenticate(
-        const HttpRequest& request,
-        ConnectionInfo& connection,
-        ClientIdentity& who,
+        const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
         HttpResponse& refusal);
     bool authenticateCertificate(
-        const ConnectionInfo& connection,
-        ClientIdentity& who,
-        HttpResponse& refusal);
+        const ConnectionInfo& connection, ClientIdentity& who, HttpResponse& refusal);
     // True, with `refusal` set, when the request is a password guess the throttle holds
     // back: answered without a worker.
     bool

@@ -109,8 +109,7 @@ struct HttpServer::Impl : session::Host, std::enable_shared_from_this<HttpServer
     std::shared_ptr<SessionBase> reclaimOne();
     template <class Stream>
     void startSession(
-        Stream stream,
-        std::shared_ptr<ConnectionInfo> info,
+        Stream stream, std::shared_ptr<ConnectionInfo> info,
         std::shared_ptr<net::ssl::context> tls);
     std::shared_ptr<net::ssl::context> currentTls()
     {
@@ -142,8 +141,7 @@ struct HttpServer::Impl : session::Host, std::enable_shared_from_this<HttpServer
 
 template <class Stream>
 void HttpServer::Impl::startSession(
-    Stream stream,
-    std::shared_ptr<ConnectionInfo> info,
+    Stream stream, std::shared_ptr<ConnectionInfo> info,
     std::shared_ptr<net::ssl::context> tlsContext)
 {
     std::vector<std::shared_ptr<SessionBase>> victims;
@@ -267,11 +265,8 @@ namespace
 
 // Opens, binds and listens; ListenerError naming the address on failure.
 void listenTcp(
-    std::optional<net::ip::tcp::acceptor>& acceptor,
-    net::io_context& ioc,
-    const std::string& what,
-    const std::string& bindAddress,
-    int port)
+    std::optional<net::ip::tcp::acceptor>& acceptor, net::io_context& ioc, const std::string& what,
+    const std::string& bindAddress, int port)
 {
     beast::error_code ec;
     const auto address = net::ip::make_address(bindAddress, ec);

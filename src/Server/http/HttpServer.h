@@ -27,8 +27,7 @@ public:
     // Runs on an I/O thread and must not block: long work goes elsewhere. `done` must be
     // called exactly once, from any thread.
     virtual void handle(
-        HttpRequest request,
-        std::shared_ptr<ConnectionInfo> connection,
+        HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
         std::function<void(HttpResponse)> done) = 0;
 };
 

@@ -76,11 +76,8 @@ class Session : public SessionBase, public std::enable_shared_from_this<Session<
 public:
     // `tls` keeps the TLS settings the stream was made with alive as long as the stream.
     Session(
-        std::shared_ptr<Host> host,
-        uint64_t id,
-        Stream stream,
-        std::shared_ptr<ConnectionInfo> info,
-        std::shared_ptr<net::ssl::context> tls = nullptr)
+        std::shared_ptr<Host> host, uint64_t id, Stream stream,
+        std::shared_ptr<ConnectionInfo> info, std::shared_ptr<net::ssl::context> tls = nullptr)
         : _host(std::move(host)),
           _id(id),
           _tls(std::move(tls)),

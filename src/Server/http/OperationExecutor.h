@@ -25,8 +25,7 @@ public:
     // Fills `response` with the results, or with the CIM error the operation ended in.
     // Must not throw.
     virtual void execute(
-        const cimxml::CimRequest& request,
-        const ClientIdentity& client,
+        const cimxml::CimRequest& request, const ClientIdentity& client,
         cimxml::CimResponse& response) = 0;
 };
 

@@ -73,8 +73,7 @@ void save(const std::string& path, const std::string& text)
 }  // namespace
 
 void createDemoCertificate(
-    const std::string& certificateFile,
-    const std::string& keyFile,
+    const std::string& certificateFile, const std::string& keyFile,
     const std::vector<std::string>& names)
 {
     if (names.empty())

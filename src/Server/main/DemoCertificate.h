@@ -16,8 +16,7 @@ namespace server
 // `certificateFile`, valid for 30 days, for the DNS names and IP addresses in `names`
 // (the first is the subject's common name). Throws std::runtime_error saying what failed.
 void createDemoCertificate(
-    const std::string& certificateFile,
-    const std::string& keyFile,
+    const std::string& certificateFile, const std::string& keyFile,
     const std::vector<std::string>& names);
 
 }  // namespace server

@@ -44,9 +44,7 @@ struct TourEndpoint
 // and SFPs, then one port (`portPath`, a real instance name in wbemcli's form) read, set
 // offline by an editor and reset.
 std::string wbemcliTour(
-    const std::vector<DemoUser>& users,
-    const TourEndpoint& at,
-    const std::string& portPath);
+    const std::vector<DemoUser>& users, const TourEndpoint& at, const std::string& portPath);
 
 }  // namespace server
 }  // namespace qel

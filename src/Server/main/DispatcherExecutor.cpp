@@ -13,8 +13,7 @@ namespace server
 {
 
 void DispatcherExecutor::execute(
-    const cimxml::CimRequest& request,
-    const http::ClientIdentity& client,
+    const cimxml::CimRequest& request, const http::ClientIdentity& client,
     cimxml::CimResponse& response)
 {
     OperationContext context;

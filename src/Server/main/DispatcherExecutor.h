@@ -18,8 +18,7 @@ public:
     // The dispatcher's answer, collected into `response`; failures become CIM errors as a
     // CIMOM reports them.
     void execute(
-        const cimxml::CimRequest& request,
-        const http::ClientIdentity& client,
+        const cimxml::CimRequest& request, const http::ClientIdentity& client,
         cimxml::CimResponse& response) override;
 
 private:

@@ -295,9 +295,7 @@ const ServerOption* findServerOption(const std::string& name)
 }
 
 void applyServerOption(
-    ServerCommandLine& settings,
-    const ServerOption& option,
-    const std::string& value,
+    ServerCommandLine& settings, const ServerOption& option, const std::string& value,
     const SettingSource& source)
 {
     const std::string place = source.kind == SettingSource::Kind::CommandLine

@@ -95,9 +95,7 @@ const ServerOption* findServerOption(const std::string& name);
 // a repeatable option. Errors are prefixed with the place: "--port: ..." on the command
 // line, "FILE:LINE: port: ..." from the configuration file.
 void applyServerOption(
-    ServerCommandLine& settings,
-    const ServerOption& option,
-    const std::string& value,
+    ServerCommandLine& settings, const ServerOption& option, const std::string& value,
     const SettingSource& source);
 
 // Checks the settings as a whole (combinations no single option can judge) and settles

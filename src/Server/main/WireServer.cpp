@@ -28,8 +28,7 @@ namespace
 
 // Throws naming the first registered module whose library no provider directory holds.
 void checkProviderModules(
-    const Pegasus::ProviderRegistry& registry,
-    const std::vector<std::string>& directories)
+    const Pegasus::ProviderRegistry& registry, const std::vector<std::string>& directories)
 {
     std::set<std::string> checked;
     for (const auto& provider : registry.providers())

@@ -37,10 +37,7 @@ namespace
 
 // A default that an environment variable replaces, recorded as such for --print-config.
 void fromEnvironment(
-    ServerCommandLine& settings,
-    const char* option,
-    const char* variable,
-    std::string& value)
+    ServerCommandLine& settings, const char* option, const char* variable, std::string& value)
 {
     const char* text = std::getenv(variable);
     if (text == nullptr || *text == '\0')

@@ -417,9 +417,7 @@ CIMInstance CimXmlReader::instanceWithPath(pugi::xml_node node)
 }
 
 CIMValue CimXmlReader::valueOfParam(
-    pugi::xml_node owner,
-    const std::vector<pugi::xml_node>& children,
-    const char* typeAttribute)
+    pugi::xml_node owner, const std::vector<pugi::xml_node>& children, const char* typeAttribute)
 {
     expectChildCount(owner, children, 0, 1);
     const std::string embedded = embeddedAttribute(owner);

@@ -105,8 +105,7 @@ private:
     };
     Pegasus::CIMObject embeddedObject(pugi::xml_node valueNode, const std::string& kind);
     Pegasus::CIMValue valueOfParam(
-        pugi::xml_node owner,
-        const std::vector<pugi::xml_node>& children,
+        pugi::xml_node owner, const std::vector<pugi::xml_node>& children,
         const char* typeAttribute);
     Pegasus::CIMMethod method(pugi::xml_node node);
     Pegasus::CIMParameter parameter(pugi::xml_node node);

@@ -130,10 +130,7 @@ void writeQualifiers(XmlBuffer& out, const T& owner)
 // getQualifier(i)), value, end tag.
 template <class Qualifiers>
 void writeProperty(
-    XmlBuffer& out,
-    const PropertyShape& shape,
-    const CIMValue& v,
-    const Qualifiers& qualifiers,
+    XmlBuffer& out, const PropertyShape& shape, const CIMValue& v, const Qualifiers& qualifiers,
     Uint32 position = kNoPosition)
 {
     appendPropertyHead(out, shape, position);
@@ -312,9 +309,7 @@ void writeInstancePath(XmlBuffer& out, const CIMObjectPath& path)
 }
 
 void writeInstanceWithPath(
-    XmlBuffer& out,
-    const CIMConstInstance& instance,
-    const CIMObjectPath& path)
+    XmlBuffer& out, const CIMConstInstance& instance, const CIMObjectPath& path)
 {
     out += "<VALUE.INSTANCEWITHPATH>";
     writeInstancePath(out, path);
@@ -531,9 +526,7 @@ void writeInstancePath(std::string& out, const CIMObjectPath& path)
 }
 
 void writeInstanceWithPath(
-    std::string& out,
-    const CIMConstInstance& instance,
-    const CIMObjectPath& path)
+    std::string& out, const CIMConstInstance& instance, const CIMObjectPath& path)
 {
     XmlBuffer buffer(out);
     writeInstanceWithPath(buffer, instance, path);

@@ -41,16 +41,12 @@ struct PropertyShape
 // be tried first.
 const Pegasus::Uint32 kNoPosition = 0xFFFFFFFFu;
 void appendPropertyHead(
-    XmlBuffer& out,
-    const PropertyShape& shape,
-    Pegasus::Uint32 position = kNoPosition);
+    XmlBuffer& out, const PropertyShape& shape, Pegasus::Uint32 position = kNoPosition);
 
 // TYPE="..." (or PARAMTYPE, as named), and for embedded objects TYPE="string" with the
 // EmbeddedObject marker.
 void appendTypeAttributes(
-    XmlBuffer& out,
-    Pegasus::CIMType type,
-    std::string_view attributeName = "TYPE");
+    XmlBuffer& out, Pegasus::CIMType type, std::string_view attributeName = "TYPE");
 
 // <KEYBINDING NAME="name"><KEYVALUE VALUETYPE="type"> for a key that is not a reference.
 void appendKeyHead(XmlBuffer& out, const Pegasus::String& name, Pegasus::CIMKeyBinding::Type type);

@@ -175,8 +175,7 @@ const char* const kParamNames[] = {
     "EnumerationContext",
 };
 static_assert(
-    sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount,
-    "one name per parameter");
+    sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount, "one name per parameter");
 
 }  // namespace
 

@@ -55,10 +55,7 @@ void writeItems(std::string& out, Uint32 n, Write write)
 }
 
 void writeResult(
-    std::string& out,
-    const CimResponse& r,
-    ResultKind kind,
-    const String& host,
+    std::string& out, const CimResponse& r, ResultKind kind, const String& host,
     const CIMNamespaceName& ns)
 {
     switch (kind)
@@ -129,10 +126,7 @@ void writeResult(
 }
 
 void readResult(
-    CimResponse& r,
-    ResultKind kind,
-    const std::vector<pugi::xml_node>& items,
-    CimXmlReader& reader,
+    CimResponse& r, ResultKind kind, const std::vector<pugi::xml_node>& items, CimXmlReader& reader,
     const CimRequest& request)
 {
     auto single = [&]() -> pugi::xml_node

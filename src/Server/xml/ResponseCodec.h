@@ -16,8 +16,7 @@ namespace cimxml
 // Writes the response document. Paths of association and query results that lack a host
 // or namespace are completed with `host` and `nameSpace` (the request's namespace).
 std::string encodeResponse(
-    const CimResponse& response,
-    const Pegasus::String& host,
+    const CimResponse& response, const Pegasus::String& host,
     const Pegasus::CIMNamespaceName& nameSpace);
 
 // A response document the client cannot use (malformed, or not the answer to its request).

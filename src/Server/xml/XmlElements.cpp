@@ -173,10 +173,7 @@ std::string elementText(pugi::xml_node node)
 }
 
 void expectChildCount(
-    pugi::xml_node node,
-    const std::vector<pugi::xml_node>& children,
-    size_t lo,
-    size_t hi)
+    pugi::xml_node node, const std::vector<pugi::xml_node>& children, size_t lo, size_t hi)
 {
     if (children.size() < lo || children.size() > hi)
     {
