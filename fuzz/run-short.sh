@@ -25,6 +25,8 @@ targets=(
   port_wwn:wwn:40             # - / 46 / 51
   config_file:config:380      # - / 430 / 535
   cimload_answer:http_answer:130 # - / 159 / 206
+  cimxml_response:response:1000 # - / 1,131 / (8 min: 1,559)
+  certificate_map:certmap:140  # - / 169 / (8 min: 262)
 )
 
 launcher=()
