@@ -17,20 +17,73 @@ using namespace qel::auth;
 namespace
 {
 
-int usage(std::ostream& out, int rc)
+const char* const kSynopsis[] = {
+    "qel-certmap [-f FILE] add USER CERT.pem",
+    "qel-certmap [-f FILE] add USER --fingerprint SHA256",
+    "qel-certmap [-f FILE] remove USER",
+    "qel-certmap [-f FILE] remove --certificate CERT.pem",
+    "qel-certmap [-f FILE] remove --fingerprint SHA256",
+    "qel-certmap [-f FILE] list",
+    "qel-certmap fingerprint CERT.pem",
+};
+
+// A usage error prints the synopsis; --help prints the whole text.
+int usage()
 {
-    out << "usage: qel-certmap [-f FILE] add USER CERT.pem\n"
-           "       qel-certmap [-f FILE] add USER --fingerprint SHA256\n"
-           "       qel-certmap [-f FILE] remove USER\n"
-           "       qel-certmap [-f FILE] remove --certificate CERT.pem\n"
-           "       qel-certmap [-f FILE] remove --fingerprint SHA256\n"
-           "       qel-certmap [-f FILE] list\n"
-           "       qel-certmap fingerprint CERT.pem\n"
-           "A fingerprint is the SHA-256 of the certificate: 64 hex digits, ':' between\n"
-           "bytes allowed (as `openssl x509 -noout -fingerprint -sha256` prints it).\n"
-           "FILE defaults to $QEL_CERTIFICATE_MAP, else "
-        << kDefaultCertificateMap << ".\n";
-    return rc;
+    const char* lead = "usage: ";
+    for (const char* line : kSynopsis)
+    {
+        std::cerr << lead << line << "\n";
+        lead = "       ";
+    }
+    std::cerr << "(qel-certmap --help for more)\n";
+    return 2;
+}
+
+int help()
+{
+    std::cout << "NAME\n"
+                 "  qel-certmap - map client certificates to users of the CIM server\n"
+                 "\n"
+                 "SYNOPSIS\n";
+    for (const char* line : kSynopsis)
+        std::cout << "  " << line << "\n";
+    std::cout
+        << "  qel-certmap --help\n"
+           "\n"
+           "DESCRIPTION\n"
+           "  A client that presents a certificate over HTTPS, verified against the server's\n"
+           "  trust store (qel-cimserver --tls-trust), logs in as the user this map names for\n"
+           "  it, without a password; a verified certificate the map does not name is refused\n"
+           "  with 401. Certificates are named by their SHA-256 fingerprint, read from a PEM\n"
+           "  file or given as 64 hex digits (':' between bytes allowed, as `openssl x509\n"
+           "  -noout -fingerprint -sha256` prints it). The file is replaced atomically and keeps\n"
+           "  its owner and mode; a running server reads it again when it changes.\n"
+           "\n"
+           "COMMANDS\n"
+           "  add USER CERT.pem              map the certificate in CERT.pem to USER\n"
+           "  add USER --fingerprint SHA256  the same, from the fingerprint\n"
+           "  remove USER                    remove every certificate of USER\n"
+           "  remove --certificate CERT.pem  remove that certificate\n"
+           "  remove --fingerprint SHA256    remove the certificate with that fingerprint\n"
+           "  list                           the map: user, fingerprint, note\n"
+           "  fingerprint CERT.pem           print the certificate's fingerprint and subject\n"
+           "\n"
+           "OPTIONS\n"
+           "  -f FILE     the map (default $QEL_CERTIFICATE_MAP, else "
+        << kDefaultCertificateMap
+        << ")\n"
+           "  -h, --help  this text\n"
+           "\n"
+           "EXIT STATUS\n"
+           "  0  done\n"
+           "  1  no such user or certificate, a certificate mapped already, an invalid user\n"
+           "     name, an unreadable certificate, or the map could not be read or written\n"
+           "  2  wrong command line\n"
+           "\n"
+           "SEE ALSO\n"
+           "  qel-cimserver --help, qel-passwd --help\n";
+    return 0;
 }
 
 int fail(const std::string& message)
@@ -74,10 +127,10 @@ int main(int argc, char** argv)
         args.erase(args.begin(), args.begin() + 2);
     }
     if (args.empty())
-        return usage(std::cerr, 2);
+        return usage();
     const std::string command = args[0];
     if (command == "-h" || command == "--help")
-        return usage(std::cout, 0);
+        return help();
     try
     {
         if (command == "fingerprint" && args.size() == 2)
@@ -99,7 +152,7 @@ int main(int argc, char** argv)
         {
             const std::string& user = args[1];
             if (!certificateArgument(args, 2, fingerprint, note))
-                return usage(std::cerr, 2);
+                return usage();
             if (!PasswordFile::validUserName(user))
                 return fail(
                     "invalid user name \"" + user +
@@ -130,7 +183,7 @@ int main(int argc, char** argv)
             map.save(path);
             return 0;
         }
-        return usage(std::cerr, 2);
+        return usage();
     }
     catch (const std::exception& e)
     {
