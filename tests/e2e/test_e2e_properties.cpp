@@ -79,7 +79,7 @@ protected:
         using namespace qel::cimxml;
         CimRequest r;
         r.operation = Operation::SetProperty;
-        r.methodName = Pegasus::String(specOf(Operation::SetProperty).name);
+        r.methodName = Pegasus::String(entryOf(Operation::SetProperty).name);
         r.messageId = "1";
         r.nameSpace = Pegasus::CIMNamespaceName("root/qel");
         r.objectName = Pegasus::CIMObjectPath(port.c_str());

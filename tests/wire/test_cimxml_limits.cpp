@@ -149,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(
             },
             fixed(tooMany(kMaxMethodParameters, "PARAMVALUE", "METHODCALL Reset"))},
         LimitCase{
-            "IPARAMVALUE", specOf(Operation::GetInstance).paramCount,
+            "IPARAMVALUE", entryOf(Operation::GetInstance).paramCount,
             [](size_t n)
             {
                 // Every parameter of GetInstance once, then one given twice.

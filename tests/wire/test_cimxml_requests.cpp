@@ -261,7 +261,7 @@ CimRequest base(Operation op)
     CimRequest r;
     r.messageId = "42";
     r.operation = op;
-    r.methodName = specOf(op).name;
+    r.methodName = entryOf(op).name;
     r.nameSpace = CIMNamespaceName("root/qel");
     return r;
 }

@@ -18,7 +18,7 @@ CimRequest request(Operation op)
     CimRequest r;
     r.messageId = "9";
     r.operation = op;
-    r.methodName = specOf(op).name;
+    r.methodName = entryOf(op).name;
     r.nameSpace = CIMNamespaceName("root/qel");
     return r;
 }

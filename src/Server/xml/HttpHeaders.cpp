@@ -81,7 +81,7 @@ std::string cimMethodHeader(const CimRequest& request)
 {
     if (request.operation == Operation::InvokeMethod)
         return toUtf8(request.methodName);
-    return specOf(request.operation).name;
+    return entryOf(request.operation).name;
 }
 
 std::string cimObjectHeader(const CimRequest& request)

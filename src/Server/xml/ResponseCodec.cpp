@@ -230,7 +230,7 @@ std::string encodeResponse(const CimResponse& r, const String& host, const CIMNa
     }
     else
     {
-        const ResultKind kind = specOf(r.operation).result;
+        const ResultKind kind = entryOf(r.operation).result;
         if (kind != ResultKind::Nothing)
         {
             out += "<IRETURNVALUE>";
@@ -306,7 +306,7 @@ CimResponse decodeResponse(const char* body, size_t size, const CimRequest& requ
             r.outParameters.append(reader.paramValue(children[i]));
         if (i != children.size())
             bad(std::string("unexpected ") + children[i].name());
-        readResult(r, specOf(request.operation).result, items, reader, request);
+        readResult(r, entryOf(request.operation).result, items, reader, request);
     }
     catch (const CIMException& e)
     {
