@@ -56,14 +56,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const size_t space = input.find(' ');
     if (space == std::string::npos)
         return 0;
-    const qel::cimxml::OperationSpec* spec =
+    const qel::cimxml::OperationEntry* entry =
         qel::cimxml::findIntrinsic(input.substr(0, space).c_str());
-    if (spec == nullptr)
+    if (entry == nullptr)
         return 0;
     Pegasus::CIMOperationRequest request;
     request.messageId = "1";
-    request.operation = spec->operation;
-    request.methodName = spec->name;
+    request.operation = entry->operation;
+    request.methodName = entry->name;
     request.nameSpace = Pegasus::CIMNamespaceName("root/qel");
     const char* body = input.data() + space + 1;
     const size_t length = input.size() - space - 1;

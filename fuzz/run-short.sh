@@ -18,13 +18,15 @@ build=build/fuzz
 # target:corpus folder:floor   cov of a blind 15 s run (- not measured) / seeds alone / a 15 s run
 targets=(
   cimxml_request:cimxml:900   # 12 / 1,005 / 1,501
-  cimxml_response:response:300 # - / - / -
   object_path:path:300        # 14 / 348 / 637
   mof:mof:480                 # 122 / 549 / 942
   http_request_head:http:1000 # 773 / 1,012 / 1,561
   password_file:passwd:100    # 36 / 123 / 161
   port_wwn:wwn:40             # - / 46 / 51
   config_file:config:380      # - / 430 / 535
+  cimload_answer:http_answer:130 # - / 159 / 206
+  cimxml_response:response:1000 # - / 1,131 / (8 min: 1,559)
+  certificate_map:certmap:140  # - / 169 / (8 min: 262)
 )
 
 launcher=()

@@ -5,7 +5,9 @@
 // threads) and the process's resident memory (server and clients together) idle and after
 // the run. On a busy machine the CPU times are steadier than the wall-clock figures.
 // BM_InProcess* build and encode the same answers on the same server without HTTP,
-// authentication or client: the wire figures divided by these are the host's overhead.
+// authentication or client: the wire figures divided by these are the host's overhead, and
+// the answers' costs as CI can follow them (EnumerateInstances of QEL_FCPort, QEL_SFP and
+// QEL_FCPortLESBStatistics, GetInstance and Associators of a port).
 // BM_Pull* page the same enumeration with the pull operations (pages of 500), and
 // BM_IdleContexts measures what open enumerations that nobody pulls cost.
 #include <Server/auth/PasswordFile.h>
@@ -276,14 +278,43 @@ void inProcess(benchmark::State& state, const CIMOperationRequest& request)
     state.SetItemsProcessed(state.iterations());
 }
 
-void BM_InProcessEnumerateInstances(benchmark::State& state)
+// The first port of the array of `ports` ports, found once per size.
+const CIMObjectPath& firstPort(unsigned ports)
+{
+    static CIMObjectPath target;
+    static unsigned targetPorts = 0;
+    if (targetPorts != ports)
+    {
+        Server& s = serverFor(ports);
+        const OperationContext c =
+            Dispatcher::requestContext(String(s.user.c_str()), String("127.0.0.1"));
+        target = s.wire->core().handle().enumerateInstanceNames(
+            c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"))[0];
+        targetPorts = ports;
+    }
+    return target;
+}
+
+// EnumerateInstances of the module's classes: QEL_FCPort, QEL_SFP, QEL_FCPortLESBStatistics.
+void BM_InProcessEnumerateInstances(benchmark::State& state, const char* className)
 {
     inProcess(
         state, CIMOperationRequest::enumerateInstances(
-                   CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"), true, true, false, false,
+                   CIMNamespaceName("root/qel"), CIMName(className), true, true, false, false,
                    CIMPropertyList()));
 }
-BENCHMARK(BM_InProcessEnumerateInstances)
+BENCHMARK_CAPTURE(BM_InProcessEnumerateInstances, QEL_FCPort, "QEL_FCPort")
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_InProcessEnumerateInstances, QEL_SFP, "QEL_SFP")
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(
+    BM_InProcessEnumerateInstances, QEL_FCPortLESBStatistics, "QEL_FCPortLESBStatistics")
     ->Arg(100)
     ->Arg(1000)
     ->Arg(10000)
@@ -291,22 +322,23 @@ BENCHMARK(BM_InProcessEnumerateInstances)
 
 void BM_InProcessGetInstance(benchmark::State& state)
 {
-    static CIMObjectPath target;
-    static unsigned targetPorts = 0;
-    if (targetPorts != state.range(0))
-    {
-        Server& s = serverFor(static_cast<unsigned>(state.range(0)));
-        const OperationContext c =
-            Dispatcher::requestContext(String(s.user.c_str()), String("127.0.0.1"));
-        target = s.wire->core().handle().enumerateInstanceNames(
-            c, CIMNamespaceName("root/qel"), CIMName("QEL_FCPort"))[0];
-        targetPorts = static_cast<unsigned>(state.range(0));
-    }
+    const CIMObjectPath& target = firstPort(static_cast<unsigned>(state.range(0)));
     inProcess(
         state, CIMOperationRequest::getInstance(
                    CIMNamespaceName("root/qel"), target, true, false, false, CIMPropertyList()));
 }
 BENCHMARK(BM_InProcessGetInstance)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+// Associators of a port over both of its associations (its SFP and its counters).
+void BM_InProcessAssociators(benchmark::State& state)
+{
+    const CIMObjectPath& target = firstPort(static_cast<unsigned>(state.range(0)));
+    inProcess(
+        state, CIMOperationRequest::associators(
+                   CIMNamespaceName("root/qel"), target, CIMName(), CIMName(), String(), String(),
+                   false, false, CIMPropertyList()));
+}
+BENCHMARK(BM_InProcessAssociators)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 // CPU time, in ms, of this process's thread named `name` ("" when there is none).
 double namedThreadCpuMs(const std::string& name)

@@ -36,12 +36,8 @@ public:
     void terminate() override { delete this; }
 
     void getInstance(
-        const OperationContext&,
-        const CIMObjectPath& instanceReference,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
+        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler) override
     {
         const Array<CIMKeyBinding>& keys = instanceReference.getKeyBindings();
         if (keys.size() != 1 || !keys[0].getName().equal("Name") || keys[0].getValue() != "hello")
@@ -52,12 +48,8 @@ public:
     }
 
     void enumerateInstances(
-        const OperationContext&,
-        const CIMObjectPath& classReference,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& classReference, const Boolean, const Boolean,
+        const CIMPropertyList&, InstanceResponseHandler& handler) override
     {
         handler.processing();
         handler.deliver(greeting(classReference.getNameSpace()));
@@ -65,8 +57,7 @@ public:
     }
 
     void enumerateInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath& classReference,
+        const OperationContext&, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler) override
     {
         handler.processing();
@@ -75,20 +66,14 @@ public:
     }
 
     void modifyInstance(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const CIMInstance&,
-        const Boolean,
-        const CIMPropertyList&,
-        ResponseHandler&) override
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+        const CIMPropertyList&, ResponseHandler&) override
     {
         throw CIMNotSupportedException("QEL_Greeting cannot be changed");
     }
 
     void createInstance(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const CIMInstance&,
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&,
         ObjectPathResponseHandler&) override
     {
         throw CIMNotSupportedException("QEL_Greeting cannot be created");

@@ -36,13 +36,8 @@ std::vector<std::string> positionsOf(int count, const uint16_t* ids)
 // copy of the array, so an unknown LPID or a refused value changes nothing),
 // and writes the audit line. valueOk false refuses the call before any port is looked at.
 int changePorts(
-    Call call,
-    const CallArgs& args,
-    api_evtparam_t* evt,
-    int count,
-    const uint16_t* ids,
-    bool valueOk,
-    const PortEdit& edit)
+    Call call, const CallArgs& args, api_evtparam_t* evt, int count, const uint16_t* ids,
+    bool valueOk, const PortEdit& edit)
 {
     AuditEntry entry{evt, callInfo(call).name, positionsOf(count, ids)};
     int rc = runCall(

@@ -47,9 +47,7 @@ FcPort* portByRef(Model& m, const std::string& ref)
 
 // A change made from outside (the tool): applied, saved and audited like a library call.
 int outsideChange(
-    const std::string& port,
-    const std::string& actor,
-    const char* method,
+    const std::string& port, const std::string& actor, const char* method,
     const std::function<int(FcPort&)>& edit)
 {
     const api_evtparam_t ev = toolEvent(actor, method);
@@ -265,10 +263,7 @@ bool parsePortState(const std::string& text, api_port_status_t* state)
 }
 
 int bumpLesb(
-    const std::string& port,
-    const std::string& counter,
-    uint64_t amount,
-    const std::string& actor)
+    const std::string& port, const std::string& counter, uint64_t amount, const std::string& actor)
 {
     static const std::pair<const char*, uint64_t Lesb::*> kCounters[] = {
         {"linkFailures", &Lesb::linkFailures},

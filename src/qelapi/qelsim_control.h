@@ -175,10 +175,7 @@ int setPortState(const std::string& port, api_port_status_t state, const std::st
 // invalidTxWords or crcErrors; adds to the port's first LESB record (created
 // when the port has none) and stamps the sample time.
 int bumpLesb(
-    const std::string& port,
-    const std::string& counter,
-    uint64_t amount,
-    const std::string& actor);
+    const std::string& port, const std::string& counter, uint64_t amount, const std::string& actor);
 
 // Port state names as the array file spells them ("PORT_OFFLINE").
 const char* portStateName(api_port_status_t state);

@@ -93,6 +93,37 @@ TEST_P(MemberListLength, StaysRightAfterRemovalsAndCopies)
     expectEveryNameAtItsPlace(copy, n, "clone");
 }
 
+// Copies take the original's index, or none; a copy that grows afterwards must still find
+// every member and refuse every duplicate, old or new.
+TEST_P(MemberListLength, CopiesThatGrowStayRight)
+{
+    const Uint32 n = GetParam();
+    CIMClass c(CIMName("QEL_Wide"));
+    for (Uint32 i = 0; i < n; ++i)
+        c.addProperty(CIMProperty(CIMName(nameAt(i).c_str()), CIMValue(Uint32(i))));
+    CIMInstance built = c.buildInstance(false, false, CIMPropertyList());
+    CIMInstance cloned = instanceWith(n).clone();
+    for (CIMInstance* inst : {&built, &cloned})
+    {
+        const char* what = inst == &built ? "built from its class" : "clone";
+        expectEveryNameAtItsPlace(*inst, n, what);
+        inst->addProperty(CIMProperty(CIMName(nameAt(n).c_str()), CIMValue(true)));
+        inst->addProperty(CIMProperty(CIMName(nameAt(n + 1).c_str()), CIMValue(true)));
+        EXPECT_EQ(inst->findProperty(CIMName(upper(nameAt(n + 1)).c_str())), n + 1) << what;
+        for (Uint32 i : {Uint32(0), n / 2, n - 1, n})
+        {
+            EXPECT_THROW(
+                inst->addProperty(CIMProperty(CIMName(upper(nameAt(i)).c_str()), CIMValue(false))),
+                AlreadyExistsException)
+                << what << " " << i;
+        }
+        EXPECT_EQ(inst->getPropertyCount(), n + 2) << what;
+    }
+    // The class itself is not changed by its instances growing.
+    EXPECT_EQ(c.getPropertyCount(), n);
+    EXPECT_EQ(c.findProperty(CIMName(nameAt(n).c_str())), PEG_NOT_FOUND);
+}
+
 TEST_P(MemberListLength, QualifiersAndMethodsAreListsLikeProperties)
 {
     const Uint32 n = GetParam();
@@ -111,8 +142,7 @@ TEST_P(MemberListLength, QualifiersAndMethodsAreListsLikeProperties)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    AroundTheIndex,
-    MemberListLength,
+    AroundTheIndex, MemberListLength,
     ::testing::Values(1u, kIndexed - 1, kIndexed, kIndexed + 1, 4 * kIndexed + 3));
 
 TEST(NameIndex, FoldsAsciiLettersOnly)

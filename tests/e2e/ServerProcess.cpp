@@ -1,5 +1,6 @@
 #include "ServerProcess.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -95,8 +96,7 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
 }
 
 ServerProcess::ServerProcess(
-    const std::map<std::string, std::string>& users,
-    const std::vector<std::string>& options)
+    const std::map<std::string, std::string>& users, const std::vector<std::string>& extraArgs)
 {
     char tmpl[] = "/tmp/qel-e2e-XXXXXX";
     if (!mkdtemp(tmpl))
@@ -117,7 +117,7 @@ ServerProcess::ServerProcess(
     std::vector<std::string> args = {QEL_E2E_SERVER, "--port",       "0",
                                      "--socket",     socket,         "--password-file",
                                      passwd,         "--log-target", "stderr"};
-    args.insert(args.end(), options.begin(), options.end());
+    args.insert(args.end(), extraArgs.begin(), extraArgs.end());
     std::vector<char*> argv;
     for (std::string& a : args)
         argv.push_back(a.data());
@@ -136,18 +136,31 @@ ServerProcess::ServerProcess(
         dup2(fd, 2);
         setenv("QELSIM_ARRAY", QEL_E2E_ARRAY, 1);
         setenv("QELSIM_STATE", state.c_str(), 1);
+        setenv("TMPDIR", _dir.c_str(), 1);  // where --demo keeps its files
         execv(QEL_E2E_SERVER, argv.data());
         _exit(127);
     }
-    // The server prints its port once it listens; sanitizer builds take a while to load.
-    const std::string marker = "listening on http://127.0.0.1:";
+    // The server prints its ports once it listens, then where its users come from;
+    // sanitizer builds take a while to load.
+    auto portAfter = [](const std::string& text, const std::string& scheme) -> unsigned short
+    {
+        const size_t at = text.find("listening on " + scheme + "://");
+        const size_t end = at == std::string::npos ? at : text.find("/cimom", at);
+        if (end == std::string::npos)
+            return 0;
+        return static_cast<unsigned short>(std::stoi(text.substr(text.rfind(':', end) + 1)));
+    };
     for (int i = 0; i < 1200 && _port == 0; ++i)
     {
         const std::string text = readFile(logPath);
-        const size_t at = text.find(marker);
-        if (at != std::string::npos && text.find("/cimom", at) != std::string::npos)
+        // The last line of a start; a demo then prints its users and tour, and how to stop.
+        const bool demo =
+            std::find(extraArgs.begin(), extraArgs.end(), "--demo") != extraArgs.end();
+        if (text.find(demo ? "Press Ctrl-C to stop." : "qel-cimserver: users from ") !=
+            std::string::npos)
         {
-            _port = static_cast<unsigned short>(std::stoi(text.substr(at + marker.size())));
+            _port = portAfter(text, "http");
+            _tlsPort = portAfter(text, "https");
             break;
         }
         int status;
@@ -180,12 +193,17 @@ int ServerProcess::stop()
 }
 
 std::string ServerProcess::url(
-    const std::string& user,
-    const std::string& password,
-    const std::string& nameSpace) const
+    const std::string& user, const std::string& password, const std::string& nameSpace) const
 {
     std::string auth = user.empty() ? "" : user + ":" + password + "@";
     return "http://" + auth + "127.0.0.1:" + std::to_string(_port) + "/" + nameSpace;
+}
+
+std::string ServerProcess::httpsUrl(
+    const std::string& user, const std::string& password, const std::string& nameSpace) const
+{
+    std::string auth = user.empty() ? "" : user + ":" + password + "@";
+    return "https://" + auth + "localhost:" + std::to_string(_tlsPort) + "/" + nameSpace;
 }
 
 std::string ServerProcess::log() const

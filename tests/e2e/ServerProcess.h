@@ -25,11 +25,13 @@ CommandResult run(const std::vector<std::string>& argv, const std::string& input
 class ServerProcess
 {
 public:
-    // Users and their roles in the demo array: each gets a generated password. `options`
-    // follow the server's own (e.g. {"--pull-max-contexts-per-user", "2"}).
+    // Users and their roles in the demo array: each gets a generated password.
+    // `extraArgs` follow the usual options (free port, own socket and password file), e.g.
+    // {"--pull-max-contexts-per-user", "2"}; with --tls-cert or --demo, pass
+    // "--https-port 0" too and the HTTPS port is read as well.
     explicit ServerProcess(
         const std::map<std::string, std::string>& users,
-        const std::vector<std::string>& options = {});
+        const std::vector<std::string>& extraArgs = {});
     ~ServerProcess();
     ServerProcess(const ServerProcess&) = delete;
     ServerProcess& operator=(const ServerProcess&) = delete;
@@ -38,11 +40,15 @@ public:
     int stop();
 
     unsigned short port() const { return _port; }
+    unsigned short tlsPort() const { return _tlsPort; }  // 0: no HTTPS
     const std::string& password(const std::string& user) const { return _passwords.at(user); }
     // The server's URL for a user and namespace, up to the namespace.
     std::string
-    url(const std::string& user,
-        const std::string& password,
+    url(const std::string& user, const std::string& password,
+        const std::string& nameSpace = "root/qel") const;
+    // The same over HTTPS, naming the server "localhost" as its certificate does.
+    std::string httpsUrl(
+        const std::string& user, const std::string& password,
         const std::string& nameSpace = "root/qel") const;
     std::string log() const;
     const std::string& dir() const { return _dir; }
@@ -54,6 +60,7 @@ private:
     std::string _dir;
     pid_t _pid = -1;
     unsigned short _port = 0;
+    unsigned short _tlsPort = 0;
     std::map<std::string, std::string> _passwords;
 };
 

@@ -91,21 +91,23 @@ std::string WbemcliAnswer::error() const
 std::string
 Wbemcli::at(const std::string& user, const std::string& object, const std::string& nameSpace) const
 {
-    return _server.url(user, _server.password(user), nameSpace) + ":" + object;
+    const std::string password = user.empty() ? "" : _server.password(user);
+    return (_https ? _server.httpsUrl(user, password, nameSpace)
+                   : _server.url(user, password, nameSpace)) +
+           ":" + object;
 }
 
 WbemcliAnswer Wbemcli::operator()(std::vector<std::string> args) const
 {
+    if (!args.empty())
+        args.insert(args.begin() + 1, _tlsOptions.begin(), _tlsOptions.end());
     args.insert(args.begin(), QEL_E2E_WBEMCLI);
     return WbemcliAnswer{run(args)};
 }
 
 WbemcliAnswer Wbemcli::as(
-    const std::string& user,
-    const std::string& op,
-    const std::string& object,
-    const std::vector<std::string>& options,
-    const std::string& nameSpace) const
+    const std::string& user, const std::string& op, const std::string& object,
+    const std::vector<std::string>& options, const std::string& nameSpace) const
 {
     std::vector<std::string> args{op};
     args.insert(args.end(), options.begin(), options.end());

@@ -28,9 +28,7 @@ protected:
     static void SetUpTestSuite() { startServer({{"monitor", "browse"}}); }
 
     static WbemcliAnswer
-    in(const std::string& nameSpace,
-       const std::string& op,
-       const std::string& object,
+    in(const std::string& nameSpace, const std::string& op, const std::string& object,
        const std::vector<std::string>& options = {})
     {
         return cli->as("monitor", op, object, options, nameSpace);

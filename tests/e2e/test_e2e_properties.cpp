@@ -74,15 +74,12 @@ protected:
     // SetProperty as a CIM client sends it, for what wbemcli does not send: it reads the class
     // first and turns an unknown property away itself. The CIM error, "" when accepted.
     static std::string setOnTheWire(
-        const std::string& user,
-        const std::string& port,
-        const char* property,
-        const char* text)
+        const std::string& user, const std::string& port, const char* property, const char* text)
     {
         using namespace qel::cimxml;
         CimRequest r;
         r.operation = Operation::SetProperty;
-        r.methodName = Pegasus::String(specOf(Operation::SetProperty).name);
+        r.methodName = Pegasus::String(entryOf(Operation::SetProperty).name);
         r.messageId = "1";
         r.nameSpace = Pegasus::CIMNamespaceName("root/qel");
         r.objectName = Pegasus::CIMObjectPath(port.c_str());

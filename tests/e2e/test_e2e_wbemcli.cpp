@@ -66,8 +66,7 @@ protected:
     }
     // The CIM error the server answered ("" when it accepted the change).
     static std::string modify(
-        const std::string& user,
-        const Pegasus::CIMInstance& instance,
+        const std::string& user, const Pegasus::CIMInstance& instance,
         const Pegasus::CIMPropertyList& propertyList = Pegasus::CIMPropertyList())
     {
         Pegasus::CIMClient client;

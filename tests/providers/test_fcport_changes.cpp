@@ -57,10 +57,8 @@ protected:
 
     // The handler is never called, whatever happens.
     void modify(
-        const CIMInstance& instance,
-        const CIMPropertyList& list = CIMPropertyList(),
-        const OperationContext& context = asOperator(),
-        const char* cls = "QEL_FCPort",
+        const CIMInstance& instance, const CIMPropertyList& list = CIMPropertyList(),
+        const OperationContext& context = asOperator(), const char* cls = "QEL_FCPort",
         const char* deviceID = PORT_A)
     {
         RecordingResponseHandler handler;
@@ -71,10 +69,8 @@ protected:
 
     // The delivered return value; the handler saw processing, deliver, complete.
     Sint32 invoke(
-        const char* method,
-        const Array<CIMParamValue>& in = Array<CIMParamValue>(),
-        const OperationContext& context = asOperator(),
-        const char* deviceID = PORT_B)
+        const char* method, const Array<CIMParamValue>& in = Array<CIMParamValue>(),
+        const OperationContext& context = asOperator(), const char* deviceID = PORT_B)
     {
         RecordingMethodHandler handler;
         try

@@ -62,11 +62,8 @@ protected:
 
     // A request to one association provider, as "operator" unless user is given.
     Answer request(
-        const AssocSide& side,
-        Op op,
-        const CIMObjectPath& objectName,
-        const Request& parts = Request(),
-        const char* user = "operator")
+        const AssocSide& side, Op op, const CIMObjectPath& objectName,
+        const Request& parts = Request(), const char* user = "operator")
     {
         return ProviderTest::request(side.assocClass, op, objectName, parts, user);
     }

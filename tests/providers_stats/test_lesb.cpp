@@ -132,8 +132,7 @@ protected:
     }
 
     Sint32 reset(
-        const std::string& key,
-        const char* method = "ResetSelectedStats",
+        const std::string& key, const char* method = "ResetSelectedStats",
         const OperationContext& context = asOperator())
     {
         RecordingMethodHandler handler;

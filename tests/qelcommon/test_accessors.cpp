@@ -29,10 +29,7 @@ static CIMValue typedNull(const CIMValue& like)
 // illegal name and null: codes, the out-argument and the traces.
 template <class T>
 static void checkPropertyReader(
-    const std::string& label,
-    const T& expected,
-    const T& sentinel,
-    const Texts& exitFound)
+    const std::string& label, const T& expected, const T& sentinel, const Texts& exitFound)
 {
     const CIMValue stored(expected);
     SCOPED_TRACE(label);
@@ -56,10 +53,7 @@ static void checkPropertyReader(
 // One getParameter overload: name in other case, null-then-valued, null only (3, never 4) and absent.
 template <class T>
 static void checkParameterReader(
-    const std::string& label,
-    const T& expected,
-    const T& sentinel,
-    const std::string& exitFound)
+    const std::string& label, const T& expected, const T& sentinel, const std::string& exitFound)
 {
     const CIMValue stored(expected);
     SCOPED_TRACE(label);

@@ -36,10 +36,7 @@ protected:
     void TearDown() override { service->clearStoredClasses(); }
 
     CIMClass
-    get(const char* ns,
-        const char* cls,
-        bool iq = false,
-        bool ico = false,
+    get(const char* ns, const char* cls, bool iq = false, bool ico = false,
         const CIMPropertyList& pl = CIMPropertyList())
     {
         return service->getStoredCIMClass(handle, context, ns, cls, false, iq, ico, pl);

@@ -76,10 +76,8 @@ public:
     explicit ServerCalls(Pegasus::CIMOMHandle handle) : _handle(handle) {}
 
     Pegasus::CIMInstance getInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& instanceName,
-        Pegasus::Boolean includeQualifiers = false,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::CIMObjectPath& instanceName, Pegasus::Boolean includeQualifiers = false,
         Pegasus::Boolean includeClassOrigin = false,
         const Pegasus::CIMPropertyList& propertyList = Pegasus::CIMPropertyList())
     {
@@ -88,46 +86,39 @@ public:
             propertyList);
     }
     Pegasus::Array<Pegasus::CIMInstance> enumerateInstances(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className,
-        Pegasus::Boolean deepInheritance = true)
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::CIMName& className, Pegasus::Boolean deepInheritance = true)
     {
         return _handle.enumerateInstances(
             context, nameSpace, className, deepInheritance, true, false, false,
             Pegasus::CIMPropertyList());
     }
     Pegasus::Array<Pegasus::CIMObjectPath> enumerateInstanceNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMName& className)
     {
         return _handle.enumerateInstanceNames(context, nameSpace, className);
     }
     Pegasus::CIMObjectPath createInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMInstance& instance)
     {
         return _handle.createInstance(context, nameSpace, instance);
     }
     void modifyInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMInstance& instance)
     {
         _handle.modifyInstance(context, nameSpace, instance, true, Pegasus::CIMPropertyList());
     }
     void deleteInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& instanceName)
     {
         _handle.deleteInstance(context, nameSpace, instanceName);
     }
     Pegasus::Array<Pegasus::CIMObject> associators(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& objectName,
         const Pegasus::CIMName& assocClass = Pegasus::CIMName(),
         const Pegasus::CIMName& resultClass = Pegasus::CIMName(),
@@ -139,8 +130,7 @@ public:
             Pegasus::CIMPropertyList());
     }
     Pegasus::Array<Pegasus::CIMObjectPath> associatorNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& objectName,
         const Pegasus::CIMName& assocClass = Pegasus::CIMName(),
         const Pegasus::CIMName& resultClass = Pegasus::CIMName(),
@@ -151,8 +141,7 @@ public:
             context, nameSpace, objectName, assocClass, resultClass, role, resultRole);
     }
     Pegasus::Array<Pegasus::CIMObject> references(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& objectName,
         const Pegasus::CIMName& resultClass = Pegasus::CIMName(),
         const Pegasus::String& role = Pegasus::String())
@@ -162,8 +151,7 @@ public:
             Pegasus::CIMPropertyList());
     }
     Pegasus::Array<Pegasus::CIMObjectPath> referenceNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& objectName,
         const Pegasus::CIMName& resultClass = Pegasus::CIMName(),
         const Pegasus::String& role = Pegasus::String())

@@ -18,40 +18,32 @@ class AssociationDispatch : public ServerTest
 {
 protected:
     Array<CIMObject> associators(
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList())
+        const CIMObjectPath& objectName, const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
+        const String& resultRole = String::EMPTY, Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList())
     {
         return cimom().associators(
             context, ns, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
             includeClassOrigin, propertyList);
     }
     Array<CIMObjectPath> associatorNames(
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
+        const CIMObjectPath& objectName, const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
         const String& resultRole = String::EMPTY)
     {
         return cimom().associatorNames(
             context, ns, objectName, assocClass, resultClass, role, resultRole);
     }
     Array<CIMObject> references(
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
+        const CIMObjectPath& objectName, const CIMName& resultClass = CIMName(),
         const String& role = String::EMPTY)
     {
         return cimom().references(
             context, ns, objectName, resultClass, role, false, false, CIMPropertyList());
     }
     Array<CIMObjectPath> referenceNames(
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
+        const CIMObjectPath& objectName, const CIMName& resultClass = CIMName(),
         const String& role = String::EMPTY)
     {
         return cimom().referenceNames(context, ns, objectName, resultClass, role);

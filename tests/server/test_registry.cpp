@@ -41,9 +41,7 @@ std::string loadError(const std::string& registrations)
 
 // A capability "X1" of a provider of ServerTestModule in root/servertest.
 std::string capability(
-    const std::string& provider,
-    const std::string& cls,
-    const std::string& types,
+    const std::string& provider, const std::string& cls, const std::string& types,
     const std::string& extra = "")
 {
     return "instance of PG_ProviderCapabilities { ProviderModuleName = \"ServerTestModule\"; ProviderName = \"" +
@@ -107,10 +105,7 @@ namespace
 {
 
 BuiltInProvider builtIn(
-    const char* module,
-    const char* ns,
-    const char* cls,
-    std::vector<Uint16> types,
+    const char* module, const char* ns, const char* cls, std::vector<Uint16> types,
     const char* provider = "BuiltIn")
 {
     BuiltInProvider b;

@@ -18,9 +18,7 @@ namespace service
 {
 
 ServiceProcess::ServiceProcess(
-    const std::string& dir,
-    const std::string& program,
-    const std::vector<std::string>& args,
+    const std::string& dir, const std::string& program, const std::vector<std::string>& args,
     const std::vector<std::string>& environment)
     : _logPath(dir + "/service.log"), _notifyPath(dir + "/notify")
 {

@@ -16,9 +16,7 @@ class ServiceProcess
 public:
     // Starts `program args...` with `environment` ("NAME=value") added to the test's own.
     ServiceProcess(
-        const std::string& dir,
-        const std::string& program,
-        const std::vector<std::string>& args,
+        const std::string& dir, const std::string& program, const std::vector<std::string>& args,
         const std::vector<std::string>& environment = {});
     ~ServiceProcess();
     ServiceProcess(const ServiceProcess&) = delete;

@@ -84,7 +84,7 @@ fi
 generator=()
 command -v ninja >/dev/null && generator=(-G Ninja)
 step "every installed command runs from the stage and has its manual in --help"
-for cmd in sbin/qel-cimserver sbin/qel-passwd bin/qelsim bin/qel-mofcheck; do
+for cmd in sbin/qel-cimserver sbin/qel-passwd sbin/qel-certmap bin/qelsim bin/qel-mofcheck; do
   text=$("$root/$cmd" --help) || fail "$cmd --help failed"
   for section in NAME SYNOPSIS DESCRIPTION OPTIONS "EXIT STATUS"; do
     grep -qx "$section" <<<"$text" || fail "$cmd --help has no $section section"

@@ -142,6 +142,7 @@ TEST_F(ServiceProcessTest, AFailedStartNamesTheFileOrSetting)
         const char* what;
         std::vector<std::string> args;
         std::string line;
+        int exitCode = 1;  // 2: a listener that cannot be opened
     };
     const std::vector<Case> cases = {
         {"password file missing",
@@ -150,8 +151,9 @@ TEST_F(ServiceProcessTest, AFailedStartNamesTheFileOrSetting)
              "/nopasswd: No such file or directory"},
         {"port in use",
          {"--port", std::to_string(busy.port())},
-         "cannot start: cannot listen on 127.0.0.1:" + std::to_string(busy.port()) +
-             ": Address already in use"},
+         "cannot start: cannot listen for HTTP on 127.0.0.1:" + std::to_string(busy.port()) +
+             ": Address already in use",
+         2},
         {"providers folder without the module",
          {"--port", "0", "--provider-dir", _dir + "/empty"},
          "cannot start: provider-dir: libQEL_FCPortProvider.so (provider module "
@@ -161,7 +163,7 @@ TEST_F(ServiceProcessTest, AFailedStartNamesTheFileOrSetting)
     for (const Case& c : cases)
     {
         const CommandResult r = server(c.args);
-        EXPECT_EQ(r.exitCode, 1) << c.what << "\n" << r.output;
+        EXPECT_EQ(r.exitCode, c.exitCode) << c.what << "\n" << r.output;
         // Besides the log's own lines ("qel-cimserver info: ..."), the one line that says why.
         std::vector<std::string> said;
         std::istringstream err(r.err);

@@ -63,8 +63,9 @@ protected:
 
 TEST_F(SettingsTest, TheCommandLineWinsOverTheFile)
 {
-    const std::string conf =
-        write("a.conf", "port = 1\nbind = 10.0.0.1\nschema = a.mof\nschema = b.mof\nworkers = 3\n");
+    const std::string conf = write(
+        "a.conf", "port = 1\nbind = 10.0.0.1\nhttp-on-network = yes\nschema = a.mof\n"
+                  "schema = b.mof\nworkers = 3\n");
     const ServerCommandLine s =
         load({"--port", "2", "--config", conf, "--schema", "c.mof", "--log-level", "trace"});
     EXPECT_EQ(shown(s, "port"), std::vector<std::string>{"2"});
@@ -76,6 +77,7 @@ TEST_F(SettingsTest, TheCommandLineWinsOverTheFile)
     EXPECT_EQ(shown(s, "provider-dir"), std::vector<std::string>{"/usr/lib/qel/providers"});
     EXPECT_EQ(s.sources.at("port").at(0).where, "command line");
     EXPECT_EQ(s.sources.at("bind").at(0).where, conf + ":2");
+    EXPECT_TRUE(s.httpOnNetwork);
     EXPECT_TRUE(s.configFileFound);
 }
 
@@ -188,7 +190,10 @@ TEST_F(SettingsTest, PrintConfigOutputIsAConfigurationFile)
         "response-buffer = 131072\nwrite-timeout = 7\n"
         "local-calls = socket\nlog-level = warning\nlog-target = syslog\naccess-log = no\n"
         "pull-timeout = 20\npull-max-timeout = 120\npull-max-object-count = 900\n"
-        "pull-max-contexts = 12\npull-max-contexts-per-user = 3\n");
+        "pull-max-contexts = 12\npull-max-contexts-per-user = 3\n"
+        "http-on-network = yes\nhttps-port = 5990\nhttps-bind = 127.0.0.1\ntls-cert = /c.pem\n"
+        "tls-key = /k.pem\ntls-trust = /t.pem\ncert-map = /m\nheader-timeout = 5\n"
+        "max-connections = 100\nmax-pending-per-address = 4\n");
     const ServerCommandLine first = load({"--config", conf});
     const std::string report = settingsReport(first);
     const ServerCommandLine again = load({"--config", write("again.conf", report)});

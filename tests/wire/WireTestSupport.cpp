@@ -20,8 +20,7 @@ namespace wiretest
 {
 
 void ScriptedExecutor::execute(
-    const qel::cimxml::CimRequest& r,
-    const qel::http::ClientIdentity& client,
+    const qel::cimxml::CimRequest& r, const qel::http::ClientIdentity& client,
     qel::cimxml::CimResponse& out)
 {
     switch (r.operation)
@@ -110,7 +109,9 @@ std::string basicAuth(const std::string& user, const std::string& password)
     return "Basic " + qel::auth::base64Encode(user + ":" + password);
 }
 
-FrontEnd::FrontEnd(qel::http::HttpServerOptions options, unsigned workers)
+FrontEnd::FrontEnd(
+    qel::http::HttpServerOptions options, unsigned workers,
+    qel::http::CimHttpServiceOptions serviceOptions)
 {
     passwords.add("alice", "wonderland");
     authenticator = std::make_unique<qel::auth::BasicAuthenticator>(passwords.path());
@@ -118,9 +119,14 @@ FrontEnd::FrontEnd(qel::http::HttpServerOptions options, unsigned workers)
     ThreadPool* p = pool.get();
     auto submit = [p](std::function<void()> job) { return p->submit(std::move(job)); };
     service = std::make_unique<qel::http::CimHttpService>(
-        qel::http::CimHttpServiceOptions(), *authenticator, executor, submit, submit);
+        std::move(serviceOptions), *authenticator, executor, submit, submit);
     options.port = 0;
     options.bindAddress = "127.0.0.1";
+    if (options.tlsPort >= 0)
+    {
+        options.tlsPort = 0;
+        options.tlsBindAddress = "127.0.0.1";
+    }
     options.socketPath = socketPath();
     http = std::make_unique<qel::http::HttpServer>(options, *service);
     http->start();
@@ -166,6 +172,49 @@ std::string rawExchange(unsigned short port, const std::string& bytes, int timeo
     }
     ::close(fd);
     return reply;
+}
+
+RawConnection::RawConnection(unsigned short port, const std::string& from)
+{
+    _fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in local{};
+    local.sin_family = AF_INET;
+    inet_pton(AF_INET, from.c_str(), &local.sin_addr);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(port);
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (_fd < 0 || ::bind(_fd, reinterpret_cast<sockaddr*>(&local), sizeof local) != 0 ||
+        ::connect(_fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0)
+    {
+        if (_fd >= 0)
+            ::close(_fd);
+        throw std::runtime_error("cannot connect to the test server from " + from);
+    }
+}
+
+RawConnection::~RawConnection()
+{
+    ::close(_fd);
+}
+
+void RawConnection::send(const std::string& bytes)
+{
+    if (::send(_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("send to the test server failed");
+}
+
+bool RawConnection::closedByServer(int timeoutMs)
+{
+    pollfd p{_fd, POLLIN, 0};
+    char buf[4096];
+    while (::poll(&p, 1, timeoutMs) > 0)
+    {
+        const ssize_t n = ::recv(_fd, buf, sizeof buf, 0);
+        if (n <= 0)
+            return true;
+    }
+    return false;
 }
 
 std::string enumerateNamesBody()

@@ -137,8 +137,7 @@ auto fixed(const std::string& text)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EveryList,
-    DecodeLimitsAtTheBound,
+    EveryList, DecodeLimitsAtTheBound,
     ::testing::Values(
         LimitCase{
             "PARAMVALUE", kMaxMethodParameters,
@@ -150,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(
             },
             fixed(tooMany(kMaxMethodParameters, "PARAMVALUE", "METHODCALL Reset"))},
         LimitCase{
-            "IPARAMVALUE", specOf(Operation::GetInstance).paramCount,
+            "IPARAMVALUE", entryOf(Operation::GetInstance).paramCount,
             [](size_t n)
             {
                 // Every parameter of GetInstance once, then one given twice.
@@ -459,8 +458,7 @@ namesThenFirstAgain(size_t n, const std::function<std::string(const std::string&
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    AtTheBound,
-    DuplicatesInLongLists,
+    AtTheBound, DuplicatesInLongLists,
     ::testing::Values(
         DuplicateCase{
             "PARAMVALUE",
@@ -471,15 +469,13 @@ INSTANTIATE_TEST_SUITE_P(
         DuplicateCase{
             "instance properties",
             newInstance(namesThenFirstAgain(
-                kMaxProperties,
-                [](const std::string& n)
+                kMaxProperties, [](const std::string& n)
                 { return "<PROPERTY NAME=\"" + n + "\" TYPE=\"uint8\"/>"; })),
             "already exists: property \"NAME0\""},
         DuplicateCase{
             "class methods",
             newClass(namesThenFirstAgain(
-                kMaxMethods,
-                [](const std::string& n)
+                kMaxMethods, [](const std::string& n)
                 { return "<METHOD NAME=\"" + n + "\" TYPE=\"uint8\"/>"; })),
             "already exists: method \"NAME0\""}),
     [](const ::testing::TestParamInfo<DuplicateCase>& info)

@@ -14,10 +14,10 @@ TEST(CimXmlOperations, EveryOperationIsInTheTableUnderTheRuntimesName)
     {
         const Operation op = static_cast<Operation>(i);
         SCOPED_TRACE(Pegasus::cimOperationName(op));
-        const OperationSpec& spec = specOf(op);
-        EXPECT_EQ(spec.operation, op);
-        EXPECT_STREQ(spec.name, Pegasus::cimOperationName(op));
-        EXPECT_EQ(findIntrinsic(spec.name), op == Operation::InvokeMethod ? nullptr : &spec);
+        const OperationEntry& entry = entryOf(op);
+        EXPECT_EQ(entry.operation, op);
+        EXPECT_STREQ(entry.name, Pegasus::cimOperationName(op));
+        EXPECT_EQ(findIntrinsic(entry.name), op == Operation::InvokeMethod ? nullptr : &entry);
     }
 }
 

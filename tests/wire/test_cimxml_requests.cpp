@@ -19,8 +19,7 @@ const char* kPort =
     "20110002AC00A001</KEYVALUE></KEYBINDING></INSTANCENAME>";
 
 std::string message(
-    const std::string& call,
-    const std::string& envelope = "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"")
+    const std::string& call, const std::string& envelope = "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"")
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM " + envelope +
            "><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>" + call +
@@ -71,8 +70,7 @@ TEST_P(RequestProtocolErrors, AnsweredWithHttpStatusAndCimErrorHeader)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Envelope,
-    RequestProtocolErrors,
+    Envelope, RequestProtocolErrors,
     ::testing::Values(
         ProtocolCase{"not XML", "<CIM><MESSAGE>", 400, "request-not-well-formed"},
         ProtocolCase{
@@ -136,8 +134,7 @@ TEST_P(RequestCimErrors, AnsweredWithCimErrorNamingTheProblem)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Parameters,
-    RequestCimErrors,
+    Parameters, RequestCimErrors,
     ::testing::Values(
         CimErrorCase{
             "unknown intrinsic method", intrinsic("FlyAway", ""), CIM_ERR_NOT_SUPPORTED, "FlyAway"},
@@ -168,22 +165,20 @@ INSTANTIATE_TEST_SUITE_P(
         CimErrorCase{
             "bad key value type",
             intrinsic(
-                "GetInstance",
-                param(
-                    "InstanceName",
-                    "<INSTANCENAME CLASSNAME=\"X\"><KEYBINDING NAME=\"k\"><KEYVALUE "
-                    "VALUETYPE=\"date\">1</KEYVALUE></KEYBINDING></INSTANCENAME>")),
+                "GetInstance", param(
+                                   "InstanceName",
+                                   "<INSTANCENAME CLASSNAME=\"X\"><KEYBINDING NAME=\"k\"><KEYVALUE "
+                                   "VALUETYPE=\"date\">1</KEYVALUE></KEYBINDING></INSTANCENAME>")),
             CIM_ERR_INVALID_PARAMETER, "VALUETYPE"},
         CimErrorCase{
             "property value of the wrong type",
             intrinsic(
                 "ModifyInstance",
                 param(
-                    "ModifiedInstance",
-                    std::string("<VALUE.NAMEDINSTANCE>") + kPort +
-                        "<INSTANCE CLASSNAME=\"QEL_FCPort\"><PROPERTY "
-                        "NAME=\"Speed\" TYPE=\"uint64\"><VALUE>fast</VALUE>"
-                        "</PROPERTY></INSTANCE></VALUE.NAMEDINSTANCE>")),
+                    "ModifiedInstance", std::string("<VALUE.NAMEDINSTANCE>") + kPort +
+                                            "<INSTANCE CLASSNAME=\"QEL_FCPort\"><PROPERTY "
+                                            "NAME=\"Speed\" TYPE=\"uint64\"><VALUE>fast</VALUE>"
+                                            "</PROPERTY></INSTANCE></VALUE.NAMEDINSTANCE>")),
             CIM_ERR_INVALID_PARAMETER, "uint64"},
         CimErrorCase{
             "duplicate property",
@@ -266,7 +261,7 @@ CimRequest base(Operation op)
     CimRequest r;
     r.messageId = "42";
     r.operation = op;
-    r.methodName = specOf(op).name;
+    r.methodName = entryOf(op).name;
     r.nameSpace = CIMNamespaceName("root/qel");
     return r;
 }

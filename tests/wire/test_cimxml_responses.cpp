@@ -18,7 +18,7 @@ CimRequest request(Operation op)
     CimRequest r;
     r.messageId = "9";
     r.operation = op;
-    r.methodName = specOf(op).name;
+    r.methodName = entryOf(op).name;
     r.nameSpace = CIMNamespaceName("root/qel");
     return r;
 }
@@ -176,6 +176,23 @@ TEST(ResponseErrors, DescriptionCarriesCodeNameAndMessageEscaped)
     EXPECT_EQ(back.error.getCode(), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(back.error.getMessage(), "CIM_ERR_NOT_FOUND: port <1> & \"2\" gone");
 
+    // A status this runtime has no name for arrives as CIM_ERR_FAILED, its number kept.
+    for (const char* code : {"28", "29", "65535"})
+    {
+        std::string unknown = body;
+        unknown.replace(unknown.find("CODE=\"6\""), 8, std::string("CODE=\"") + code + "\"");
+        back = decodeResponse(unknown.data(), unknown.size(), r);
+        if (std::string(code) == "28")
+        {
+            EXPECT_EQ(back.error.getCode(), CIM_ERR_SERVER_IS_SHUTTING_DOWN);
+            continue;
+        }
+        EXPECT_EQ(back.error.getCode(), CIM_ERR_FAILED) << code;
+        EXPECT_EQ(
+            back.error.getMessage(),
+            String("CIM status code ") + code + ": CIM_ERR_NOT_FOUND: port <1> & \"2\" gone");
+    }
+
     a.setError(CIMException(CIM_ERR_FAILED));
     EXPECT_NE(
         encodeResponse(a, "h", r.nameSpace).find("DESCRIPTION=\"CIM_ERR_FAILED\""),
@@ -204,6 +221,9 @@ TEST(ResponseDecoding, RepliesThatDoNotAnswerTheRequestAreRefused)
         {"bad instance name",
          "<CIM><MESSAGE ID=\"9\"><SIMPLERSP><IMETHODRESPONSE NAME=\"EnumerateInstanceNames\">"
          "<IRETURNVALUE><INSTANCENAME/></IRETURNVALUE></IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>"},
+        {"an element name that is not UTF-8",
+         "<CIM><MESSAGE ID=\"9\"><SIMPLERSP><IMETHODRESPONSE NAME=\"EnumerateInstanceNames\">"
+         "<IRETURNVALUE><N\xff\xfe/></IRETURNVALUE></IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>"},
     };
     for (const Case& c : cases)
         EXPECT_THROW(decodeResponse(c.body.data(), c.body.size(), r), ResponseError) << c.what;

@@ -25,7 +25,7 @@ CimRequest request(Operation op)
     CimRequest r;
     r.messageId = "42";
     r.operation = op;
-    r.methodName = op == Operation::InvokeMethod ? String("Reset") : String(specOf(op).name);
+    r.methodName = op == Operation::InvokeMethod ? String("Reset") : String(entryOf(op).name);
     r.nameSpace = CIMNamespaceName("root/qel");
     r.objectName = CIMObjectPath("QEL_FCPort.DeviceID=\"p0\"");
     r.target = r.objectName;
@@ -201,7 +201,7 @@ TEST(StreamedAnswer, EveryOperationEncodesAsWholeAndDecodesAlikeHoweverCut)
     for (const Case& c : kCases)
     {
         const CimRequest r = request(c.op);
-        SCOPED_TRACE(specOf(c.op).name);
+        SCOPED_TRACE(entryOf(c.op).name);
         const CimResponse a = answerOf(r, c);
         const std::string whole = encodeResponse(a, kHost, r.nameSpace);
         // One piece per object, and the whole answer in one piece.
@@ -447,7 +447,7 @@ TEST(ErrorTrailers, ReportNothingForSuccessAndAFailureForAnythingElse)
          {{"CIMStatusCode", "29"}, {"CIMStatusCodeDescription", "odd"}},
          true,
          CIM_ERR_FAILED,
-         "odd"},
+         "CIM status code 29: odd"},
         {"not a number",
          {{"cimstatuscode", "x"}, {"CIMStatusCodeDescription", "a%20b"}},
          true,
@@ -462,7 +462,7 @@ TEST(ErrorTrailers, ReportNothingForSuccessAndAFailureForAnythingElse)
          {{"CIMStatusCode", "1"}, {"CIMStatusCodeDescription", "a%FFb"}},
          true,
          CIM_ERR_FAILED,
-         "a?b"},
+         "a\\xFFb"},
     };
     for (const auto& c : cases)
     {

@@ -5,7 +5,12 @@
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 
+#include <Server/core/ServerLog.h>
+
 #include <gtest/gtest.h>
+
+#include <mutex>
+#include <thread>
 
 using namespace qel::http;
 using namespace wiretest;
@@ -56,6 +61,15 @@ protected:
         frontEnd = nullptr;
     }
 
+public:
+    static HttpRequest goodRequestFor(const std::string& authorization)
+    {
+        HttpRequest r = goodRequest();
+        setHeader(r, "Authorization", authorization);
+        return r;
+    }
+
+protected:
     static HttpRequest goodRequest()
     {
         HttpRequest r;
@@ -97,8 +111,7 @@ using Request = HttpRequest&;
 using Connection = ConnectionInfo&;
 
 INSTANTIATE_TEST_SUITE_P(
-    Requests,
-    CimHttpServiceTest,
+    Requests, CimHttpServiceTest,
     ::testing::Values(
         ServiceCase{
             "good request", [](Request, Connection) {}, 200, "",
@@ -204,6 +217,105 @@ TEST_F(CimHttpServiceTest, VerifiedCredentialsAreRememberedUntilThePasswordFileC
         frontEnd->service->process(r, c).status, 401);  // the old password no longer opens anything
     f.set("alice", qel::auth::hashPassword("wonderland"));
     f.save(pw.path());
+}
+
+}  // namespace
+
+namespace
+{
+
+struct LogCapture
+{
+    LogCapture()
+    {
+        previous = Pegasus::ServerLog::setSink(
+            [this](Pegasus::LogLevel level, const std::string& text)
+            {
+                std::lock_guard<std::mutex> lock(mutex);
+                if (level == Pegasus::LogLevel::Warning)
+                    warnings.push_back(text);
+            });
+    }
+    ~LogCapture() { Pegasus::ServerLog::setSink(previous); }
+    size_t count(const std::string& what)
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        size_t n = 0;
+        for (const std::string& w : warnings)
+            n += w.find(what) != std::string::npos;
+        return n;
+    }
+    Pegasus::ServerLog::Sink previous;
+    std::mutex mutex;
+    std::vector<std::string> warnings;
+};
+
+TEST(LoginThrottling, GuessesWaitTheirTurnRememberedUsersDoNotAndNoWorkerIsTaken)
+{
+    wiretest::ManualClock time;
+    CimHttpServiceOptions so;
+    so.throttle.clock = time.clock();
+    FrontEnd fe(HttpServerOptions(), 2, so);
+    fe.passwords.add("bob", "builder");
+    LogCapture log;
+    auto attempt = [&](const std::string& user, const std::string& password,
+                       const std::string& from = "127.0.0.1")
+    {
+        HttpRequest r = CimHttpServiceTest::goodRequestFor(basicAuth(user, password));
+        ConnectionInfo c;  // a new connection each time, as wbemcli makes them
+        c.clientAddress = from;
+        return fe.service->process(r, c);
+    };
+    ASSERT_EQ(attempt("alice", "wonderland").status, 200);  // verified: remembered
+    for (int i = 1; i <= 5; ++i)
+    {
+        const HttpResponse r = attempt("alice", "guess");
+        EXPECT_EQ(r.status, 401) << i;
+        EXPECT_EQ(headerOf(r, "Retry-After"), "") << i;
+        EXPECT_EQ(r.holdOff.count(), 0) << i;
+    }
+    const HttpResponse held = attempt("alice", "guess");
+    EXPECT_EQ(held.status, 401);
+    EXPECT_EQ(headerOf(held, "Retry-After"), "1");
+    EXPECT_EQ(headerOf(held, "WWW-Authenticate"), "Basic realm=\"qel-cimserver\"");
+    EXPECT_EQ(held.holdOff, std::chrono::seconds(1)) << "its connection is not read till then";
+    EXPECT_EQ(attempt("alice", "wonderland").status, 200) << "a remembered pair is no guess";
+    EXPECT_EQ(headerOf(attempt("bob", "builder"), "Retry-After"), "1") << "same address";
+    EXPECT_EQ(attempt("bob", "builder", "10.0.0.9").status, 200) << "another address";
+    EXPECT_EQ(headerOf(attempt("alice", "guess", "10.0.0.9"), "Retry-After"), "1") << "same user";
+
+    // With every worker stuck, a held-back guess is still answered: on the I/O thread.
+    std::string waitRequest = wiretest::cimPost(
+        "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"5\" PROTOCOLVERSION=\"1.0\">"
+        "<SIMPLEREQ><METHODCALL NAME=\"Wait\"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE "
+        "NAME=\"root\"/><NAMESPACE NAME=\"qel\"/></LOCALNAMESPACEPATH><CLASSNAME NAME=\"X\"/>"
+        "</LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>",
+        basicAuth("alice", "wonderland"));
+    waitRequest.replace(waitRequest.find("EnumerateInstanceNames"), 22, "Wait");
+    waitRequest.replace(waitRequest.find("root%2Fqel"), 10, "root%2Fqel%3AX");
+    std::vector<std::unique_ptr<wiretest::RawConnection>> stuck;
+    for (int i = 0; i < 2; ++i)
+    {
+        stuck.push_back(std::make_unique<wiretest::RawConnection>(fe.port()));
+        stuck.back()->send(waitRequest);
+    }
+    while (fe.executor.waiting() < 2)
+        std::this_thread::yield();
+    const std::string reply = wiretest::rawExchange(
+        fe.port(),
+        wiretest::cimPost(
+            wiretest::enumerateNamesBody(), basicAuth("alice", "guess"), "Connection: close\r\n"));
+    EXPECT_EQ(reply.rfind("HTTP/1.1 401", 0), 0u) << reply;
+    EXPECT_NE(reply.find("Retry-After: 1"), std::string::npos) << reply;
+    fe.executor.release();
+
+    time.advance(std::chrono::seconds(1));
+    const HttpResponse verified = attempt("alice", "guess");  // its turn: verified, failed
+    EXPECT_EQ(verified.status, 401);
+    EXPECT_EQ(headerOf(verified, "Retry-After"), "");
+    EXPECT_EQ(headerOf(attempt("alice", "guess"), "Retry-After"), "2");
+    // Six failures of alice verified, all from 127.0.0.1: one burst, one line.
+    EXPECT_EQ(log.count("for user \"alice\""), 1u);
 }
 
 }  // namespace

@@ -35,8 +35,7 @@ class StreamingExecutor : public qel::http::OperationExecutor
 {
 public:
     void execute(
-        const qel::cimxml::CimRequest& r,
-        const qel::http::ClientIdentity& client,
+        const qel::cimxml::CimRequest& r, const qel::http::ClientIdentity& client,
         qel::cimxml::CimResponse& out) override
     {
         CIMResponseCollector collector(r.operation, out);
@@ -44,8 +43,7 @@ public:
     }
 
     void execute(
-        const qel::cimxml::CimRequest& r,
-        const qel::http::ClientIdentity&,
+        const qel::cimxml::CimRequest& r, const qel::http::ClientIdentity&,
         CIMResponseSink& sink) override
     {
         const std::string name(r.className.getString().getCString());

@@ -120,9 +120,7 @@ protected:
 
     // One request over its own connection; the body of the answer.
     static std::string exchange(
-        const std::string& method,
-        const std::string& params,
-        const std::string& user = "admin",
+        const std::string& method, const std::string& params, const std::string& user = "admin",
         const std::string& nameSpace = "root/qel")
     {
         std::string namespaces;
@@ -160,10 +158,7 @@ protected:
 
     // Opens with `open` (the open's parameters), then pulls pages of `size` until the end.
     static CIMOperationResponse pageThrough(
-        const char* openMethod,
-        const std::string& open,
-        const char* pullMethod,
-        Uint32 size,
+        const char* openMethod, const std::string& open, const char* pullMethod, Uint32 size,
         std::vector<Uint32>& pageSizes)
     {
         CIMOperationResponse all =

@@ -10,11 +10,8 @@ namespace
 const Uint32 kDefaultTimeoutMilliseconds = 20000;
 
 CIMOpenParameters openParameters(
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
 {
     CIMOpenParameters open;
     open.filterQueryLanguage = filterQueryLanguage;
@@ -55,10 +52,7 @@ void CIMClient::_attach(std::unique_ptr<ClientTransport> transport, const String
 }
 
 void CIMClient::connect(
-    const String& host,
-    const Uint32 portNumber,
-    const String& userName,
-    const String& password)
+    const String& host, const Uint32 portNumber, const String& userName, const String& password)
 {
     if (_transport)
         throw AlreadyConnectedException();
@@ -113,12 +107,8 @@ CIMOperationResponse CIMClient::_execute(const CIMOperationRequest& request)
 }
 
 CIMClass CIMClient::getClass(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return _execute(CIMOperationRequest::getClass(
                         nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
@@ -127,12 +117,8 @@ CIMClass CIMClient::getClass(
 }
 
 CIMInstance CIMClient::getInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return _execute(CIMOperationRequest::getInstance(
                         nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin,
@@ -152,22 +138,16 @@ CIMClient::createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& 
 }
 
 void CIMClient::modifyInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers, const CIMPropertyList& propertyList)
 {
     _execute(CIMOperationRequest::modifyInstance(
         nameSpace, modifiedInstance, includeQualifiers, propertyList));
 }
 
 Array<CIMInstance> CIMClient::enumerateInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return _execute(CIMOperationRequest::enumerateInstances(
@@ -183,15 +163,9 @@ CIMClient::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMNa
 }
 
 Array<CIMObject> CIMClient::associators(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return _execute(CIMOperationRequest::associators(
                         nameSpace, objectName, assocClass, resultClass, role, resultRole,
@@ -200,12 +174,8 @@ Array<CIMObject> CIMClient::associators(
 }
 
 Array<CIMObjectPath> CIMClient::associatorNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole)
 {
     return _execute(CIMOperationRequest::associatorNames(
                         nameSpace, objectName, assocClass, resultClass, role, resultRole))
@@ -213,12 +183,8 @@ Array<CIMObjectPath> CIMClient::associatorNames(
 }
 
 Array<CIMObject> CIMClient::references(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return _execute(CIMOperationRequest::references(
@@ -228,9 +194,7 @@ Array<CIMObject> CIMClient::references(
 }
 
 Array<CIMObjectPath> CIMClient::referenceNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
     const String& role)
 {
     return _execute(CIMOperationRequest::referenceNames(nameSpace, objectName, resultClass, role))
@@ -238,11 +202,8 @@ Array<CIMObjectPath> CIMClient::referenceNames(
 }
 
 CIMValue CIMClient::invokeMethod(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
-    Array<CIMParamValue>& outParameters)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
 {
     return _execute(
                CIMOperationRequest::invokeMethod(nameSpace, instanceName, methodName, inParameters))
@@ -250,8 +211,7 @@ CIMValue CIMClient::invokeMethod(
 }
 
 CIMOperationResponse CIMClient::_page(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
     const CIMOperationRequest& request)
 {
     CIMOperationResponse response = _execute(request);
@@ -272,18 +232,11 @@ const CIMNamespaceName& CIMClient::_openedIn(const CIMEnumerationContext& enumer
 }
 
 Array<CIMInstance> CIMClient::openEnumerateInstances(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -296,14 +249,9 @@ Array<CIMInstance> CIMClient::openEnumerateInstances(
 }
 
 Array<CIMObjectPath> CIMClient::openEnumerateInstancePaths(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMName& className, const String& filterQueryLanguage,
+    const String& filterQuery, const Uint32Arg& operationTimeout, Boolean continueOnError,
     Uint32 maxObjectCount)
 {
     return _page(
@@ -317,19 +265,11 @@ Array<CIMObjectPath> CIMClient::openEnumerateInstancePaths(
 }
 
 Array<CIMInstance> CIMClient::openReferenceInstances(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -342,17 +282,10 @@ Array<CIMInstance> CIMClient::openReferenceInstances(
 }
 
 Array<CIMObjectPath> CIMClient::openReferenceInstancePaths(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const String& filterQueryLanguage, const String& filterQuery,
+    const Uint32Arg& operationTimeout, Boolean continueOnError, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -365,21 +298,12 @@ Array<CIMObjectPath> CIMClient::openReferenceInstancePaths(
 }
 
 Array<CIMInstance> CIMClient::openAssociatorInstances(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -393,19 +317,11 @@ Array<CIMInstance> CIMClient::openAssociatorInstances(
 }
 
 Array<CIMObjectPath> CIMClient::openAssociatorInstancePaths(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    const String& filterQueryLanguage,
-    const String& filterQuery,
-    const Uint32Arg& operationTimeout,
-    Boolean continueOnError,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -418,9 +334,7 @@ Array<CIMObjectPath> CIMClient::openAssociatorInstancePaths(
 }
 
 Array<CIMInstance> CIMClient::pullInstancesWithPath(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,
@@ -430,9 +344,7 @@ Array<CIMInstance> CIMClient::pullInstancesWithPath(
 }
 
 Array<CIMObjectPath> CIMClient::pullInstancePaths(
-    CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence,
-    Uint32 maxObjectCount)
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount)
 {
     return _page(
                enumerationContext, endOfSequence,

@@ -51,9 +51,7 @@ public:
 
     // An empty host with a non-zero port means "localhost".
     void connect(
-        const String& host,
-        const Uint32 portNumber,
-        const String& userName,
+        const String& host, const Uint32 portNumber, const String& userName,
         const String& password);
     // The CIM server of this machine, as the calling process's user.
     void connectLocal();
@@ -61,18 +59,13 @@ public:
     void disconnect();
 
     CIMClass getClass(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = true,
-        Boolean includeClassOrigin = false,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly = true,
+        Boolean includeQualifiers = true, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     CIMInstance getInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        Boolean localOnly = true, Boolean includeQualifiers = false,
         Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
@@ -81,17 +74,12 @@ public:
     CIMObjectPath createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance);
 
     void modifyInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers = true,
-        const CIMPropertyList& propertyList = CIMPropertyList());
+        const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers = true, const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMInstance> enumerateInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance = true,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance = true,
+        Boolean localOnly = true, Boolean includeQualifiers = false,
         Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
@@ -99,143 +87,92 @@ public:
     enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className);
 
     Array<CIMObject> associators(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY,
+        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMObjectPath> associatorNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY);
 
     Array<CIMObject> references(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
+        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
     Array<CIMObjectPath> referenceNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY);
 
     CIMValue invokeMethod(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters);
 
     // The pulled enumerations. filterQueryLanguage and filterQuery: "" is NULL (no
     // filter); operationTimeout: NULL is the server's default; maxObjectCount: the most
     // objects this call may return (0 on an open: none yet).
     Array<CIMInstance> openEnumerateInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance = true,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList(),
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance = true,
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList(),
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMObjectPath> openEnumerateInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMName& className,
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMInstance> openReferenceInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
         const Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList(),
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMObjectPath> openReferenceInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMInstance> openAssociatorInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList(),
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY,
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList(),
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMObjectPath> openAssociatorInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY,
         const String& filterQueryLanguage = String::EMPTY,
-        const String& filterQuery = String::EMPTY,
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
+        const String& filterQuery = String::EMPTY, const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
 
     Array<CIMInstance> pullInstancesWithPath(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        Uint32 maxObjectCount);
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount);
 
     Array<CIMObjectPath> pullInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        Uint32 maxObjectCount);
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount);
 
     void closeEnumeration(CIMEnumerationContext& enumerationContext);
 
@@ -250,8 +187,7 @@ private:
     CIMOperationResponse _execute(const CIMOperationRequest& request);
     // An open or a pull: `enumerationContext` follows the answer.
     CIMOperationResponse _page(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence,
         const CIMOperationRequest& request);
     // The namespace of an opened enumeration; CIM_ERR_INVALID_ENUMERATION_CONTEXT for
     // one never opened.

@@ -37,10 +37,7 @@ public:
 // Opens a connection to host:port for the given user; throws
 // CannotConnectException when it cannot.
 typedef std::function<std::unique_ptr<ClientTransport>(
-    const String& host,
-    Uint32 portNumber,
-    const String& userName,
-    const String& password,
+    const String& host, Uint32 portNumber, const String& userName, const String& password,
     Uint32 timeoutMilliseconds)>
     TcpTransportFactory;
 

@@ -1,5 +1,6 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMObjectRep.h>
+#include <Pegasus/Common/CIMPropertyRep.h>
 #include <Pegasus/Common/CheckRep.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -52,6 +53,10 @@ CIMClassRep::CIMClassRep(const CIMName& className, const CIMName& superClassName
 CIMClassRep::CIMClassRep(const CIMClassRep& x) : CIMObjectRep(x), superClassName(x.superClassName)
 {
     x.methods.cloneTo(methods);
+    // Most classes were made with interned names, which the clone shares; the others'
+    // are interned here.
+    for (Uint32 i = 0; i < properties.size(); i++)
+        properties.at(i)._rep->internNames();
 }
 
 std::shared_ptr<CIMObjectRep> CIMClassRep::cloneObject() const
@@ -98,6 +103,7 @@ void CIMClassRep::addProperty(const CIMProperty& x)
         throw TypeMismatchException();
     }
     properties.add(x);
+    x._rep->internNames();
 }
 
 bool CIMClassRep::hasTrueQualifier(const CIMName& name) const
@@ -128,11 +134,15 @@ bool CIMClassRep::hasKeys() const
 }
 
 std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
-    auto inst = std::make_shared<CIMInstanceRep>(getClassName());
+    // The instance's first path names its class only: the class's own path is shared when
+    // it is no more than that.
+    const bool classOnly = reference.getHost().size() == 0 && reference.getNameSpace().isNull() &&
+                           reference.getKeyBindings().size() == 0;
+    auto inst = classOnly ? std::make_shared<CIMInstanceRep>(reference)
+                          : std::make_shared<CIMInstanceRep>(getClassName());
     inst->properties.reserve(properties.size());
     if (includeQualifiers)
     {
@@ -140,20 +150,22 @@ std::shared_ptr<CIMInstanceRep> CIMClassRep::buildInstance(
         for (Uint32 i = 0; i < qualifiers.size(); i++)
             inst->qualifiers.addDistinct(qualifiers.at(i).clone());
     }
+    // The instance's properties are made in one block. The class's are valid already:
+    // copies need no checks.
+    const bool all = propertyList.isNull();
+    inst->propertyBlock = PropertyBlock::make(properties.size());
     for (Uint32 i = 0; i < properties.size(); i++)
     {
         const CIMProperty& cp = properties.at(i);
-        if (!propertyList.useThisProperty(cp.getName()))
+        if (!all && !propertyList.useThisProperty(cp.getName()))
             continue;
-        CIMProperty p = includeQualifiers ? cp.clone()
-                                          : CIMProperty(
-                                                cp.getName(), cp.getValue(), cp.getArraySize(),
-                                                cp.getReferenceClassName(), cp.getClassOrigin(),
-                                                cp.getPropagated());
-        if (!includeClassOrigin)
-            p.setClassOrigin(CIMName());
-        inst->properties.addDistinct(p);
+        inst->properties.addCopyOf(
+            properties, i,
+            CIMProperty(
+                inst->propertyBlock->emplace(*cp._rep, includeQualifiers, includeClassOrigin)));
     }
+    // Every property, in the class's order: the class's name index serves the instance too.
+    inst->properties.adoptIndexOf(properties);
     return inst;
 }
 
@@ -258,12 +270,12 @@ Uint32 CIMClass::findProperty(const CIMName& name) const
 
 CIMProperty CIMClass::getProperty(Uint32 index)
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 CIMConstProperty CIMClass::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 void CIMClass::removeProperty(Uint32 index)
@@ -333,8 +345,7 @@ Boolean CIMClass::isUninitialized() const
 }
 
 CIMInstance CIMClass::buildInstance(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
     return CIMInstance(
@@ -424,7 +435,7 @@ Uint32 CIMConstClass::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstClass::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 Uint32 CIMConstClass::getPropertyCount() const

@@ -81,8 +81,7 @@ public:
     // there is none), array size, reference class and propagated flag;
     // class origins are kept only if includeClassOrigin.
     CIMInstance buildInstance(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
 
 private:

@@ -146,15 +146,8 @@ CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : CIMDateTime()
 }
 
 CIMDateTime::CIMDateTime(
-    Uint32 year,
-    Uint32 month,
-    Uint32 day,
-    Uint32 hours,
-    Uint32 minutes,
-    Uint32 seconds,
-    Uint32 microseconds,
-    Uint32 numSignificantMicrosecondDigits,
-    Sint32 utcOffset)
+    Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
     : CIMDateTime()
 {
     setTimeStamp(
@@ -163,11 +156,7 @@ CIMDateTime::CIMDateTime(
 }
 
 CIMDateTime::CIMDateTime(
-    Uint32 days,
-    Uint32 hours,
-    Uint32 minutes,
-    Uint32 seconds,
-    Uint32 microseconds,
+    Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
     Uint32 numSignificantMicrosecondDigits)
     : CIMDateTime()
 {
@@ -234,15 +223,8 @@ void CIMDateTime::set(const String& str)
 }
 
 void CIMDateTime::setTimeStamp(
-    Uint32 year,
-    Uint32 month,
-    Uint32 day,
-    Uint32 hours,
-    Uint32 minutes,
-    Uint32 seconds,
-    Uint32 microseconds,
-    Uint32 numSignificantMicrosecondDigits,
-    Sint32 utcOffset)
+    Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
 {
     clear();
     // A wildcard field makes it and every later field '*'; the count is of
@@ -313,11 +295,7 @@ void CIMDateTime::setTimeStamp(
 }
 
 void CIMDateTime::setInterval(
-    Uint32 days,
-    Uint32 hours,
-    Uint32 minutes,
-    Uint32 seconds,
-    Uint32 microseconds,
+    Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
     Uint32 numSignificantMicrosecondDigits)
 {
     clear();

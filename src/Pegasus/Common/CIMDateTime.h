@@ -24,21 +24,10 @@ public:
     // Microseconds since 0000-01-01 (timestamp, UTC) or an interval length.
     CIMDateTime(Uint64 usec, Boolean isInterval);
     CIMDateTime(
-        Uint32 year,
-        Uint32 month,
-        Uint32 day,
-        Uint32 hours,
-        Uint32 minutes,
-        Uint32 seconds,
-        Uint32 microseconds,
-        Uint32 numSignificantMicrosecondDigits,
-        Sint32 utcOffset);
+        Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
     CIMDateTime(
-        Uint32 days,
-        Uint32 hours,
-        Uint32 minutes,
-        Uint32 seconds,
-        Uint32 microseconds,
+        Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
         Uint32 numSignificantMicrosecondDigits);
     ~CIMDateTime();
 
@@ -47,21 +36,10 @@ public:
     String toString() const;
     void set(const String& str);
     void setTimeStamp(
-        Uint32 year,
-        Uint32 month,
-        Uint32 day,
-        Uint32 hours,
-        Uint32 minutes,
-        Uint32 seconds,
-        Uint32 microseconds,
-        Uint32 numSignificantMicrosecondDigits,
-        Sint32 utcOffset);
+        Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
     void setInterval(
-        Uint32 days,
-        Uint32 hours,
-        Uint32 minutes,
-        Uint32 seconds,
-        Uint32 microseconds,
+        Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
         Uint32 numSignificantMicrosecondDigits);
     void clear();
 

@@ -13,6 +13,10 @@ CIMInstanceRep::CIMInstanceRep(const CIMName& className)
 {
 }
 
+CIMInstanceRep::CIMInstanceRep(const CIMObjectPath& classPath) : CIMObjectRep(classPath)
+{
+}
+
 std::shared_ptr<CIMObjectRep> CIMInstanceRep::cloneObject() const
 {
     return clone();
@@ -125,12 +129,12 @@ Uint32 CIMInstance::findProperty(const CIMName& name) const
 
 CIMProperty CIMInstance::getProperty(Uint32 index)
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 CIMConstProperty CIMInstance::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 void CIMInstance::removeProperty(Uint32 index)
@@ -164,9 +168,7 @@ Boolean CIMInstance::isUninitialized() const
 }
 
 void CIMInstance::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }
@@ -239,7 +241,7 @@ Uint32 CIMConstInstance::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstInstance::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 Uint32 CIMConstInstance::getPropertyCount() const

@@ -66,9 +66,7 @@ public:
     // Drops qualifiers unless includeQualifiers, properties a non-null list
     // does not name, and class origins unless includeClassOrigin.
     void instanceFilter(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
 private:
     explicit CIMInstance(std::shared_ptr<CIMInstanceRep> rep);
@@ -117,6 +115,7 @@ private:
     friend class CIMInstance;
     friend class CIMObject;
     friend class CIMConstObject;
+    friend class ObjectReader;
 };
 
 PEGASUS_NAMESPACE_END

@@ -8,10 +8,7 @@ class CIMMethodRep
 {
 public:
     CIMMethodRep(
-        const CIMName& name_,
-        CIMType type_,
-        const CIMName& classOrigin_,
-        Boolean propagated_)
+        const CIMName& name_, CIMType type_, const CIMName& classOrigin_, Boolean propagated_)
         : name(name_), type(type_), classOrigin(classOrigin_), propagated(propagated_)
     {
         if (name.isNull())
@@ -50,10 +47,7 @@ CIMMethod::~CIMMethod() = default;
 CIMMethod& CIMMethod::operator=(const CIMMethod& x) = default;
 
 CIMMethod::CIMMethod(
-    const CIMName& name,
-    CIMType type,
-    const CIMName& classOrigin,
-    Boolean propagated)
+    const CIMName& name, CIMType type, const CIMName& classOrigin, Boolean propagated)
     : _rep(std::make_shared<CIMMethodRep>(name, type, classOrigin, propagated))
 {
 }
@@ -204,10 +198,7 @@ CIMConstMethod::CIMConstMethod(const CIMMethod& x) : _rep(x._rep)
 }
 
 CIMConstMethod::CIMConstMethod(
-    const CIMName& name,
-    CIMType type,
-    const CIMName& classOrigin,
-    Boolean propagated)
+    const CIMName& name, CIMType type, const CIMName& classOrigin, Boolean propagated)
     : _rep(std::make_shared<CIMMethodRep>(name, type, classOrigin, propagated))
 {
 }

@@ -27,9 +27,7 @@ public:
     CIMMethod(const CIMMethod& x);
     // A null name throws UninitializedObjectException.
     CIMMethod(
-        const CIMName& name,
-        CIMType type,
-        const CIMName& classOrigin = CIMName(),
+        const CIMName& name, CIMType type, const CIMName& classOrigin = CIMName(),
         Boolean propagated = false);
     ~CIMMethod();
     CIMMethod& operator=(const CIMMethod& x);
@@ -82,9 +80,7 @@ public:
     CIMConstMethod(const CIMConstMethod& x);
     CIMConstMethod(const CIMMethod& x);
     CIMConstMethod(
-        const CIMName& name,
-        CIMType type,
-        const CIMName& classOrigin = CIMName(),
+        const CIMName& name, CIMType type, const CIMName& classOrigin = CIMName(),
         Boolean propagated = false);
     ~CIMConstMethod();
     CIMConstMethod& operator=(const CIMConstMethod& x);

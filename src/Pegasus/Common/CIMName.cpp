@@ -1,6 +1,8 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/StringIntern.h>
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -76,17 +78,36 @@ namespace
 // set, from the same few literals: each thread keeps the checked text of
 // recent ones, so that making such a name again shares the String made
 // before instead of decoding, allocating and checking the text anew.
+//
+// A literal is passed at the same address every time: the text seen last at
+// an address is looked at first, and only a different text there is hashed.
 class RecentNames
 {
 public:
-    const String* find(const char* text, size_t length, size_t hash) const
+    const String* find(const char* text)
     {
-        const Slot* set = _setOf(hash);
+        const Recent& r = _recent[(reinterpret_cast<std::uintptr_t>(text) >> 3) % kRecent];
+        if (r.text != text || !r.slot)
+            return nullptr;
+        // The same address may hold another text now, shorter ones too: the
+        // comparison stops at the first difference or end, terminators included.
+        const std::string& known = r.slot->text;
+        if (std::strncmp(text, known.c_str(), known.size() + 1) != 0)
+            return nullptr;
+        return &r.slot->name;
+    }
+
+    const String* find(const char* text, size_t length, size_t hash)
+    {
+        Slot* set = _setOf(hash);
         for (size_t way = 0; way < kWays; ++way)
         {
-            const Slot& s = set[way];
+            Slot& s = set[way];
             if (s.text.size() == length && std::memcmp(s.text.data(), text, length) == 0)
+            {
+                _seen(text, &s);
                 return &s.name;
+            }
         }
         return nullptr;
     }
@@ -106,6 +127,7 @@ public:
         }
         s->text.assign(text, length);
         s->name = name;
+        _seen(text, s);
     }
 
     static size_t hashOf(const char* text, size_t length)
@@ -121,31 +143,61 @@ private:
     // that two names of one class that hash alike do not evict each other.
     static const size_t kSets = 256;
     static const size_t kWays = 2;
+    static const size_t kRecent = 512;
     struct Slot
     {
         std::string text;
         String name;
     };
+    // The slot the text at an address was found in last (a slot's text is
+    // compared again on every use: it may have been replaced since).
+    struct Recent
+    {
+        const char* text = nullptr;
+        const Slot* slot = nullptr;
+    };
+
+    void _seen(const char* text, const Slot* slot)
+    {
+        Recent& r = _recent[(reinterpret_cast<std::uintptr_t>(text) >> 3) % kRecent];
+        r.text = text;
+        r.slot = slot;
+    }
 
     Slot* _setOf(size_t hash) { return &_slots[(hash % kSets) * kWays]; }
-    const Slot* _setOf(size_t hash) const { return &_slots[(hash % kSets) * kWays]; }
 
     Slot _slots[kSets * kWays];
+    Recent _recent[kRecent];
 };
 
 // On the heap, made on a thread's first use: threads that never make a name
-// from a C string carry nothing.
+// from a C string carry nothing. The library is loaded with the program, so
+// its thread-local pointer can live in the static TLS block (no lookup call).
+struct RecentNamesOwner
+{
+    ~RecentNamesOwner() { delete names; }
+    RecentNames* names = nullptr;
+};
+
 RecentNames& recentNames()
 {
-    thread_local std::unique_ptr<RecentNames> names;
-    if (!names)
-        names.reset(new RecentNames());
-    return *names;
+    static thread_local RecentNamesOwner owner __attribute__((tls_model("initial-exec")));
+    if (!owner.names)
+        owner.names = new RecentNames();
+    return *owner.names;
 }
 }  // namespace
 
 CIMName::CIMName(const char* name)
 {
+    if (name)
+    {
+        if (const String* known = recentNames().find(name))
+        {
+            cimName = *known;
+            return;
+        }
+    }
     // A null or empty text is refused below, as it always was.
     const size_t length = name ? std::strlen(name) : 0;
     const size_t hash = RecentNames::hashOf(name, length);
@@ -160,7 +212,17 @@ CIMName::CIMName(const char* name)
     cimName = String(name);
     if (!legal(cimName))
         throw InvalidNameException(cimName);
+    cimName = internedText(cimName);
     recentNames().remember(name, length, hash, cimName);
+}
+
+CIMName internedName(const CIMName& name)
+{
+    if (isInterned(name.cimName))
+        return name;
+    CIMName result;
+    result.cimName = internedText(name.cimName);
+    return result;
 }
 
 CIMName& CIMName::operator=(const CIMName& name)
@@ -199,7 +261,9 @@ void CIMName::clear()
 
 Boolean CIMName::equal(const CIMName& name) const
 {
-    return String::equalNoCase(cimName, name.cimName);
+    // One text (interned names share theirs) is one name.
+    return cimName.getChar16Data() == name.cimName.getChar16Data() ||
+           String::equalNoCase(cimName, name.cimName);
 }
 
 Boolean CIMName::equal(const char* name) const
@@ -250,9 +314,66 @@ CIMNamespaceName::CIMNamespaceName(const String& name) : cimNamespaceName(_check
 {
 }
 
-CIMNamespaceName::CIMNamespaceName(const char* name)
-    : cimNamespaceName(_checkedNamespace(String(name)))
+namespace
 {
+// Namespace names from C strings, as providers make one for every object path they build
+// (CIMNamespaceName("root/qel")): each thread keeps the checked, interned text of the last
+// few, by the address of their text (compared again on every use).
+class RecentNamespaces
+{
+public:
+    const String* find(const char* text) const
+    {
+        const Slot& s = _slots[_slotOf(text)];
+        if (s.text != text || std::strncmp(text, s.known.c_str(), s.known.size() + 1) != 0)
+            return nullptr;
+        return &s.name;
+    }
+
+    void remember(const char* text, const String& name)
+    {
+        Slot& s = _slots[_slotOf(text)];
+        s.text = text;
+        s.known = text;
+        s.name = name;
+    }
+
+private:
+    static const size_t kSlots = 16;
+    struct Slot
+    {
+        const char* text = nullptr;
+        std::string known;
+        String name;
+    };
+
+    static size_t _slotOf(const char* text)
+    {
+        return (reinterpret_cast<std::uintptr_t>(text) >> 3) % kSlots;
+    }
+
+    Slot _slots[kSlots];
+};
+
+RecentNamespaces& recentNamespaces()
+{
+    static thread_local RecentNamespaces namespaces __attribute__((tls_model("initial-exec")));
+    return namespaces;
+}
+}  // namespace
+
+CIMNamespaceName::CIMNamespaceName(const char* name)
+{
+    if (name)
+    {
+        if (const String* known = recentNamespaces().find(name))
+        {
+            cimNamespaceName = *known;
+            return;
+        }
+    }
+    cimNamespaceName = internedText(_checkedNamespace(String(name)));
+    recentNamespaces().remember(name, cimNamespaceName);
 }
 
 CIMNamespaceName& CIMNamespaceName::operator=(const CIMNamespaceName& name)

@@ -37,6 +37,8 @@ public:
     static Boolean legal(const String& name);
 
 private:
+    friend PEGASUS_COMMON_LINKAGE CIMName internedName(const CIMName& name);
+
     String cimName;
 };
 

@@ -2,6 +2,7 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMObjectRep.h>
+#include <Pegasus/Common/CIMPropertyRep.h>
 #include <Pegasus/Common/CheckRep.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -20,12 +21,26 @@ CIMObjectRep::CIMObjectRep(const CIMObjectRep& x) : reference(x.reference)
     x.properties.cloneTo(properties);
 }
 
-CIMObjectRep::~CIMObjectRep() = default;
+CIMObjectRep::~CIMObjectRep()
+{
+    // When nothing else holds the block, the properties made in it go with it: their owner
+    // counts need not be taken down one by one.
+    if (propertyBlock && propertyBlock.use_count() == 1)
+        properties.dropUncounted();
+}
 
 bool CIMObjectRep::identical(const CIMObjectRep& x) const
 {
     return this == &x || (reference.identical(x.reference) && qualifiers.identical(x.qualifiers) &&
                           properties.identical(x.properties));
+}
+
+CIMProperty CIMObjectRep::propertyHandle(Uint32 index) const
+{
+    const CIMProperty& inList = properties.at(index);
+    if (inList._rep.use_count() != 0)
+        return inList;
+    return CIMProperty(std::shared_ptr<CIMPropertyRep>(propertyBlock, inList._rep.get()));
 }
 
 void CIMObjectRep::addProperty(const CIMProperty& x)
@@ -43,26 +58,25 @@ void CIMObjectRep::setPath(const CIMObjectPath& path)
 }
 
 void CIMObjectRep::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     if (!includeQualifiers)
         qualifiers.clear();
+    const bool all = propertyList.isNull();
     for (Uint32 i = 0; i < properties.size();)
     {
-        CIMProperty& p = properties.at(i);
-        if (!propertyList.useThisProperty(p.getName()))
+        CIMPropertyRep& p = *properties.at(i)._rep;
+        if (!all && !propertyList.useThisProperty(p.name))
         {
             properties.remove(i);
             continue;
         }
-        if (!includeClassOrigin)
-            p.setClassOrigin(CIMName());
+        if (!includeClassOrigin && !p.classOrigin.isNull())
+            p.classOrigin.clear();
         if (!includeQualifiers)
         {
-            while (p.getQualifierCount() != 0)
-                p.removeQualifier(0);
+            while (p.qualifiers.size() != 0)
+                p.qualifiers.remove(0);
         }
         i++;
     }
@@ -146,12 +160,12 @@ Uint32 CIMObject::findProperty(const CIMName& name) const
 
 CIMProperty CIMObject::getProperty(Uint32 index)
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 CIMConstProperty CIMObject::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 void CIMObject::removeProperty(Uint32 index)
@@ -190,9 +204,7 @@ Boolean CIMObject::isInstance() const
 }
 
 void CIMObject::instanceFilter(
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     checkRep(_rep).instanceFilter(includeQualifiers, includeClassOrigin, propertyList);
 }
@@ -256,7 +268,7 @@ Uint32 CIMConstObject::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstObject::getProperty(Uint32 index) const
 {
-    return checkRep(_rep).properties.at(index);
+    return checkRep(_rep).propertyHandle(index);
 }
 
 Uint32 CIMConstObject::getPropertyCount() const

@@ -61,9 +61,7 @@ public:
     Boolean isClass() const;
     Boolean isInstance() const;
     void instanceFilter(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
 private:
     explicit CIMObject(std::shared_ptr<CIMObjectRep> rep);

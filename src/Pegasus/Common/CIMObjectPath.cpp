@@ -2,6 +2,7 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/StringConversion.h>
+#include <Pegasus/Common/ObjectPathHost.h>
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -56,145 +57,6 @@ inline void _unref(CIMObjectPathRep* rep)
         delete rep;
 }
 
-//
-// Host names
-//
-
-inline bool _isAsciiDigit(Uint16 c)
-{
-    return c >= '0' && c <= '9';
-}
-
-inline bool _isAsciiAlpha(Uint16 c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-// Four dot-separated groups of 1 to 3 digits, each at most 255.
-bool _isIPv4(const Char16* p, Uint32 n)
-{
-    Uint32 i = 0;
-    for (int group = 0; group < 4; ++group)
-    {
-        Uint32 value = 0;
-        Uint32 digits = 0;
-        while (i < n && _isAsciiDigit(p[i]))
-        {
-            if (++digits > 3)
-                return false;
-            value = value * 10 + (p[i++] - '0');
-        }
-        if (digits == 0 || value > 255)
-            return false;
-        if (group < 3 && (i >= n || p[i++] != '.'))
-            return false;
-    }
-    return i == n;
-}
-
-// Dot-separated labels of letters, digits, '-' and '_' (not starting with
-// '-'); the last label may not be all digits.
-bool _isHostName(const Char16* p, Uint32 n)
-{
-    Uint32 i = 0;
-    bool numeric = true;
-    for (;;)
-    {
-        if (i >= n || !(_isAsciiAlpha(p[i]) || _isAsciiDigit(p[i]) || p[i] == '_'))
-            return false;
-        numeric = true;
-        while (i < n && (_isAsciiAlpha(p[i]) || _isAsciiDigit(p[i]) || p[i] == '-' || p[i] == '_'))
-        {
-            if (!_isAsciiDigit(p[i]))
-                numeric = false;
-            ++i;
-        }
-        if (i < n && p[i] == '.')
-        {
-            ++i;
-            continue;
-        }
-        break;
-    }
-    return !numeric && i == n;
-}
-
-// An IPv6 address; a link-local one (fe80...) needs a known "%zone".
-bool _isIPv6(const String& text)
-{
-    String addr(text);
-    if (String::equalNoCase(addr.subString(0, 4), "fe80"))
-    {
-        Uint32 pct = addr.find('%');
-        if (pct == PEG_NOT_FOUND)
-            return false;
-        CString zone = addr.subString(pct + 1).getCString();
-        if (if_nametoindex(zone) == 0)
-            return false;
-        addr.remove(pct);
-    }
-    bool colon = false;
-    for (Uint32 i = 0; i < addr.size(); ++i)
-    {
-        if (Uint16(addr[i]) > 127)
-            return false;
-        colon = colon || addr[i] == ':';
-    }
-    if (!colon)
-        return false;
-    unsigned char buf[16];
-    return inet_pton(AF_INET6, addr.getCString(), buf) == 1;
-}
-
-// host[:port] where host is an IPv4 address, a host name or a bracketed
-// IPv6 address, and port (possibly empty) is a number up to 65535.
-bool _isValidHost(const String& host)
-{
-    const Char16* p = host.getChar16Data();
-    Uint32 n = host.size();
-    if (n == 0)
-        return false;
-    Uint32 i;
-    if (p[0] == '[')
-    {
-        Uint32 close = host.find(']');
-        if (close == PEG_NOT_FOUND || !_isIPv6(host.subString(1, close - 1)))
-            return false;
-        i = close + 1;
-    }
-    else
-    {
-        i = host.find(':');
-        if (i == PEG_NOT_FOUND)
-            i = n;
-        if (!_isIPv4(p, i) && !_isHostName(p, i))
-            return false;
-    }
-    if (i == n)
-        return true;
-    if (p[i] != ':')
-        return false;
-    Uint32 port = 0;
-    for (++i; i < n; ++i)
-    {
-        if (!_isAsciiDigit(p[i]))
-            return false;
-        port = port * 10 + (p[i] - '0');
-        if (port > 65535)
-            return false;
-    }
-    return true;
-}
-
-String _localHostName()
-{
-    char name[256] = "";
-    if (gethostname(name, sizeof(name) - 1) != 0)
-        return String();
-    name[sizeof(name) - 1] = '\0';
-    return String(name);
-}
-
 [[noreturn]] void _throwMalformed(const String& text, const char* reason)
 {
     String message(text);
@@ -216,7 +78,7 @@ String _localHostName()
 
 void _checkHost(const String& host)
 {
-    if (host.size() && !_isValidHost(host))
+    if (host.size() && !isValidObjectPathHost(host))
         _throwMalformed(host, "invalid hostname");
 }
 
@@ -257,6 +119,11 @@ void _normaliseReferences(Array<CIMKeyBinding>& keys)
 }
 
 // By name, ASCII case ignored (so digits < '_' < letters).
+bool _keyBefore(const CIMKeyBinding& a, const CIMKeyBinding& b)
+{
+    return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0;
+}
+
 void _sortKeys(Array<CIMKeyBinding>& keys)
 {
     Uint32 n = keys.size();
@@ -265,15 +132,31 @@ void _sortKeys(Array<CIMKeyBinding>& keys)
     const CIMKeyBinding* d = keys.getData();
     bool sorted = true;
     for (Uint32 i = 1; i < n && sorted; ++i)
-        sorted =
-            String::compareNoCase(d[i - 1].getName().getString(), d[i].getName().getString()) <= 0;
+        sorted = !_keyBefore(d[i], d[i - 1]);
     if (sorted)
         return;
-    CIMKeyBinding* first = &keys[0];
-    std::stable_sort(
-        first, first + n,
-        [](const CIMKeyBinding& a, const CIMKeyBinding& b)
-        { return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0; });
+    const Uint32 kFew = 16;
+    if (n > kFew)
+    {
+        CIMKeyBinding* first = &keys[0];
+        std::stable_sort(first, first + n, _keyBefore);
+        return;
+    }
+    // Paths have a few keys: their positions are sorted (stable insertion sort) and the
+    // keys copied once in that order, without sorting buffer or extra copies.
+    Uint32 order[kFew];
+    for (Uint32 i = 0; i < n; ++i)
+    {
+        Uint32 j = i;
+        for (; j > 0 && _keyBefore(d[i], d[order[j - 1]]); --j)
+            order[j] = order[j - 1];
+        order[j] = i;
+    }
+    Array<CIMKeyBinding> result;
+    result.reserveCapacity(n);
+    for (Uint32 i = 0; i < n; ++i)
+        result.append(d[order[i]]);
+    keys.swap(result);
 }
 
 bool _unsignedValue(const String& text, Uint64& x)
@@ -284,62 +167,6 @@ bool _unsignedValue(const String& text, Uint64& x)
 bool _signedValue(const String& text, Sint64& x)
 {
     return StringConversion::stringToSignedInteger(text.getCString(), x);
-}
-
-// Reads key text as a value of the given integer or real type, by the
-// rules of CIM-XML values; false if it does not fit.
-bool _numberValue(const String& text, CIMType type, CIMValue& out)
-{
-    CString c = text.getCString();
-    Uint64 u;
-    Sint64 s;
-    Real64 r;
-    switch (type)
-    {
-        case CIMTYPE_UINT8:
-        case CIMTYPE_UINT16:
-        case CIMTYPE_UINT32:
-        case CIMTYPE_UINT64:
-            if (!StringConversion::stringToUnsignedInteger(c, u) ||
-                !StringConversion::checkUintBounds(u, type))
-                return false;
-            if (type == CIMTYPE_UINT8)
-                out.set(Uint8(u));
-            else if (type == CIMTYPE_UINT16)
-                out.set(Uint16(u));
-            else if (type == CIMTYPE_UINT32)
-                out.set(Uint32(u));
-            else
-                out.set(Uint64(u));
-            return true;
-        case CIMTYPE_SINT8:
-        case CIMTYPE_SINT16:
-        case CIMTYPE_SINT32:
-        case CIMTYPE_SINT64:
-            if (!StringConversion::stringToSignedInteger(c, s) ||
-                !StringConversion::checkSintBounds(s, type))
-                return false;
-            if (type == CIMTYPE_SINT8)
-                out.set(Sint8(s));
-            else if (type == CIMTYPE_SINT16)
-                out.set(Sint16(s));
-            else if (type == CIMTYPE_SINT32)
-                out.set(Sint32(s));
-            else
-                out.set(Sint64(s));
-            return true;
-        case CIMTYPE_REAL32:
-        case CIMTYPE_REAL64:
-            if (!StringConversion::stringToReal64(c, r))
-                return false;
-            if (type == CIMTYPE_REAL32)
-                out.set(Real32(r));
-            else
-                out.set(r);
-            return true;
-        default:
-            return false;
-    }
 }
 
 //
@@ -398,7 +225,7 @@ private:
         if (slash == PEG_NOT_FOUND)
             _fail("missing slash after hostname");
         String name = _slice(2, slash);
-        if (!_isValidHost(name))
+        if (!isValidObjectPathHost(name))
             _fail("invalid hostname");
         host = name;
         _i = slash;
@@ -538,177 +365,6 @@ private:
 }  // namespace
 
 //
-// CIMKeyBinding
-//
-
-CIMKeyBinding::CIMKeyBinding() : _type(STRING)
-{
-}
-
-CIMKeyBinding::CIMKeyBinding(const CIMKeyBinding& x) = default;
-
-CIMKeyBinding::CIMKeyBinding(const CIMName& name, const String& value, Type type)
-    : _name(name), _value(value), _type(type)
-{
-}
-
-CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value)
-    : _name(name), _type(STRING)
-{
-    if (value.isArray())
-        throw TypeMismatchException();
-    switch (value.getType())
-    {
-        case CIMTYPE_BOOLEAN:
-            _type = BOOLEAN;
-            break;
-        case CIMTYPE_CHAR16:
-        case CIMTYPE_STRING:
-        case CIMTYPE_DATETIME:
-            _type = STRING;
-            break;
-        case CIMTYPE_REFERENCE:
-            _type = REFERENCE;
-            break;
-        case CIMTYPE_OBJECT:
-        case CIMTYPE_INSTANCE:
-            // embedded objects cannot be keys
-            throw TypeMismatchException();
-        default:
-            _type = NUMERIC;
-            break;
-    }
-    _value = value.toString();
-}
-
-CIMKeyBinding::~CIMKeyBinding()
-{
-}
-
-CIMKeyBinding& CIMKeyBinding::operator=(const CIMKeyBinding& x) = default;
-
-const CIMName& CIMKeyBinding::getName() const
-{
-    return _name;
-}
-
-void CIMKeyBinding::setName(const CIMName& name)
-{
-    _name = name;
-}
-
-const String& CIMKeyBinding::getValue() const
-{
-    return _value;
-}
-
-void CIMKeyBinding::setValue(const String& value)
-{
-    _value = value;
-}
-
-CIMKeyBinding::Type CIMKeyBinding::getType() const
-{
-    return _type;
-}
-
-void CIMKeyBinding::setType(Type type)
-{
-    _type = type;
-}
-
-Boolean CIMKeyBinding::equal(CIMValue value)
-{
-    if (value.isArray())
-        return false;
-    CIMValue mine;
-    try
-    {
-        switch (value.getType())
-        {
-            case CIMTYPE_CHAR16:
-                if (_type != STRING)
-                    return false;
-                mine.set(_value[0]);
-                break;
-            case CIMTYPE_DATETIME:
-                if (_type != STRING)
-                    return false;
-                mine.set(CIMDateTime(_value));
-                break;
-            case CIMTYPE_STRING:
-                if (_type != STRING)
-                    return false;
-                mine.set(_value);
-                break;
-            case CIMTYPE_REFERENCE:
-                if (_type != REFERENCE)
-                    return false;
-                mine.set(CIMObjectPath(_value));
-                break;
-            case CIMTYPE_BOOLEAN:
-                if (_type != BOOLEAN)
-                    return false;
-                if (String::equalNoCase(_value, "TRUE"))
-                    mine.set(true);
-                else if (String::equalNoCase(_value, "FALSE"))
-                    mine.set(false);
-                else
-                    return false;
-                break;
-            case CIMTYPE_OBJECT:
-            case CIMTYPE_INSTANCE:
-                return false;
-            default:
-                if (_type != NUMERIC || !_numberValue(_value, value.getType(), mine))
-                    return false;
-                break;
-        }
-    }
-    catch (const Exception&)
-    {
-        return false;
-    }
-    return value.equal(mine);
-}
-
-Boolean operator==(const CIMKeyBinding& x, const CIMKeyBinding& y)
-{
-    if (!x.getName().equal(y.getName()) || x.getType() != y.getType())
-        return false;
-    const String& a = x.getValue();
-    const String& b = y.getValue();
-    switch (x.getType())
-    {
-        case CIMKeyBinding::REFERENCE:
-            if (String::equal(a, b))
-                return true;
-            try
-            {
-                return CIMObjectPath(a).identical(CIMObjectPath(b));
-            }
-            catch (const Exception&)
-            {
-                return false;  // texts differ and do not both read as paths
-            }
-        case CIMKeyBinding::BOOLEAN:
-            return String::equalNoCase(a, b);
-        case CIMKeyBinding::NUMERIC:
-        {
-            Uint64 ua, ub;
-            if (_unsignedValue(a, ua) && _unsignedValue(b, ub))
-                return ua == ub;
-            Sint64 sa, sb;
-            if (_signedValue(a, sa) && _signedValue(b, sb))
-                return sa == sb;
-            return String::equal(a, b);
-        }
-        default:
-            return String::equal(a, b);
-    }
-}
-
-//
 // CIMObjectPath
 //
 
@@ -734,9 +390,7 @@ CIMObjectPath::CIMObjectPath(const String& objectName) : CIMObjectPath()
 }
 
 CIMObjectPath::CIMObjectPath(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+    const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
     : CIMObjectPath()
 {
@@ -780,9 +434,7 @@ void CIMObjectPath::clear()
 }
 
 void CIMObjectPath::set(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+    const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
 {
     _checkHost(host);
@@ -829,7 +481,7 @@ const String& CIMObjectPath::getHost() const
 void CIMObjectPath::setHost(const String& host)
 {
     // The local host name is accepted as it is, whatever its form.
-    if (host.size() && !_isValidHost(host) && !String::equal(host, _localHostName()))
+    if (host.size() && !isValidObjectPathHost(host) && !String::equal(host, localHostName()))
         _throwMalformed(host, "invalid hostname");
     _unshare();
     _rep->host = host;

@@ -71,9 +71,7 @@ public:
     CIMObjectPath(const String& objectName);
     // Key bindings are sorted by name; REFERENCE values are normalised.
     CIMObjectPath(
-        const String& host,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
+        const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
         const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());
     ~CIMObjectPath();
 
@@ -83,9 +81,7 @@ public:
 
     void clear();
     void
-    set(const String& host,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
+    set(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
         const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());
     void set(const String& objectName);
 

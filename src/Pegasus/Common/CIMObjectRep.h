@@ -15,6 +15,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class CIMConstClass;
+class PropertyBlock;
 
 class CIMObjectRep
 {
@@ -32,15 +33,19 @@ public:
     virtual void addProperty(const CIMProperty& x);
 
     const CIMName& getClassName() const { return reference.getClassName(); }
+    // A handle to hand out on the property at index (IndexOutOfBoundsException past the
+    // end): an uncounted one of the list is made to share the ownership of the block.
+    CIMProperty propertyHandle(Uint32 index) const;
     // Class must be non-null (UninitializedObjectException) and equal to the
     // object's class ignoring case (TypeMismatchException).
     void setPath(const CIMObjectPath& path);
     void instanceFilter(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     CIMObjectPath reference;
+    // Where buildInstance made the properties, when it did: held for the uncounted handles
+    // of `properties` (declared first, so that it goes after them).
+    std::shared_ptr<PropertyBlock> propertyBlock;
     NamedElementList<CIMQualifier> qualifiers{"qualifier"};
     NamedElementList<CIMProperty> properties{"property"};
 };
@@ -49,6 +54,8 @@ class CIMInstanceRep final : public CIMObjectRep
 {
 public:
     explicit CIMInstanceRep(const CIMName& className);
+    // An instance of the class whose (class-only) path is given, sharing it.
+    explicit CIMInstanceRep(const CIMObjectPath& classPath);
     CIMInstanceRep(const CIMInstanceRep& x) = default;
 
     std::shared_ptr<CIMObjectRep> cloneObject() const override;
@@ -74,8 +81,7 @@ public:
     void getKeyNames(Array<CIMName>& keyNames) const;
     bool hasKeys() const;
     std::shared_ptr<CIMInstanceRep> buildInstance(
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
 
     CIMName superClassName;

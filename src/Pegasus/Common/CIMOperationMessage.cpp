@@ -96,9 +96,7 @@ void setFlag(CIMOperationRequest& r, P param, Boolean value)
 }
 
 void setQualifierFlags(
-    CIMOperationRequest& r,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin)
+    CIMOperationRequest& r, Boolean includeQualifiers, Boolean includeClassOrigin)
 {
     setFlag(r, P::IncludeQualifiers, includeQualifiers);
     setFlag(r, P::IncludeClassOrigin, includeClassOrigin);
@@ -114,11 +112,8 @@ void setPropertyList(CIMOperationRequest& r, const CIMPropertyList& list)
 }
 
 void setAssociationFilters(
-    CIMOperationRequest& r,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
+    CIMOperationRequest& r, const CIMName& assocClass, const CIMName& resultClass,
+    const String& role, const String& resultRole)
 {
     if (!assocClass.isNull())
     {
@@ -168,18 +163,14 @@ void setOpenParameters(CIMOperationRequest& r, const CIMOpenParameters& open)
 }
 
 void setInstanceFlags(
-    CIMOperationRequest& r,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMOperationRequest& r, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     setFlag(r, P::IncludeClassOrigin, includeClassOrigin);
     setPropertyList(r, propertyList);
 }
 
 CIMOperationRequest onContext(
-    CIMOperationType operation,
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext)
+    CIMOperationType operation, const CIMNamespaceName& nameSpace, const String& enumerationContext)
 {
     CIMOperationRequest r = intrinsic(operation, nameSpace);
     r.enumerationContext = enumerationContext;
@@ -188,9 +179,7 @@ CIMOperationRequest onContext(
 }
 
 CIMOperationRequest pull(
-    CIMOperationType operation,
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext,
+    CIMOperationType operation, const CIMNamespaceName& nameSpace, const String& enumerationContext,
     Uint32 maxObjectCount)
 {
     CIMOperationRequest r = onContext(operation, nameSpace, enumerationContext);
@@ -232,12 +221,8 @@ String cimOperationFunctionName(CIMOperationType operation)
 }
 
 CIMOperationRequest CIMOperationRequest::getClass(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::GetClass, nameSpace);
     setClassName(r, className);
@@ -248,12 +233,8 @@ CIMOperationRequest CIMOperationRequest::getClass(
 }
 
 CIMOperationRequest CIMOperationRequest::enumerateClasses(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::EnumerateClasses, nameSpace);
     setOptionalClassName(r, className);
@@ -264,9 +245,7 @@ CIMOperationRequest CIMOperationRequest::enumerateClasses(
 }
 
 CIMOperationRequest CIMOperationRequest::enumerateClassNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::EnumerateClassNames, nameSpace);
     setOptionalClassName(r, className);
@@ -301,12 +280,8 @@ CIMOperationRequest::deleteClass(const CIMNamespaceName& nameSpace, const CIMNam
 }
 
 CIMOperationRequest CIMOperationRequest::getInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::GetInstance, nameSpace);
     setObjectName(r, P::InstanceName, instanceName);
@@ -317,12 +292,8 @@ CIMOperationRequest CIMOperationRequest::getInstance(
 }
 
 CIMOperationRequest CIMOperationRequest::enumerateInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::EnumerateInstances, nameSpace);
@@ -335,8 +306,7 @@ CIMOperationRequest CIMOperationRequest::enumerateInstances(
 }
 
 CIMOperationRequest CIMOperationRequest::enumerateInstanceNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+    const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::EnumerateInstanceNames, nameSpace);
     setClassName(r, className);
@@ -344,8 +314,7 @@ CIMOperationRequest CIMOperationRequest::enumerateInstanceNames(
 }
 
 CIMOperationRequest CIMOperationRequest::createInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& newInstance)
+    const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::CreateInstance, nameSpace);
     r.instance = newInstance;
@@ -354,10 +323,8 @@ CIMOperationRequest CIMOperationRequest::createInstance(
 }
 
 CIMOperationRequest CIMOperationRequest::modifyInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers, const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::ModifyInstance, nameSpace);
     r.instance = modifiedInstance;
@@ -368,8 +335,7 @@ CIMOperationRequest CIMOperationRequest::modifyInstance(
 }
 
 CIMOperationRequest CIMOperationRequest::deleteInstance(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::DeleteInstance, nameSpace);
     setObjectName(r, P::InstanceName, instanceName);
@@ -377,9 +343,7 @@ CIMOperationRequest CIMOperationRequest::deleteInstance(
 }
 
 CIMOperationRequest CIMOperationRequest::execQuery(
-    const CIMNamespaceName& nameSpace,
-    const String& queryLanguage,
-    const String& query)
+    const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::ExecQuery, nameSpace);
     r.queryLanguage = queryLanguage;
@@ -390,15 +354,9 @@ CIMOperationRequest CIMOperationRequest::execQuery(
 }
 
 CIMOperationRequest CIMOperationRequest::associators(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::Associators, nameSpace);
     setObjectName(r, P::ObjectName, objectName);
@@ -409,12 +367,8 @@ CIMOperationRequest CIMOperationRequest::associators(
 }
 
 CIMOperationRequest CIMOperationRequest::associatorNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::AssociatorNames, nameSpace);
     setObjectName(r, P::ObjectName, objectName);
@@ -423,12 +377,8 @@ CIMOperationRequest CIMOperationRequest::associatorNames(
 }
 
 CIMOperationRequest CIMOperationRequest::references(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::References, nameSpace);
@@ -440,9 +390,7 @@ CIMOperationRequest CIMOperationRequest::references(
 }
 
 CIMOperationRequest CIMOperationRequest::referenceNames(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
     const String& role)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::ReferenceNames, nameSpace);
@@ -452,8 +400,7 @@ CIMOperationRequest CIMOperationRequest::referenceNames(
 }
 
 CIMOperationRequest CIMOperationRequest::getProperty(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
     const CIMName& propertyName)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::GetProperty, nameSpace);
@@ -464,10 +411,8 @@ CIMOperationRequest CIMOperationRequest::getProperty(
 }
 
 CIMOperationRequest CIMOperationRequest::setProperty(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& propertyName,
-    const CIMValue& newValue)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+    const CIMName& propertyName, const CIMValue& newValue)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::SetProperty, nameSpace);
     setObjectName(r, P::InstanceName, instanceName);
@@ -481,9 +426,7 @@ CIMOperationRequest CIMOperationRequest::setProperty(
 }
 
 CIMOperationRequest CIMOperationRequest::invokeMethod(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, const CIMName& methodName,
     const Array<CIMParamValue>& inParameters)
 {
     CIMOperationRequest r;
@@ -496,12 +439,8 @@ CIMOperationRequest CIMOperationRequest::invokeMethod(
 }
 
 CIMOperationRequest CIMOperationRequest::openEnumerateInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const CIMOpenParameters& open)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenEnumerateInstances, nameSpace);
     setClassName(r, className);
@@ -512,9 +451,7 @@ CIMOperationRequest CIMOperationRequest::openEnumerateInstances(
 }
 
 CIMOperationRequest CIMOperationRequest::openEnumerateInstancePaths(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    const CIMOpenParameters& open)
+    const CIMNamespaceName& nameSpace, const CIMName& className, const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenEnumerateInstancePaths, nameSpace);
     setClassName(r, className);
@@ -523,12 +460,8 @@ CIMOperationRequest CIMOperationRequest::openEnumerateInstancePaths(
 }
 
 CIMOperationRequest CIMOperationRequest::openReferenceInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenReferenceInstances, nameSpace);
@@ -540,11 +473,8 @@ CIMOperationRequest CIMOperationRequest::openReferenceInstances(
 }
 
 CIMOperationRequest CIMOperationRequest::openReferenceInstancePaths(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const CIMOpenParameters& open)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenReferenceInstancePaths, nameSpace);
     setObjectName(r, P::InstanceName, objectName);
@@ -554,15 +484,9 @@ CIMOperationRequest CIMOperationRequest::openReferenceInstancePaths(
 }
 
 CIMOperationRequest CIMOperationRequest::openAssociatorInstances(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const CIMOpenParameters& open)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenAssociatorInstances, nameSpace);
     setObjectName(r, P::InstanceName, objectName);
@@ -573,12 +497,8 @@ CIMOperationRequest CIMOperationRequest::openAssociatorInstances(
 }
 
 CIMOperationRequest CIMOperationRequest::openAssociatorInstancePaths(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole,
     const CIMOpenParameters& open)
 {
     CIMOperationRequest r = intrinsic(CIMOperationType::OpenAssociatorInstancePaths, nameSpace);
@@ -589,32 +509,26 @@ CIMOperationRequest CIMOperationRequest::openAssociatorInstancePaths(
 }
 
 CIMOperationRequest CIMOperationRequest::pullInstancesWithPath(
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext,
-    Uint32 maxObjectCount)
+    const CIMNamespaceName& nameSpace, const String& enumerationContext, Uint32 maxObjectCount)
 {
     return pull(
         CIMOperationType::PullInstancesWithPath, nameSpace, enumerationContext, maxObjectCount);
 }
 
 CIMOperationRequest CIMOperationRequest::pullInstancePaths(
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext,
-    Uint32 maxObjectCount)
+    const CIMNamespaceName& nameSpace, const String& enumerationContext, Uint32 maxObjectCount)
 {
     return pull(CIMOperationType::PullInstancePaths, nameSpace, enumerationContext, maxObjectCount);
 }
 
 CIMOperationRequest CIMOperationRequest::closeEnumeration(
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext)
+    const CIMNamespaceName& nameSpace, const String& enumerationContext)
 {
     return onContext(CIMOperationType::CloseEnumeration, nameSpace, enumerationContext);
 }
 
 CIMOperationRequest CIMOperationRequest::enumerationCount(
-    const CIMNamespaceName& nameSpace,
-    const String& enumerationContext)
+    const CIMNamespaceName& nameSpace, const String& enumerationContext)
 {
     return onContext(CIMOperationType::EnumerationCount, nameSpace, enumerationContext);
 }

@@ -167,23 +167,13 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
     // The request each CIMClient / CIMOMHandle operation sends, from its arguments. What is
     // optional (a null class name or property list, an empty role) is left out.
     static CIMOperationRequest getClass(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     static CIMOperationRequest enumerateClasses(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin);
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin);
     static CIMOperationRequest enumerateClassNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance);
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance);
     static CIMOperationRequest
     createClass(const CIMNamespaceName& nameSpace, const CIMClass& newClass);
     static CIMOperationRequest
@@ -191,130 +181,76 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
     static CIMOperationRequest
     deleteClass(const CIMNamespaceName& nameSpace, const CIMName& className);
     static CIMOperationRequest getInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     static CIMOperationRequest enumerateInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
     static CIMOperationRequest
     enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className);
     static CIMOperationRequest
     createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance);
     static CIMOperationRequest modifyInstance(
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers,
-        const CIMPropertyList& propertyList);
+        const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers, const CIMPropertyList& propertyList);
     static CIMOperationRequest
     deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName);
     static CIMOperationRequest
     execQuery(const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query);
     static CIMOperationRequest associators(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
     static CIMOperationRequest associatorNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
         const String& resultRole);
     static CIMOperationRequest references(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     static CIMOperationRequest referenceNames(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role);
     static CIMOperationRequest getProperty(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
         const CIMName& propertyName);
     static CIMOperationRequest setProperty(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName,
-        const CIMValue& newValue);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& propertyName, const CIMValue& newValue);
     static CIMOperationRequest invokeMethod(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters);
 
     // The pulled enumerations. The open operations' object name travels as InstanceName.
     static CIMOperationRequest openEnumerateInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         const CIMOpenParameters& open);
     static CIMOperationRequest openEnumerateInstancePaths(
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        const CIMOpenParameters& open);
+        const CIMNamespaceName& nameSpace, const CIMName& className, const CIMOpenParameters& open);
     static CIMOperationRequest openReferenceInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        const CIMOpenParameters& open);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, const CIMOpenParameters& open);
     static CIMOperationRequest openReferenceInstancePaths(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        const CIMOpenParameters& open);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, const CIMOpenParameters& open);
     static CIMOperationRequest openAssociatorInstances(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         const CIMOpenParameters& open);
     static CIMOperationRequest openAssociatorInstancePaths(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        const CIMOpenParameters& open);
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, const CIMOpenParameters& open);
     static CIMOperationRequest pullInstancesWithPath(
-        const CIMNamespaceName& nameSpace,
-        const String& enumerationContext,
-        Uint32 maxObjectCount);
+        const CIMNamespaceName& nameSpace, const String& enumerationContext, Uint32 maxObjectCount);
     static CIMOperationRequest pullInstancePaths(
-        const CIMNamespaceName& nameSpace,
-        const String& enumerationContext,
-        Uint32 maxObjectCount);
+        const CIMNamespaceName& nameSpace, const String& enumerationContext, Uint32 maxObjectCount);
     static CIMOperationRequest
     closeEnumeration(const CIMNamespaceName& nameSpace, const String& enumerationContext);
     static CIMOperationRequest

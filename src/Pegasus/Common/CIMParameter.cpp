@@ -8,10 +8,7 @@ class CIMParameterRep
 {
 public:
     CIMParameterRep(
-        const CIMName& name_,
-        CIMType type_,
-        Boolean isArray_,
-        Uint32 arraySize_,
+        const CIMName& name_, CIMType type_, Boolean isArray_, Uint32 arraySize_,
         const CIMName& referenceClassName_)
         : name(name_),
           type(type_),
@@ -63,10 +60,7 @@ CIMParameter::~CIMParameter() = default;
 CIMParameter& CIMParameter::operator=(const CIMParameter& x) = default;
 
 CIMParameter::CIMParameter(
-    const CIMName& name,
-    CIMType type,
-    Boolean isArray,
-    Uint32 arraySize,
+    const CIMName& name, CIMType type, Boolean isArray, Uint32 arraySize,
     const CIMName& referenceClassName)
     : _rep(std::make_shared<CIMParameterRep>(name, type, isArray, arraySize, referenceClassName))
 {
@@ -177,10 +171,7 @@ CIMConstParameter::CIMConstParameter(const CIMParameter& x) : _rep(x._rep)
 }
 
 CIMConstParameter::CIMConstParameter(
-    const CIMName& name,
-    CIMType type,
-    Boolean isArray,
-    Uint32 arraySize,
+    const CIMName& name, CIMType type, Boolean isArray, Uint32 arraySize,
     const CIMName& referenceClassName)
     : _rep(std::make_shared<CIMParameterRep>(name, type, isArray, arraySize, referenceClassName))
 {

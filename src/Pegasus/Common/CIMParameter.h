@@ -26,10 +26,7 @@ public:
     // TypeMismatchException for an arraySize on a non-array, or when a
     // reference type and a referenceClassName do not come together.
     CIMParameter(
-        const CIMName& name,
-        CIMType type,
-        Boolean isArray = false,
-        Uint32 arraySize = 0,
+        const CIMName& name, CIMType type, Boolean isArray = false, Uint32 arraySize = 0,
         const CIMName& referenceClassName = CIMName());
     ~CIMParameter();
     CIMParameter& operator=(const CIMParameter& x);
@@ -71,10 +68,7 @@ public:
     CIMConstParameter(const CIMConstParameter& x);
     CIMConstParameter(const CIMParameter& x);
     CIMConstParameter(
-        const CIMName& name,
-        CIMType type,
-        Boolean isArray = false,
-        Uint32 arraySize = 0,
+        const CIMName& name, CIMType type, Boolean isArray = false, Uint32 arraySize = 0,
         const CIMName& referenceClassName = CIMName());
     ~CIMConstParameter();
     CIMConstParameter& operator=(const CIMConstParameter& x);

@@ -1,75 +1,8 @@
 #include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Common/CIMPropertyRep.h>
 #include <Pegasus/Common/CheckRep.h>
-#include <Pegasus/Common/NamedElementList.h>
 
 PEGASUS_NAMESPACE_BEGIN
-
-class CIMPropertyRep
-{
-public:
-    CIMPropertyRep(
-        const CIMName& name_,
-        const CIMValue& value_,
-        Uint32 arraySize_,
-        const CIMName& referenceClassName_,
-        const CIMName& classOrigin_,
-        Boolean propagated_)
-        : name(name_),
-          value(value_),
-          arraySize(arraySize_),
-          referenceClassName(referenceClassName_),
-          classOrigin(classOrigin_),
-          propagated(propagated_)
-    {
-        if (name.isNull())
-            throw UninitializedObjectException();
-        if (arraySize != 0 && (!value.isArray() || value.getArraySize() != arraySize))
-        {
-            throw TypeMismatchException();
-        }
-        checkNoReferenceArray(value);
-        if (!referenceClassName.isNull() && value.getType() != CIMTYPE_REFERENCE)
-        {
-            throw TypeMismatchException();
-        }
-    }
-
-    // A clone: same data, its own qualifier copies, in no container.
-    CIMPropertyRep(const CIMPropertyRep& x)
-        : name(x.name),
-          value(x.value),
-          arraySize(x.arraySize),
-          referenceClassName(x.referenceClassName),
-          classOrigin(x.classOrigin),
-          propagated(x.propagated)
-    {
-        x.qualifiers.cloneTo(qualifiers);
-    }
-
-    // CIM has no arrays of references.
-    static void checkNoReferenceArray(const CIMValue& v)
-    {
-        if (v.isArray() && v.getType() == CIMTYPE_REFERENCE)
-            throw TypeMismatchException();
-    }
-
-    bool identical(const CIMPropertyRep& x) const
-    {
-        return this == &x || (name.equal(x.name) && value == x.value &&
-                              referenceClassName.equal(x.referenceClassName) &&
-                              qualifiers.identical(x.qualifiers) &&
-                              classOrigin.equal(x.classOrigin) && propagated == x.propagated);
-    }
-
-    CIMName name;
-    CIMValue value;
-    Uint32 arraySize;
-    CIMName referenceClassName;
-    CIMName classOrigin;
-    Boolean propagated;
-    NamedElementList<CIMQualifier> qualifiers{"qualifier"};
-    int ownerCount = 0;
-};
 
 // CIMProperty
 
@@ -79,14 +12,10 @@ CIMProperty::~CIMProperty() = default;
 CIMProperty& CIMProperty::operator=(const CIMProperty& x) = default;
 
 CIMProperty::CIMProperty(
-    const CIMName& name,
-    const CIMValue& value,
-    Uint32 arraySize,
-    const CIMName& referenceClassName,
-    const CIMName& classOrigin,
-    Boolean propagated)
-    : _rep(std::make_shared<
-           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    const CIMName& name, const CIMValue& value, Uint32 arraySize, const CIMName& referenceClassName,
+    const CIMName& classOrigin, Boolean propagated)
+    : _rep(std::make_shared<CIMPropertyRep>(
+          name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 
@@ -231,14 +160,10 @@ CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
 }
 
 CIMConstProperty::CIMConstProperty(
-    const CIMName& name,
-    const CIMValue& value,
-    Uint32 arraySize,
-    const CIMName& referenceClassName,
-    const CIMName& classOrigin,
-    Boolean propagated)
-    : _rep(std::make_shared<
-           CIMPropertyRep>(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    const CIMName& name, const CIMValue& value, Uint32 arraySize, const CIMName& referenceClassName,
+    const CIMName& classOrigin, Boolean propagated)
+    : _rep(std::make_shared<CIMPropertyRep>(
+          name, value, arraySize, referenceClassName, classOrigin, propagated))
 {
 }
 

@@ -28,11 +28,8 @@ public:
     // an array of that size, when the value is an array of references, or
     // when referenceClassName is given for a non-reference value.
     CIMProperty(
-        const CIMName& name,
-        const CIMValue& value,
-        Uint32 arraySize = 0,
-        const CIMName& referenceClassName = CIMName(),
-        const CIMName& classOrigin = CIMName(),
+        const CIMName& name, const CIMValue& value, Uint32 arraySize = 0,
+        const CIMName& referenceClassName = CIMName(), const CIMName& classOrigin = CIMName(),
         Boolean propagated = false);
     ~CIMProperty();
     CIMProperty& operator=(const CIMProperty& x);
@@ -74,6 +71,9 @@ private:
     std::shared_ptr<CIMPropertyRep> _rep;
 
     friend class CIMConstProperty;
+    friend class CIMObjectRep;
+    friend class CIMClassRep;
+    friend class ObjectReader;
     friend class ResultFilter;
     template <class H>
     friend class NamedElementList;
@@ -86,11 +86,8 @@ public:
     CIMConstProperty(const CIMConstProperty& x);
     CIMConstProperty(const CIMProperty& x);
     CIMConstProperty(
-        const CIMName& name,
-        const CIMValue& value,
-        Uint32 arraySize = 0,
-        const CIMName& referenceClassName = CIMName(),
-        const CIMName& classOrigin = CIMName(),
+        const CIMName& name, const CIMValue& value, Uint32 arraySize = 0,
+        const CIMName& referenceClassName = CIMName(), const CIMName& classOrigin = CIMName(),
         Boolean propagated = false);
     ~CIMConstProperty();
     CIMConstProperty& operator=(const CIMConstProperty& x);

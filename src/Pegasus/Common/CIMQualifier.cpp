@@ -7,10 +7,7 @@ class CIMQualifierRep
 {
 public:
     CIMQualifierRep(
-        const CIMName& name_,
-        const CIMValue& value_,
-        const CIMFlavor& flavor_,
-        Boolean propagated_)
+        const CIMName& name_, const CIMValue& value_, const CIMFlavor& flavor_, Boolean propagated_)
         : name(name_), value(value_), flavor(flavor_), propagated(propagated_)
     {
         if (name.isNull())
@@ -44,10 +41,7 @@ CIMQualifier::~CIMQualifier() = default;
 CIMQualifier& CIMQualifier::operator=(const CIMQualifier& x) = default;
 
 CIMQualifier::CIMQualifier(
-    const CIMName& name,
-    const CIMValue& value,
-    const CIMFlavor& flavor,
-    Boolean propagated)
+    const CIMName& name, const CIMValue& value, const CIMFlavor& flavor, Boolean propagated)
     : _rep(std::make_shared<CIMQualifierRep>(name, value, flavor, propagated))
 {
 }
@@ -151,10 +145,7 @@ CIMConstQualifier::CIMConstQualifier(const CIMQualifier& x) : _rep(x._rep)
 }
 
 CIMConstQualifier::CIMConstQualifier(
-    const CIMName& name,
-    const CIMValue& value,
-    const CIMFlavor& flavor,
-    Boolean propagated)
+    const CIMName& name, const CIMValue& value, const CIMFlavor& flavor, Boolean propagated)
     : _rep(std::make_shared<CIMQualifierRep>(name, value, flavor, propagated))
 {
 }

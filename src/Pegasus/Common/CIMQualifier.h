@@ -28,10 +28,8 @@ public:
     CIMQualifier(const CIMQualifier& x);
     // A null name throws UninitializedObjectException.
     CIMQualifier(
-        const CIMName& name,
-        const CIMValue& value,
-        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::NONE),
-        Boolean propagated = false);
+        const CIMName& name, const CIMValue& value,
+        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::NONE), Boolean propagated = false);
     ~CIMQualifier();
     CIMQualifier& operator=(const CIMQualifier& x);
 
@@ -72,10 +70,8 @@ public:
     CIMConstQualifier(const CIMConstQualifier& x);
     CIMConstQualifier(const CIMQualifier& x);
     CIMConstQualifier(
-        const CIMName& name,
-        const CIMValue& value,
-        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::NONE),
-        Boolean propagated = false);
+        const CIMName& name, const CIMValue& value,
+        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::NONE), Boolean propagated = false);
     ~CIMConstQualifier();
     CIMConstQualifier& operator=(const CIMConstQualifier& x);
     CIMConstQualifier& operator=(const CIMQualifier& x);

@@ -7,11 +7,8 @@ class CIMQualifierDeclRep
 {
 public:
     CIMQualifierDeclRep(
-        const CIMName& name_,
-        const CIMValue& value_,
-        const CIMScope& scope_,
-        const CIMFlavor& flavor_,
-        Uint32 arraySize_)
+        const CIMName& name_, const CIMValue& value_, const CIMScope& scope_,
+        const CIMFlavor& flavor_, Uint32 arraySize_)
         : name(name_), value(value_), scope(scope_), flavor(flavor_), arraySize(arraySize_)
     {
         if (name.isNull())
@@ -50,10 +47,7 @@ CIMQualifierDecl::~CIMQualifierDecl() = default;
 CIMQualifierDecl& CIMQualifierDecl::operator=(const CIMQualifierDecl& x) = default;
 
 CIMQualifierDecl::CIMQualifierDecl(
-    const CIMName& name,
-    const CIMValue& value,
-    const CIMScope& scope,
-    const CIMFlavor& flavor,
+    const CIMName& name, const CIMValue& value, const CIMScope& scope, const CIMFlavor& flavor,
     Uint32 arraySize)
     : _rep(std::make_shared<CIMQualifierDeclRep>(name, value, scope, flavor, arraySize))
 {
@@ -138,10 +132,7 @@ CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMQualifierDecl& x) : _rep(x
 }
 
 CIMConstQualifierDecl::CIMConstQualifierDecl(
-    const CIMName& name,
-    const CIMValue& value,
-    const CIMScope& scope,
-    const CIMFlavor& flavor,
+    const CIMName& name, const CIMValue& value, const CIMScope& scope, const CIMFlavor& flavor,
     Uint32 arraySize)
     : _rep(std::make_shared<CIMQualifierDeclRep>(name, value, scope, flavor, arraySize))
 {

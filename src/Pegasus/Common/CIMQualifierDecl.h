@@ -28,11 +28,8 @@ public:
     // completed: TOSUBCLASS unless RESTRICTED, ENABLEOVERRIDE unless
     // DISABLEOVERRIDE (and the contradicting bit removed otherwise).
     CIMQualifierDecl(
-        const CIMName& name,
-        const CIMValue& value,
-        const CIMScope& scope,
-        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::DEFAULTS),
-        Uint32 arraySize = 0);
+        const CIMName& name, const CIMValue& value, const CIMScope& scope,
+        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::DEFAULTS), Uint32 arraySize = 0);
     ~CIMQualifierDecl();
     CIMQualifierDecl& operator=(const CIMQualifierDecl& x);
 
@@ -65,11 +62,8 @@ public:
     CIMConstQualifierDecl(const CIMConstQualifierDecl& x);
     CIMConstQualifierDecl(const CIMQualifierDecl& x);
     CIMConstQualifierDecl(
-        const CIMName& name,
-        const CIMValue& value,
-        const CIMScope& scope,
-        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::DEFAULTS),
-        Uint32 arraySize = 0);
+        const CIMName& name, const CIMValue& value, const CIMScope& scope,
+        const CIMFlavor& flavor = CIMFlavor(CIMFlavor::DEFAULTS), Uint32 arraySize = 0);
     ~CIMConstQualifierDecl();
     CIMConstQualifierDecl& operator=(const CIMConstQualifierDecl& x);
     CIMConstQualifierDecl& operator=(const CIMQualifierDecl& x);

@@ -3,8 +3,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 CIMResponseCollector::CIMResponseCollector(
-    CIMOperationType operation,
-    CIMOperationResponse& response)
+    CIMOperationType operation, CIMOperationResponse& response)
     : _operation(operation), _response(response)
 {
 }
@@ -41,8 +40,7 @@ void CIMResponseCollector::deliverObject(const CIMObject& object)
 }
 
 void CIMResponseCollector::complete(
-    const CIMValue& returnValue,
-    const Array<CIMParamValue>& outParameters)
+    const CIMValue& returnValue, const Array<CIMParamValue>& outParameters)
 {
     _response.value = returnValue;
     _response.outParameters = outParameters;

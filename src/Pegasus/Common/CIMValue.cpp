@@ -4,9 +4,10 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstring>
+#include <new>
 #include <type_traits>
 #include <utility>
-#include <variant>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -100,130 +101,125 @@ struct TypeTraits<CIMInstance>
     static const CIMType type = CIMTYPE_INSTANCE;
 };
 
-typedef std::variant<
-    std::monostate,
-    Boolean,
-    Uint8,
-    Sint8,
-    Uint16,
-    Sint16,
-    Uint32,
-    Sint32,
-    Uint64,
-    Sint64,
-    Real32,
-    Real64,
-    Char16,
-    String,
-    CIMDateTime,
-    CIMObjectPath,
-    CIMObject,
-    CIMInstance,
-    Array<Boolean>,
-    Array<Uint8>,
-    Array<Sint8>,
-    Array<Uint16>,
-    Array<Sint16>,
-    Array<Uint32>,
-    Array<Sint32>,
-    Array<Uint64>,
-    Array<Sint64>,
-    Array<Real32>,
-    Array<Real64>,
-    Array<Char16>,
-    Array<String>,
-    Array<CIMDateTime>,
-    Array<CIMObjectPath>,
-    Array<CIMObject>,
-    Array<CIMInstance>>
-    Variant;
-}  // namespace
+//
+// Storage of each type in the payload
+//
 
-// Immutable once built: set() replaces the whole representation, so copies
-// share it freely.
-class CIMValueRep
+// CIMDateTime, CIMObject and CIMInstance do not fit the payload: they live in a counted box
+// that copies of the value share (a value never changes once set).
+template <class T>
+struct Box
 {
-public:
-    template <class V>
-    CIMValueRep(CIMType t, bool array, Uint32 size, V&& v)
-        : refs(1),
-          type(t),
-          isArray(array),
-          isNull(false),
-          arraySize(size),
-          value(std::forward<V>(v))
-    {
-    }
-
+    explicit Box(const T& x) : refs(1), value(x) {}
     std::atomic<Uint32> refs;
-    CIMType type;
-    bool isArray;
-    bool isNull;
-    Uint32 arraySize;  // kept for typed null arrays
-    Variant value;
+    T value;
 };
 
-namespace
-{
-inline void _unref(CIMValueRep* rep)
-{
-    if (rep && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete rep;
-}
+template <class T>
+constexpr bool isBoxed = std::is_same_v<T, CIMDateTime> || std::is_same_v<T, CIMObject> ||
+                         std::is_same_v<T, CIMInstance>;
 
-inline void _replace(CIMValueRep*& rep, CIMValueRep* by)
+// Everything else is constructed in place: the simple scalars, and String, CIMObjectPath and
+// Array<T>, each a single counted pointer.
+template <class T>
+struct Slot
 {
-    _unref(rep);
-    rep = by;
-}
+    static_assert(sizeof(T) <= sizeof(void*) && alignof(T) <= alignof(void*), "fits the payload");
+
+    static const T& ref(const unsigned char* p)
+    {
+        return *std::launder(reinterpret_cast<const T*>(p));
+    }
+    static T& ref(unsigned char* p) { return *std::launder(reinterpret_cast<T*>(p)); }
+    static void construct(unsigned char* p, const T& x) { new (p) T(x); }
+    static void copy(unsigned char* to, const unsigned char* from) { new (to) T(ref(from)); }
+    static void move(unsigned char* to, unsigned char* from) noexcept
+    {
+        new (to) T(std::move(ref(from)));
+        ref(from).~T();
+    }
+    static void destroy(unsigned char* p) noexcept { ref(p).~T(); }
+};
 
 template <class T>
-struct ElementOf
+struct BoxSlot
+{
+    static Box<T>* box(const unsigned char* p)
+    {
+        Box<T>* b;
+        std::memcpy(&b, p, sizeof b);
+        return b;
+    }
+    static const T& ref(const unsigned char* p) { return box(p)->value; }
+    static void construct(unsigned char* p, const T& x)
+    {
+        Box<T>* b = new Box<T>(x);
+        std::memcpy(p, &b, sizeof b);
+    }
+    static void copy(unsigned char* to, const unsigned char* from)
+    {
+        box(from)->refs.fetch_add(1, std::memory_order_relaxed);
+        std::memcpy(to, from, sizeof(void*));
+    }
+    static void move(unsigned char* to, unsigned char* from) noexcept
+    {
+        std::memcpy(to, from, sizeof(void*));
+    }
+    static void destroy(unsigned char* p) noexcept
+    {
+        Box<T>* b = box(p);
+        if (b->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete b;
+    }
+};
+
+template <class T>
+using SlotOf = std::conditional_t<isBoxed<T>, BoxSlot<T>, Slot<T>>;
+
+template <class T>
+struct Tag
 {
     typedef T type;
 };
-template <class T>
-struct ElementOf<Array<T>>
-{
-    typedef T type;
-};
 
-template <class V>
-CIMValueRep* _makeRep(bool array, Uint32 size, const V& v)
+// Calls f(Tag<V>()) with V the stored type of a value of this type and array-ness.
+template <class F>
+void _visit(Uint8 type, Uint8 isArray, F&& f)
 {
-    return new CIMValueRep(
-        TypeTraits<typename ElementOf<V>::type>::type, array, size,
-        Variant(std::in_place_type<V>, v));
+    switch (CIMType(type))
+    {
+#define PEGASUS_VALUE_CASE(tag, T)                                                                 \
+    case tag:                                                                                      \
+        if (isArray)                                                                               \
+            f(Tag<Array<T>>());                                                                    \
+        else                                                                                       \
+            f(Tag<T>());                                                                           \
+        return;
+        PEGASUS_VALUE_CASE(CIMTYPE_BOOLEAN, Boolean)
+        PEGASUS_VALUE_CASE(CIMTYPE_UINT8, Uint8)
+        PEGASUS_VALUE_CASE(CIMTYPE_SINT8, Sint8)
+        PEGASUS_VALUE_CASE(CIMTYPE_UINT16, Uint16)
+        PEGASUS_VALUE_CASE(CIMTYPE_SINT16, Sint16)
+        PEGASUS_VALUE_CASE(CIMTYPE_UINT32, Uint32)
+        PEGASUS_VALUE_CASE(CIMTYPE_SINT32, Sint32)
+        PEGASUS_VALUE_CASE(CIMTYPE_UINT64, Uint64)
+        PEGASUS_VALUE_CASE(CIMTYPE_SINT64, Sint64)
+        PEGASUS_VALUE_CASE(CIMTYPE_REAL32, Real32)
+        PEGASUS_VALUE_CASE(CIMTYPE_REAL64, Real64)
+        PEGASUS_VALUE_CASE(CIMTYPE_CHAR16, Char16)
+        PEGASUS_VALUE_CASE(CIMTYPE_STRING, String)
+        PEGASUS_VALUE_CASE(CIMTYPE_DATETIME, CIMDateTime)
+        PEGASUS_VALUE_CASE(CIMTYPE_REFERENCE, CIMObjectPath)
+        PEGASUS_VALUE_CASE(CIMTYPE_OBJECT, CIMObject)
+        PEGASUS_VALUE_CASE(CIMTYPE_INSTANCE, CIMInstance)
+#undef PEGASUS_VALUE_CASE
+    }
 }
 
-CIMValueRep* _makeNull(CIMType type, bool array, Uint32 size)
+// Plain bytes: copying and dropping them needs no code of the type's.
+inline bool _isPlain(Uint8 type, Uint8 isArray)
 {
-    CIMValueRep* rep = new CIMValueRep(type, array, array ? size : 0, Variant());
-    rep->isNull = true;
-    return rep;
-}
-
-// Type and array-ness must match; true if there is a value to read.
-template <class T>
-bool _fetch(const CIMValueRep* rep, bool array)
-{
-    CIMType type = rep ? rep->type : CIMTYPE_BOOLEAN;
-    bool isArray = rep ? rep->isArray : false;
-    if (type != TypeTraits<T>::type || isArray != array)
-        throw TypeMismatchException();
-    return rep && !rep->isNull;
-}
-
-template <class T>
-const T& _scalar(const CIMValueRep* rep)
-{
-    return std::get<T>(rep->value);
-}
-
-template <class T>
-const Array<T>& _array(const CIMValueRep* rep)
-{
-    return std::get<Array<T>>(rep->value);
+    return !isArray && type <= CIMTYPE_CHAR16;
 }
 
 // Embedded objects are held as private copies.
@@ -388,161 +384,67 @@ void _text(String& out, const Array<T>& a)
 // Construction
 //
 
-CIMValue::CIMValue() : _rep(nullptr)
+CIMValue::CIMValue() : _arraySize(0), _type(CIMTYPE_BOOLEAN), _isArray(0), _isNull(1)
 {
 }
 
 CIMValue::CIMValue(CIMType type, Boolean isArray, Uint32 arraySize)
-    : _rep(_makeNull(type, isArray, arraySize))
+    : _arraySize(isArray ? arraySize : 0), _type(Uint8(type)), _isArray(isArray), _isNull(1)
 {
 }
 
-CIMValue::CIMValue(Boolean x) : _rep(nullptr)
+#define PEGASUS_VALUE_CONSTRUCTORS(T, Param)                                                       \
+    CIMValue::CIMValue(Param x) : _arraySize(0), _type(CIMTYPE_BOOLEAN), _isArray(0), _isNull(1)   \
+    {                                                                                              \
+        set(x);                                                                                    \
+    }                                                                                              \
+    CIMValue::CIMValue(const Array<T>& x)                                                          \
+        : _arraySize(0), _type(CIMTYPE_BOOLEAN), _isArray(0), _isNull(1)                           \
+    {                                                                                              \
+        set(x);                                                                                    \
+    }
+PEGASUS_VALUE_CONSTRUCTORS(Boolean, Boolean)
+PEGASUS_VALUE_CONSTRUCTORS(Uint8, Uint8)
+PEGASUS_VALUE_CONSTRUCTORS(Sint8, Sint8)
+PEGASUS_VALUE_CONSTRUCTORS(Uint16, Uint16)
+PEGASUS_VALUE_CONSTRUCTORS(Sint16, Sint16)
+PEGASUS_VALUE_CONSTRUCTORS(Uint32, Uint32)
+PEGASUS_VALUE_CONSTRUCTORS(Sint32, Sint32)
+PEGASUS_VALUE_CONSTRUCTORS(Uint64, Uint64)
+PEGASUS_VALUE_CONSTRUCTORS(Sint64, Sint64)
+PEGASUS_VALUE_CONSTRUCTORS(Real32, Real32)
+PEGASUS_VALUE_CONSTRUCTORS(Real64, Real64)
+PEGASUS_VALUE_CONSTRUCTORS(Char16, const Char16&)
+PEGASUS_VALUE_CONSTRUCTORS(String, const String&)
+PEGASUS_VALUE_CONSTRUCTORS(CIMDateTime, const CIMDateTime&)
+PEGASUS_VALUE_CONSTRUCTORS(CIMObjectPath, const CIMObjectPath&)
+PEGASUS_VALUE_CONSTRUCTORS(CIMObject, const CIMObject&)
+PEGASUS_VALUE_CONSTRUCTORS(CIMInstance, const CIMInstance&)
+#undef PEGASUS_VALUE_CONSTRUCTORS
+
+CIMValue::CIMValue(const CIMValue& x)
+    : _arraySize(x._arraySize), _type(x._type), _isArray(x._isArray), _isNull(x._isNull)
 {
-    set(x);
-}
-CIMValue::CIMValue(const Array<Boolean>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Uint8 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Uint8>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Sint8 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Sint8>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Uint16 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Uint16>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Sint16 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Sint16>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Uint32 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Uint32>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Sint32 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Sint32>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Uint64 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Uint64>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Sint64 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Sint64>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Real32 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Real32>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(Real64 x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Real64>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Char16& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<Char16>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const String& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<String>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const CIMDateTime& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<CIMDateTime>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const CIMObjectPath& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<CIMObjectPath>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const CIMObject& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<CIMObject>& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const CIMInstance& x) : _rep(nullptr)
-{
-    set(x);
-}
-CIMValue::CIMValue(const Array<CIMInstance>& x) : _rep(nullptr)
-{
-    set(x);
+    if (_isNull)
+        return;
+    if (_isPlain(_type, _isArray))
+    {
+        std::memcpy(_payload, x._payload, sizeof _payload);
+        return;
+    }
+    _visit(
+        _type, _isArray,
+        [&](auto tag)
+        {
+            typedef typename decltype(tag)::type V;
+            SlotOf<V>::copy(_payload, x._payload);
+        });
 }
 
-CIMValue::CIMValue(const CIMValue& x) : _rep(x._rep)
+CIMValue::CIMValue(CIMValue&& x) noexcept
+    : _arraySize(0), _type(CIMTYPE_BOOLEAN), _isArray(0), _isNull(1)
 {
-    if (_rep)
-        _rep->refs.fetch_add(1, std::memory_order_relaxed);
-}
-
-CIMValue::CIMValue(CIMValue&& x) noexcept : _rep(x._rep)
-{
-    x._rep = nullptr;
+    _moveFrom(x);
 }
 
 CIMValue::~CIMValue()
@@ -561,20 +463,18 @@ CIMValue& CIMValue::operator=(CIMValue&& x) noexcept
     if (this != &x)
     {
         _release();
-        _rep = x._rep;
-        x._rep = nullptr;
+        _moveFrom(x);
     }
     return *this;
 }
 
 void CIMValue::assign(const CIMValue& x)
 {
-    if (_rep != x._rep)
+    if (this != &x)
     {
-        if (x._rep)
-            x._rep->refs.fetch_add(1, std::memory_order_relaxed);
+        CIMValue copy(x);
         _release();
-        _rep = x._rep;
+        _moveFrom(copy);
     }
 }
 
@@ -585,354 +485,149 @@ void CIMValue::clear()
 
 void CIMValue::_release()
 {
-    _unref(_rep);
-    _rep = nullptr;
+    if (!_isNull && !_isPlain(_type, _isArray))
+    {
+        _visit(
+            _type, _isArray,
+            [&](auto tag)
+            {
+                typedef typename decltype(tag)::type V;
+                SlotOf<V>::destroy(_payload);
+            });
+    }
+    _arraySize = 0;
+    _type = CIMTYPE_BOOLEAN;
+    _isArray = 0;
+    _isNull = 1;
 }
 
-//
-// Inspection
-//
-
-Boolean CIMValue::typeCompatible(const CIMValue& x) const
+void CIMValue::_moveFrom(CIMValue& x) noexcept
 {
-    return getType() == x.getType() && isArray() == x.isArray();
-}
-
-Boolean CIMValue::isArray() const
-{
-    return _rep && _rep->isArray;
-}
-
-Boolean CIMValue::isNull() const
-{
-    return !_rep || _rep->isNull;
-}
-
-Uint32 CIMValue::getArraySize() const
-{
-    return _rep && _rep->isArray ? _rep->arraySize : 0;
-}
-
-CIMType CIMValue::getType() const
-{
-    return _rep ? _rep->type : CIMTYPE_BOOLEAN;
+    _arraySize = x._arraySize;
+    _type = x._type;
+    _isArray = x._isArray;
+    _isNull = x._isNull;
+    if (!_isNull)
+    {
+        if (_isPlain(_type, _isArray))
+        {
+            std::memcpy(_payload, x._payload, sizeof _payload);
+        }
+        else
+        {
+            _visit(
+                _type, _isArray,
+                [&](auto tag)
+                {
+                    typedef typename decltype(tag)::type V;
+                    SlotOf<V>::move(_payload, x._payload);
+                });
+        }
+    }
+    x._arraySize = 0;
+    x._type = CIMTYPE_BOOLEAN;
+    x._isArray = 0;
+    x._isNull = 1;
 }
 
 void CIMValue::setNullValue(CIMType type, Boolean isArray, Uint32 arraySize)
 {
-    _replace(_rep, _makeNull(type, isArray, arraySize));
+    _release();
+    _type = Uint8(type);
+    _isArray = isArray;
+    _arraySize = isArray ? arraySize : 0;
 }
 
 //
 // Typed access
 //
 
-void CIMValue::set(Boolean x)
+namespace
 {
-    _replace(_rep, _makeRep<Boolean>(false, 0, x));
-}
-void CIMValue::set(const Array<Boolean>& x)
+// Type and array-ness must match; true if there is a value to read.
+template <class T>
+bool _fetch(CIMType type, bool isArray, bool isNull, bool array)
 {
-    _replace(_rep, _makeRep<Array<Boolean>>(true, x.size(), x));
+    if (type != TypeTraits<T>::type || isArray != array)
+        throw TypeMismatchException();
+    return !isNull;
 }
-void CIMValue::set(Uint8 x)
-{
-    _replace(_rep, _makeRep<Uint8>(false, 0, x));
-}
-void CIMValue::set(const Array<Uint8>& x)
-{
-    _replace(_rep, _makeRep<Array<Uint8>>(true, x.size(), x));
-}
-void CIMValue::set(Sint8 x)
-{
-    _replace(_rep, _makeRep<Sint8>(false, 0, x));
-}
-void CIMValue::set(const Array<Sint8>& x)
-{
-    _replace(_rep, _makeRep<Array<Sint8>>(true, x.size(), x));
-}
-void CIMValue::set(Uint16 x)
-{
-    _replace(_rep, _makeRep<Uint16>(false, 0, x));
-}
-void CIMValue::set(const Array<Uint16>& x)
-{
-    _replace(_rep, _makeRep<Array<Uint16>>(true, x.size(), x));
-}
-void CIMValue::set(Sint16 x)
-{
-    _replace(_rep, _makeRep<Sint16>(false, 0, x));
-}
-void CIMValue::set(const Array<Sint16>& x)
-{
-    _replace(_rep, _makeRep<Array<Sint16>>(true, x.size(), x));
-}
-void CIMValue::set(Uint32 x)
-{
-    _replace(_rep, _makeRep<Uint32>(false, 0, x));
-}
-void CIMValue::set(const Array<Uint32>& x)
-{
-    _replace(_rep, _makeRep<Array<Uint32>>(true, x.size(), x));
-}
-void CIMValue::set(Sint32 x)
-{
-    _replace(_rep, _makeRep<Sint32>(false, 0, x));
-}
-void CIMValue::set(const Array<Sint32>& x)
-{
-    _replace(_rep, _makeRep<Array<Sint32>>(true, x.size(), x));
-}
-void CIMValue::set(Uint64 x)
-{
-    _replace(_rep, _makeRep<Uint64>(false, 0, x));
-}
-void CIMValue::set(const Array<Uint64>& x)
-{
-    _replace(_rep, _makeRep<Array<Uint64>>(true, x.size(), x));
-}
-void CIMValue::set(Sint64 x)
-{
-    _replace(_rep, _makeRep<Sint64>(false, 0, x));
-}
-void CIMValue::set(const Array<Sint64>& x)
-{
-    _replace(_rep, _makeRep<Array<Sint64>>(true, x.size(), x));
-}
-void CIMValue::set(Real32 x)
-{
-    _replace(_rep, _makeRep<Real32>(false, 0, x));
-}
-void CIMValue::set(const Array<Real32>& x)
-{
-    _replace(_rep, _makeRep<Array<Real32>>(true, x.size(), x));
-}
-void CIMValue::set(Real64 x)
-{
-    _replace(_rep, _makeRep<Real64>(false, 0, x));
-}
-void CIMValue::set(const Array<Real64>& x)
-{
-    _replace(_rep, _makeRep<Array<Real64>>(true, x.size(), x));
-}
-void CIMValue::set(const Char16& x)
-{
-    _replace(_rep, _makeRep<Char16>(false, 0, x));
-}
-void CIMValue::set(const Array<Char16>& x)
-{
-    _replace(_rep, _makeRep<Array<Char16>>(true, x.size(), x));
-}
-void CIMValue::set(const String& x)
-{
-    _replace(_rep, _makeRep<String>(false, 0, x));
-}
-void CIMValue::set(const Array<String>& x)
-{
-    _replace(_rep, _makeRep<Array<String>>(true, x.size(), x));
-}
-void CIMValue::set(const CIMDateTime& x)
-{
-    _replace(_rep, _makeRep<CIMDateTime>(false, 0, x));
-}
-void CIMValue::set(const Array<CIMDateTime>& x)
-{
-    _replace(_rep, _makeRep<Array<CIMDateTime>>(true, x.size(), x));
-}
-void CIMValue::set(const CIMObjectPath& x)
-{
-    _replace(_rep, _makeRep<CIMObjectPath>(false, 0, x));
-}
-void CIMValue::set(const Array<CIMObjectPath>& x)
-{
-    _replace(_rep, _makeRep<Array<CIMObjectPath>>(true, x.size(), x));
-}
-void CIMValue::set(const CIMObject& x)
-{
-    _replace(_rep, _makeRep<CIMObject>(false, 0, _cloned(x)));
-}
-void CIMValue::set(const Array<CIMObject>& x)
-{
-    _replace(_rep, _makeRep<Array<CIMObject>>(true, x.size(), _clonedArray(x)));
-}
-void CIMValue::set(const CIMInstance& x)
-{
-    _replace(_rep, _makeRep<CIMInstance>(false, 0, _cloned(x)));
-}
-void CIMValue::set(const Array<CIMInstance>& x)
-{
-    _replace(_rep, _makeRep<Array<CIMInstance>>(true, x.size(), _clonedArray(x)));
-}
+}  // namespace
 
-void CIMValue::get(Boolean& x) const
+#define PEGASUS_VALUE_SET(T, stored, size)                                                         \
+    {                                                                                              \
+        typedef std::decay_t<decltype(stored)> V;                                                  \
+        /* Made before the old value goes: x may be part of it. */                                 \
+        alignas(void*) unsigned char fresh[sizeof _payload];                                       \
+        SlotOf<V>::construct(fresh, stored);                                                       \
+        _release();                                                                                \
+        SlotOf<V>::move(_payload, fresh);                                                          \
+        _type = Uint8(TypeTraits<T>::type);                                                        \
+        _isArray = std::is_same_v<V, Array<T>>;                                                    \
+        _arraySize = size;                                                                         \
+        _isNull = 0;                                                                               \
+    }
+
+#define PEGASUS_VALUE_ACCESS(T)                                                                    \
+    void CIMValue::set(const Array<T>& x) PEGASUS_VALUE_SET(T, x, x.size()) void CIMValue::get(    \
+        Array<T>& x) const                                                                         \
+    {                                                                                              \
+        if (_fetch<T>(getType(), _isArray, _isNull, true))                                         \
+            x = SlotOf<Array<T>>::ref(_payload);                                                   \
+    }
+#define PEGASUS_SCALAR_ACCESS(T, Param)                                                            \
+    void CIMValue::set(Param x) PEGASUS_VALUE_SET(T, x, 0) void CIMValue::get(T& x) const          \
+    {                                                                                              \
+        if (_fetch<T>(getType(), _isArray, _isNull, false))                                        \
+            x = SlotOf<T>::ref(_payload);                                                          \
+    }                                                                                              \
+    PEGASUS_VALUE_ACCESS(T)
+
+PEGASUS_SCALAR_ACCESS(Boolean, Boolean)
+PEGASUS_SCALAR_ACCESS(Uint8, Uint8)
+PEGASUS_SCALAR_ACCESS(Sint8, Sint8)
+PEGASUS_SCALAR_ACCESS(Uint16, Uint16)
+PEGASUS_SCALAR_ACCESS(Sint16, Sint16)
+PEGASUS_SCALAR_ACCESS(Uint32, Uint32)
+PEGASUS_SCALAR_ACCESS(Sint32, Sint32)
+PEGASUS_SCALAR_ACCESS(Uint64, Uint64)
+PEGASUS_SCALAR_ACCESS(Sint64, Sint64)
+PEGASUS_SCALAR_ACCESS(Real32, Real32)
+PEGASUS_SCALAR_ACCESS(Real64, Real64)
+PEGASUS_SCALAR_ACCESS(Char16, const Char16&)
+PEGASUS_SCALAR_ACCESS(String, const String&)
+PEGASUS_SCALAR_ACCESS(CIMDateTime, const CIMDateTime&)
+PEGASUS_SCALAR_ACCESS(CIMObjectPath, const CIMObjectPath&)
+#undef PEGASUS_SCALAR_ACCESS
+#undef PEGASUS_VALUE_ACCESS
+
+// Embedded objects go in and come out as clones.
+void CIMValue::set(const CIMObject& x) PEGASUS_VALUE_SET(
+    CIMObject, _cloned(x), 0) void CIMValue::set(const Array<CIMObject>& x)
+    PEGASUS_VALUE_SET(CIMObject, _clonedArray(x), x.size()) void CIMValue::set(const CIMInstance& x)
+        PEGASUS_VALUE_SET(CIMInstance, _cloned(x), 0) void CIMValue::set(
+            const Array<CIMInstance>& x) PEGASUS_VALUE_SET(CIMInstance, _clonedArray(x), x.size())
+#undef PEGASUS_VALUE_SET
+
+            void CIMValue::get(CIMObject& x) const
 {
-    if (_fetch<Boolean>(_rep, false))
-        x = _scalar<Boolean>(_rep);
-}
-void CIMValue::get(Array<Boolean>& x) const
-{
-    if (_fetch<Boolean>(_rep, true))
-        x = _array<Boolean>(_rep);
-}
-void CIMValue::get(Uint8& x) const
-{
-    if (_fetch<Uint8>(_rep, false))
-        x = _scalar<Uint8>(_rep);
-}
-void CIMValue::get(Array<Uint8>& x) const
-{
-    if (_fetch<Uint8>(_rep, true))
-        x = _array<Uint8>(_rep);
-}
-void CIMValue::get(Sint8& x) const
-{
-    if (_fetch<Sint8>(_rep, false))
-        x = _scalar<Sint8>(_rep);
-}
-void CIMValue::get(Array<Sint8>& x) const
-{
-    if (_fetch<Sint8>(_rep, true))
-        x = _array<Sint8>(_rep);
-}
-void CIMValue::get(Uint16& x) const
-{
-    if (_fetch<Uint16>(_rep, false))
-        x = _scalar<Uint16>(_rep);
-}
-void CIMValue::get(Array<Uint16>& x) const
-{
-    if (_fetch<Uint16>(_rep, true))
-        x = _array<Uint16>(_rep);
-}
-void CIMValue::get(Sint16& x) const
-{
-    if (_fetch<Sint16>(_rep, false))
-        x = _scalar<Sint16>(_rep);
-}
-void CIMValue::get(Array<Sint16>& x) const
-{
-    if (_fetch<Sint16>(_rep, true))
-        x = _array<Sint16>(_rep);
-}
-void CIMValue::get(Uint32& x) const
-{
-    if (_fetch<Uint32>(_rep, false))
-        x = _scalar<Uint32>(_rep);
-}
-void CIMValue::get(Array<Uint32>& x) const
-{
-    if (_fetch<Uint32>(_rep, true))
-        x = _array<Uint32>(_rep);
-}
-void CIMValue::get(Sint32& x) const
-{
-    if (_fetch<Sint32>(_rep, false))
-        x = _scalar<Sint32>(_rep);
-}
-void CIMValue::get(Array<Sint32>& x) const
-{
-    if (_fetch<Sint32>(_rep, true))
-        x = _array<Sint32>(_rep);
-}
-void CIMValue::get(Uint64& x) const
-{
-    if (_fetch<Uint64>(_rep, false))
-        x = _scalar<Uint64>(_rep);
-}
-void CIMValue::get(Array<Uint64>& x) const
-{
-    if (_fetch<Uint64>(_rep, true))
-        x = _array<Uint64>(_rep);
-}
-void CIMValue::get(Sint64& x) const
-{
-    if (_fetch<Sint64>(_rep, false))
-        x = _scalar<Sint64>(_rep);
-}
-void CIMValue::get(Array<Sint64>& x) const
-{
-    if (_fetch<Sint64>(_rep, true))
-        x = _array<Sint64>(_rep);
-}
-void CIMValue::get(Real32& x) const
-{
-    if (_fetch<Real32>(_rep, false))
-        x = _scalar<Real32>(_rep);
-}
-void CIMValue::get(Array<Real32>& x) const
-{
-    if (_fetch<Real32>(_rep, true))
-        x = _array<Real32>(_rep);
-}
-void CIMValue::get(Real64& x) const
-{
-    if (_fetch<Real64>(_rep, false))
-        x = _scalar<Real64>(_rep);
-}
-void CIMValue::get(Array<Real64>& x) const
-{
-    if (_fetch<Real64>(_rep, true))
-        x = _array<Real64>(_rep);
-}
-void CIMValue::get(Char16& x) const
-{
-    if (_fetch<Char16>(_rep, false))
-        x = _scalar<Char16>(_rep);
-}
-void CIMValue::get(Array<Char16>& x) const
-{
-    if (_fetch<Char16>(_rep, true))
-        x = _array<Char16>(_rep);
-}
-void CIMValue::get(String& x) const
-{
-    if (_fetch<String>(_rep, false))
-        x = _scalar<String>(_rep);
-}
-void CIMValue::get(Array<String>& x) const
-{
-    if (_fetch<String>(_rep, true))
-        x = _array<String>(_rep);
-}
-void CIMValue::get(CIMDateTime& x) const
-{
-    if (_fetch<CIMDateTime>(_rep, false))
-        x = _scalar<CIMDateTime>(_rep);
-}
-void CIMValue::get(Array<CIMDateTime>& x) const
-{
-    if (_fetch<CIMDateTime>(_rep, true))
-        x = _array<CIMDateTime>(_rep);
-}
-void CIMValue::get(CIMObjectPath& x) const
-{
-    if (_fetch<CIMObjectPath>(_rep, false))
-        x = _scalar<CIMObjectPath>(_rep);
-}
-void CIMValue::get(Array<CIMObjectPath>& x) const
-{
-    if (_fetch<CIMObjectPath>(_rep, true))
-        x = _array<CIMObjectPath>(_rep);
-}
-void CIMValue::get(CIMObject& x) const
-{
-    if (_fetch<CIMObject>(_rep, false))
-        x = _scalar<CIMObject>(_rep).clone();
+    if (_fetch<CIMObject>(getType(), _isArray, _isNull, false))
+        x = SlotOf<CIMObject>::ref(_payload).clone();
 }
 void CIMValue::get(Array<CIMObject>& x) const
 {
-    if (_fetch<CIMObject>(_rep, true))
-        x = _clonedArray(_array<CIMObject>(_rep));
+    if (_fetch<CIMObject>(getType(), _isArray, _isNull, true))
+        x = _clonedArray(SlotOf<Array<CIMObject>>::ref(_payload));
 }
 void CIMValue::get(CIMInstance& x) const
 {
-    if (_fetch<CIMInstance>(_rep, false))
-        x = _scalar<CIMInstance>(_rep).clone();
+    if (_fetch<CIMInstance>(getType(), _isArray, _isNull, false))
+        x = SlotOf<CIMInstance>::ref(_payload).clone();
 }
 void CIMValue::get(Array<CIMInstance>& x) const
 {
-    if (_fetch<CIMInstance>(_rep, true))
-        x = _clonedArray(_array<CIMInstance>(_rep));
+    if (_fetch<CIMInstance>(getType(), _isArray, _isNull, true))
+        x = _clonedArray(SlotOf<Array<CIMInstance>>::ref(_payload));
 }
 
 //
@@ -943,18 +638,17 @@ Boolean CIMValue::equal(const CIMValue& x) const
 {
     if (!typeCompatible(x) || isNull() != x.isNull())
         return false;
-    if (isNull() || _rep == x._rep)
+    if (isNull())
         return true;
-    return std::visit(
-        [&x](const auto& mine) -> bool
+    bool same = false;
+    _visit(
+        _type, _isArray,
+        [&](auto tag)
         {
-            typedef std::decay_t<decltype(mine)> V;
-            if constexpr (std::is_same_v<V, std::monostate>)
-                return true;
-            else
-                return _same(mine, std::get<V>(x._rep->value));
-        },
-        _rep->value);
+            typedef typename decltype(tag)::type V;
+            same = _same(SlotOf<V>::ref(_payload), SlotOf<V>::ref(x._payload));
+        });
+    return same;
 }
 
 String CIMValue::toString() const
@@ -962,14 +656,13 @@ String CIMValue::toString() const
     String out;
     if (isNull())
         return out;
-    std::visit(
-        [&out](const auto& v)
+    _visit(
+        _type, _isArray,
+        [&](auto tag)
         {
-            typedef std::decay_t<decltype(v)> V;
-            if constexpr (!std::is_same_v<V, std::monostate>)
-                _text(out, v);
-        },
-        _rep->value);
+            typedef typename decltype(tag)::type V;
+            _text(out, SlotOf<V>::ref(_payload));
+        });
     return out;
 }
 

@@ -14,7 +14,6 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class CIMValueRep;
 class CIMObject;
 class CIMInstance;
 
@@ -74,11 +73,14 @@ public:
     void clear();
 
     // Same type and array-ness.
-    Boolean typeCompatible(const CIMValue& x) const;
-    Boolean isArray() const;
-    Boolean isNull() const;
-    Uint32 getArraySize() const;
-    CIMType getType() const;
+    Boolean typeCompatible(const CIMValue& x) const
+    {
+        return _type == x._type && _isArray == x._isArray;
+    }
+    Boolean isArray() const { return _isArray != 0; }
+    Boolean isNull() const { return _isNull != 0; }
+    Uint32 getArraySize() const { return _isArray ? _arraySize : 0; }
+    CIMType getType() const { return CIMType(_type); }
     void setNullValue(CIMType type, Boolean isArray, Uint32 arraySize = 0);
 
     // Replaces value and type.
@@ -159,9 +161,21 @@ public:
     String toString() const;
 
 private:
-    void _release();
+    friend class ObjectReader;
 
-    CIMValueRep* _rep;
+    // Back to a null boolean scalar.
+    void _release();
+    // Takes x's value; x is left a null boolean scalar.
+    void _moveFrom(CIMValue& x) noexcept;
+
+    // The value itself, without a heap allocation of its own: simple scalars as they are,
+    // String, CIMObjectPath and Array<T> (each one counted pointer) constructed in place,
+    // CIMDateTime, CIMObject and CIMInstance in a counted box (CIMValue.cpp).
+    alignas(void*) unsigned char _payload[sizeof(void*)];
+    Uint32 _arraySize;  // of an array, null ones included
+    Uint8 _type;        // CIMType
+    Uint8 _isArray;
+    Uint8 _isNull;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const CIMValue& x, const CIMValue& y);

@@ -164,9 +164,7 @@ CIMException::CIMException(CIMStatusCode code, const String& message, const CIMI
 }
 
 CIMException::CIMException(
-    CIMStatusCode code,
-    const String& message,
-    const Array<CIMInstance>& instances)
+    CIMStatusCode code, const String& message, const Array<CIMInstance>& instances)
     : Exception(new CIMExceptionRep(code, message))
 {
     _cimRep(_rep)->errors = instances;

@@ -14,9 +14,7 @@ String _withArg(const char* text, const String& arg)
 }  // namespace
 
 AssertionFailureException::AssertionFailureException(
-    const char* file,
-    size_t line,
-    const String& message)
+    const char* file, size_t line, const String& message)
     : Exception(String())
 {
     char buf[32];
@@ -78,10 +76,7 @@ _tracedRep(CIMStatusCode code, const String& message, const String& file, Uint32
 }  // namespace
 
 TraceableCIMException::TraceableCIMException(
-    CIMStatusCode code,
-    const String& message,
-    const String& file,
-    Uint32 line)
+    CIMStatusCode code, const String& message, const String& file, Uint32 line)
     : CIMException(_tracedRep(code, message, file, line))
 {
 }

@@ -55,10 +55,7 @@ class PEGASUS_COMMON_LINKAGE TraceableCIMException : public CIMException
 {
 public:
     TraceableCIMException(
-        CIMStatusCode code,
-        const String& message,
-        const String& file,
-        Uint32 line);
+        CIMStatusCode code, const String& message, const String& file, Uint32 line);
 
     // Keeps code, message, file and line (empty and 0 for a plain
     // CIMException); error instances are not carried over.

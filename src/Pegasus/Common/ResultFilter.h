@@ -27,24 +27,18 @@ class PEGASUS_COMMON_LINKAGE ResultFilter
 public:
     // An uninitialized handle throws UninitializedObjectException.
     static CIMInstance filtered(
-        const CIMInstance& delivered,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const CIMInstance& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
     static CIMObject filtered(
-        const CIMObject& delivered,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const CIMObject& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
 private:
     // The one body of both filtered() forms.
     template <class Handle>
     static Handle _filtered(
-        const Handle& delivered,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const Handle& delivered, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
     // Whether the state behind `rep`, of which `handles` handles exist, may

@@ -2,48 +2,26 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
 
+#include <Pegasus/Common/StringIntern.h>
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
-// Shared text buffer: a header followed by cap + 1 code units (the last one
-// reserved for the terminating 0). The static empty rep is never counted.
-struct StringRep
-{
-    std::atomic<Uint32> refs;
-    Uint32 size;
-    Uint32 cap;
-
-    Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
-
-    static StringRep* empty();
-    static StringRep* alloc(Uint32 cap);
-    static void ref(StringRep* rep);
-    static void unref(StringRep* rep);
-};
+StringRepEmpty stringRepEmpty{StringRep(StringRep::kImmortal, 0, 0), 0};
 
 namespace
 {
-alignas(StringRep) unsigned char _emptyStorage[sizeof(StringRep) + sizeof(Char16)];
-
-StringRep* _makeEmpty()
-{
-    StringRep* rep = reinterpret_cast<StringRep*>(_emptyStorage);
-    new (&rep->refs) std::atomic<Uint32>(1);
-    rep->size = 0;
-    rep->cap = 0;
-    new (rep->data()) Char16(0);
-    return rep;
-}
-
 inline Uint16 _lower(Uint16 c)
 {
     return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
@@ -76,132 +54,6 @@ Uint32 _roundUp(Uint32 n)
     return cap < n ? n : cap;
 }
 
-// Describes the bad bytes as the original runtime does: up to 40 preceding
-// bytes as they are, then the offending byte and up to 10 following ones
-// in hex (" 0xFF").
-[[noreturn]] void _throwBadUtf8(size_t index, const char* text, size_t n)
-{
-    size_t clear = index < 40 ? index : 40;
-    size_t rest = n - index - 1;
-    size_t hex = rest < 10 ? rest : 10;
-    std::string detail(text + index - clear, clear);
-    for (size_t j = 0; j <= hex; ++j)
-    {
-        char buf[8];
-        snprintf(
-            buf, sizeof(buf), " 0x%02X", unsigned(static_cast<unsigned char>(text[index + j])));
-        detail += buf;
-    }
-    char head[96];
-    snprintf(
-        head, sizeof(head),
-        "The byte sequence starting at index %u is not valid UTF-8 encoding: ", unsigned(index));
-    throw Exception(String(head) + String(detail.c_str()));
-}
-
-// Decodes n bytes of UTF-8 into out (which has room for n units) and
-// returns the number of units written. Surrogate code points and the
-// non-characters U+xFFFE/U+xFFFF of the basic plane become U+FFFD.
-size_t _decodeUtf8(Char16* out, const char* text, size_t n)
-{
-    const unsigned char* q = reinterpret_cast<const unsigned char*>(text);
-    size_t i = 0;
-    Char16* p = out;
-    while (i < n)
-    {
-        unsigned char c = q[i];
-        if (c < 0x80)
-        {
-            *p++ = Char16(c);
-            ++i;
-            continue;
-        }
-        size_t len = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : 2;
-        if (c < 0xC2 || c > 0xF4 || len > n - i)
-            _throwBadUtf8(i, text, n);
-        for (size_t k = 1; k < len; ++k)
-        {
-            if (q[i + k] < 0x80 || q[i + k] > 0xBF)
-                _throwBadUtf8(i, text, n);
-        }
-        unsigned char c1 = q[i + 1];
-        if ((c == 0xE0 && c1 < 0xA0) || (c == 0xF0 && c1 < 0x90) || (c == 0xF4 && c1 > 0x8F))
-        {
-            _throwBadUtf8(i, text, n);
-        }
-        Uint32 cp = len == 2 ? (c & 0x1Fu) : len == 3 ? (c & 0x0Fu) : (c & 0x07u);
-        for (size_t k = 1; k < len; ++k)
-            cp = (cp << 6) | (q[i + k] & 0x3Fu);
-        i += len;
-        if (cp <= 0xFFFF)
-        {
-            bool surrogate = cp >= 0xD800 && cp <= 0xDFFF;
-            *p++ = Char16(Uint16((surrogate || (cp & 0xFFFE) == 0xFFFE) ? 0xFFFD : cp));
-        }
-        else
-        {
-            cp -= 0x10000;
-            *p++ = Char16(Uint16(0xD800 + (cp >> 10)));
-            *p++ = Char16(Uint16(0xDC00 + (cp & 0x3FF)));
-        }
-    }
-    return size_t(p - out);
-}
-
-// UTF-16 to UTF-8 into out (nullptr: only count); returns the byte count.
-// A lone surrogate is encoded as its own 3-byte sequence.
-size_t _encodeUtf8(char* out, const Char16* s, Uint32 n)
-{
-    size_t k = 0;
-    for (Uint32 i = 0; i < n; ++i)
-    {
-        Uint32 cp = Uint16(s[i]);
-        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && Uint16(s[i + 1]) >= 0xDC00 &&
-            Uint16(s[i + 1]) <= 0xDFFF)
-        {
-            cp = 0x10000 + ((cp - 0xD800) << 10) + (Uint16(s[i + 1]) - 0xDC00);
-            ++i;
-        }
-        if (cp < 0x80)
-        {
-            if (out)
-                out[k] = char(cp);
-            k += 1;
-        }
-        else if (cp < 0x800)
-        {
-            if (out)
-            {
-                out[k] = char(0xC0 | (cp >> 6));
-                out[k + 1] = char(0x80 | (cp & 0x3F));
-            }
-            k += 2;
-        }
-        else if (cp < 0x10000)
-        {
-            if (out)
-            {
-                out[k] = char(0xE0 | (cp >> 12));
-                out[k + 1] = char(0x80 | ((cp >> 6) & 0x3F));
-                out[k + 2] = char(0x80 | (cp & 0x3F));
-            }
-            k += 3;
-        }
-        else
-        {
-            if (out)
-            {
-                out[k] = char(0xF0 | (cp >> 18));
-                out[k + 1] = char(0x80 | ((cp >> 12) & 0x3F));
-                out[k + 2] = char(0x80 | ((cp >> 6) & 0x3F));
-                out[k + 3] = char(0x80 | (cp & 0x3F));
-            }
-            k += 4;
-        }
-    }
-    return k;
-}
-
 // Compares up to the first 0 unit of either text.
 template <class Fold>
 int _compareUnits(const Char16* s1, const Char16* s2, Fold fold)
@@ -225,37 +77,75 @@ inline Uint16 _same(Uint16 c)
 }
 }  // namespace
 
-// Inline: every copy and destruction of a String comes through these.
-inline StringRep* StringRep::empty()
-{
-    static StringRep* rep = _makeEmpty();
-    return rep;
-}
-
 StringRep* StringRep::alloc(Uint32 cap)
 {
     void* mem = ::operator new(sizeof(StringRep) + (size_t(cap) + 1) * sizeof(Char16));
-    StringRep* rep = static_cast<StringRep*>(mem);
-    new (&rep->refs) std::atomic<Uint32>(1);
-    rep->size = 0;
-    rep->cap = cap;
+    StringRep* rep = new (mem) StringRep(1, 0, cap);
     new (rep->data()) Char16(0);
     return rep;
 }
 
-inline void StringRep::ref(StringRep* rep)
+// Kept out of line: inlined where a String still holds the empty text, the compiler would
+// see that text's static storage reach operator delete (the immortal bit keeps it away).
+__attribute__((noinline)) void StringRep::destroy(StringRep* rep)
 {
-    if (rep != empty())
-        rep->refs.fetch_add(1, std::memory_order_relaxed);
+    rep->~StringRep();
+    ::operator delete(rep);
 }
 
-inline void StringRep::unref(StringRep* rep)
+//
+// Interned texts
+//
+
+namespace
 {
-    if (rep != empty() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+// One immortal rep per distinct text. Never destroyed: its reps are in use until the end.
+struct InternPool
+{
+    std::mutex mutex;
+    std::unordered_map<std::u16string, StringRep*> reps;  // REQUIRES: mutex held
+};
+
+InternPool& internPool()
+{
+    static InternPool* pool = new InternPool();
+    return *pool;
+}
+}  // namespace
+
+String internedText(const String& text)
+{
+    if (StringRep::immortal(text._rep))
+        return text;
+    const std::u16string key(reinterpret_cast<const char16_t*>(text.getChar16Data()), text.size());
+    InternPool& pool = internPool();
+    std::lock_guard<std::mutex> lock(pool.mutex);
+    StringRep* rep;
+    auto found = pool.reps.find(key);
+    if (found != pool.reps.end())
     {
-        rep->refs.~atomic<Uint32>();
-        ::operator delete(rep);
+        rep = found->second;
     }
+    else
+    {
+        if (pool.reps.size() >= kMaxInternedTexts)
+            return text;
+        rep = StringRep::alloc(text.size());
+        memcpy(
+            static_cast<void*>(rep->data()), text.getChar16Data(),
+            (size_t(text.size()) + 1) * sizeof(Char16));
+        rep->size = text.size();
+        rep->refs.store(StringRep::kImmortal, std::memory_order_relaxed);
+        pool.reps.emplace(key, rep);
+    }
+    String result;
+    result._rep = rep;  // immortal: nothing to count
+    return result;
+}
+
+bool isInterned(const String& text)
+{
+    return StringRep::immortal(text._rep);
 }
 
 //
@@ -306,52 +196,38 @@ CString::operator const char*() const
 
 const String String::EMPTY;
 
-String::String() : _rep(StringRep::empty())
-{
-}
-
-String::String(const String& str) : _rep(str._rep)
-{
-    StringRep::ref(_rep);
-}
-
-String::String(String&& str) noexcept : _rep(str._rep)
-{
-    str._rep = StringRep::empty();
-}
-
-String::String(const String& str, Uint32 n) : _rep(StringRep::empty())
+String::String(const String& str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     if (n > str.size())
         throw IndexOutOfBoundsException();
     append(str.getChar16Data(), n);
 }
 
-String::String(const Char16* str) : _rep(StringRep::empty())
+String::String(const Char16* str) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     append(str, _lengthOf(str));
 }
 
-String::String(const Char16* str, Uint32 n) : _rep(StringRep::empty())
+String::String(const Char16* str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     append(str, n);
 }
 
-String::String(const char* str) : _rep(StringRep::empty())
+String::String(const char* str) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     _appendUtf8(str, strlen(str));
 }
 
-String::String(const char* str, Uint32 n) : _rep(StringRep::empty())
+String::String(const char* str, Uint32 n) : _rep(&stringRepEmpty.rep)
 {
     _checkNull(str);
     _appendUtf8(str, n);
 }
 
-String::String(const String& s1, const String& s2) : _rep(StringRep::empty())
+String::String(const String& s1, const String& s2) : _rep(&stringRepEmpty.rep)
 {
     _reserve(s1.size() + s2.size());
     append(s1);
@@ -369,23 +245,13 @@ String::String(const char* s1, const String& s2) : String(s1)
     append(s2);
 }
 
-String::~String()
-{
-    StringRep::unref(_rep);
-}
-
-String& String::operator=(const String& str)
-{
-    return assign(str);
-}
-
 String& String::operator=(String&& str) noexcept
 {
     if (this != &str)
     {
         StringRep::unref(_rep);
         _rep = str._rep;
-        str._rep = StringRep::empty();
+        str._rep = &stringRepEmpty.rep;
     }
     return *this;
 }
@@ -393,17 +259,6 @@ String& String::operator=(String&& str) noexcept
 String& String::operator=(const char* str)
 {
     return assign(str);
-}
-
-String& String::assign(const String& str)
-{
-    if (_rep != str._rep)
-    {
-        StringRep::ref(str._rep);
-        StringRep::unref(_rep);
-        _rep = str._rep;
-    }
-    return *this;
 }
 
 String& String::assign(const Char16* str)
@@ -432,7 +287,7 @@ String& String::assign(const char* str, Uint32 n)
 
 void String::clear()
 {
-    if (_rep->refs.load() == 1 && _rep != StringRep::empty())
+    if (_rep->refs.load() == 1 && _rep != &stringRepEmpty.rep)
     {
         _rep->size = 0;
         _rep->data()[0] = 0;
@@ -440,32 +295,13 @@ void String::clear()
     else
     {
         StringRep::unref(_rep);
-        _rep = StringRep::empty();
+        _rep = &stringRepEmpty.rep;
     }
 }
 
 void String::reserveCapacity(Uint32 capacity)
 {
     _reserve(capacity);
-}
-
-Uint32 String::size() const
-{
-    return _rep->size;
-}
-
-const Char16* String::getChar16Data() const
-{
-    return _rep->data();
-}
-
-CString String::getCString() const
-{
-    size_t n = _encodeUtf8(nullptr, _rep->data(), _rep->size);
-    char* buf = new char[n + 1];
-    _encodeUtf8(buf, _rep->data(), _rep->size);
-    buf[n] = '\0';
-    return CString(buf);
 }
 
 Char16& String::operator[](Uint32 index)
@@ -753,7 +589,7 @@ Boolean String::equalNoCase(const String& s1, const char* s2)
 
 void String::_unshare()
 {
-    if (_rep == StringRep::empty() || _rep->refs.load() != 1)
+    if (_rep == &stringRepEmpty.rep || _rep->refs.load() != 1)
     {
         StringRep* rep = StringRep::alloc(_rep->size);
         memcpy(static_cast<void*>(rep->data()), _rep->data(), (_rep->size + 1) * sizeof(Char16));
@@ -765,7 +601,7 @@ void String::_unshare()
 
 void String::_reserve(Uint32 capacity)
 {
-    bool shared = _rep == StringRep::empty() || _rep->refs.load() != 1;
+    bool shared = _rep == &stringRepEmpty.rep || _rep->refs.load() != 1;
     if (!shared && capacity <= _rep->cap)
         return;
     Uint32 cap = capacity < _rep->size ? _rep->size : capacity;
@@ -774,31 +610,6 @@ void String::_reserve(Uint32 capacity)
     rep->size = _rep->size;
     StringRep::unref(_rep);
     _rep = rep;
-}
-
-void String::_appendUtf8(const char* str, size_t n)
-{
-    if (n == 0)
-        return;
-    if (n >= 0xFFFFFFFFu - _rep->size)
-        throw std::bad_alloc();
-    size_t ascii = 0;
-    while (ascii < n && !(static_cast<unsigned char>(str[ascii]) & 0x80))
-        ++ascii;
-    if (ascii == n)
-    {
-        _reserve(_rep->size + Uint32(n));
-        Char16* d = _rep->data() + _rep->size;
-        for (size_t i = 0; i < n; ++i)
-            d[i] = Char16(static_cast<unsigned char>(str[i]));
-        _rep->size += Uint32(n);
-        _rep->data()[_rep->size] = 0;
-        return;
-    }
-    // Decode first so that a bad text leaves this string unchanged.
-    std::vector<Char16> units(n);
-    size_t m = _decodeUtf8(units.data(), str, n);
-    append(units.data(), Uint32(m));
 }
 
 //

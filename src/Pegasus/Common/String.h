@@ -3,6 +3,7 @@
 #ifndef Pegasus_String_h
 #define Pegasus_String_h
 
+#include <atomic>
 #include <cstdarg>
 #include <iostream>
 #include <Pegasus/Common/Config.h>
@@ -12,7 +13,57 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class String;
-struct StringRep;
+
+// Implementation detail, in the header so that copying and destroying a String (the
+// commonest operations of the whole object model) are inlined: a shared text buffer, a
+// header followed by cap + 1 code units (the last one reserved for the terminating 0).
+// Reps with the kImmortal bit set (the empty text and interned names, see
+// StringIntern.h) are never counted nor freed: copies of them cost no atomic operation.
+struct StringRep
+{
+    static const Uint32 kImmortal = 0x80000000u;
+
+    constexpr StringRep(Uint32 refs_, Uint32 size_, Uint32 cap_)
+        : refs(refs_), size(size_), cap(cap_)
+    {
+    }
+
+    std::atomic<Uint32> refs;
+    Uint32 size;
+    Uint32 cap;
+
+    Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
+
+    static StringRep* alloc(Uint32 cap);
+    // Frees a rep whose last reference went.
+    PEGASUS_COMMON_LINKAGE static void destroy(StringRep* rep);
+
+    static bool immortal(const StringRep* rep)
+    {
+        return rep->refs.load(std::memory_order_relaxed) & kImmortal;
+    }
+
+    static void ref(StringRep* rep)
+    {
+        if (!immortal(rep))
+            rep->refs.fetch_add(1, std::memory_order_relaxed);
+    }
+
+    static void unref(StringRep* rep)
+    {
+        if (!immortal(rep) && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            destroy(rep);
+    }
+};
+
+// The empty text every String starts as: constant-initialized, so Strings made by other
+// static constructors find it ready.
+struct StringRepEmpty
+{
+    StringRep rep;
+    Uint16 terminator;
+};
+extern PEGASUS_COMMON_LINKAGE StringRepEmpty stringRepEmpty;
 
 // Owns a null-terminated UTF-8 text; the default CString holds a null pointer.
 class PEGASUS_COMMON_LINKAGE CString
@@ -36,9 +87,9 @@ class PEGASUS_COMMON_LINKAGE String
 public:
     static const String EMPTY;
 
-    String();
-    String(const String& str);
-    String(String&& str) noexcept;
+    String() : _rep(&stringRepEmpty.rep) {}
+    String(const String& str) : _rep(str._rep) { StringRep::ref(_rep); }
+    String(String&& str) noexcept : _rep(str._rep) { str._rep = &stringRepEmpty.rep; }
     // First n units of str; n > str.size() throws IndexOutOfBoundsException.
     String(const String& str, Uint32 n);
     // Null pointers throw NullPointer.
@@ -52,12 +103,21 @@ public:
     String(const String& s1, const String& s2);
     String(const String& s1, const char* s2);
     String(const char* s1, const String& s2);
-    ~String();
+    ~String() { StringRep::unref(_rep); }
 
-    String& operator=(const String& str);
+    String& operator=(const String& str) { return assign(str); }
     String& operator=(String&& str) noexcept;
     String& operator=(const char* str);
-    String& assign(const String& str);
+    String& assign(const String& str)
+    {
+        if (_rep != str._rep)
+        {
+            StringRep::ref(str._rep);
+            StringRep::unref(_rep);
+            _rep = str._rep;
+        }
+        return *this;
+    }
     String& assign(const Char16* str);
     String& assign(const Char16* str, Uint32 n);
     String& assign(const char* str);
@@ -65,9 +125,9 @@ public:
 
     void clear();
     void reserveCapacity(Uint32 capacity);
-    Uint32 size() const;
+    Uint32 size() const { return _rep->size; }
     // Null-terminated; valid until this String changes.
-    const Char16* getChar16Data() const;
+    const Char16* getChar16Data() const { return _rep->data(); }
     CString getCString() const;
 
     // index == size() yields the terminating 0; index > size() throws
@@ -109,6 +169,9 @@ public:
     static Boolean equalNoCase(const String& s1, const char* s2);
 
 private:
+    friend PEGASUS_COMMON_LINKAGE String internedText(const String& text);
+    friend PEGASUS_COMMON_LINKAGE bool isInterned(const String& text);
+
     void _unshare();
     void _reserve(Uint32 capacity);
     void _appendUtf8(const char* str, size_t n);

@@ -18,8 +18,8 @@ typedef ValueText::Origin Origin;
 
 [[noreturn]] void invalid(const Origin& where, const std::string& what, const std::string& text)
 {
-    std::string msg = where.str() + ": " + what + " \"" + text + "\"";
-    throw CIMException(CIM_ERR_INVALID_PARAMETER, String(msg.c_str()));
+    const std::string msg = where.str() + ": " + what + " \"" + text + "\"";
+    throw CIMException(CIM_ERR_INVALID_PARAMETER, ValueText::messageText(msg));
 }
 
 std::string trimmed(const std::string& text)
@@ -246,6 +246,27 @@ bool ValueText::parseBoolean(const std::string& text, bool& result)
         return true;
     }
     return false;
+}
+
+String ValueText::messageText(const std::string& bytes)
+{
+    try
+    {
+        return String(bytes.c_str());
+    }
+    catch (const Exception&)
+    {
+        static const char hex[] = "0123456789ABCDEF";
+        std::string escaped;
+        for (unsigned char c : bytes)
+        {
+            if (c < 0x80)
+                escaped += static_cast<char>(c);
+            else
+                escaped += std::string("\\x") + hex[c >> 4] + hex[c & 15];
+        }
+        return String(escaped.c_str());
+    }
 }
 
 void ValueText::throwNotUtf8(const char* where)

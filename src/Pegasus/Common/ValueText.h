@@ -48,6 +48,11 @@ public:
     // TRUE or FALSE in any case, white space around it ignored; false for anything else.
     static bool parseBoolean(const std::string& text, bool& result);
 
+    // A String for an error message about input: `bytes` as they stand when they are UTF-8,
+    // else with every byte from 0x80 up written as \xNN, so that reporting bad input never
+    // fails itself.
+    static String messageText(const std::string& bytes);
+
     // CIMException(CIM_ERR_INVALID_PARAMETER) "text of <where> is not valid UTF-8".
     [[noreturn]] static void throwNotUtf8(const char* where);
 };

@@ -20,10 +20,8 @@ public:
     virtual ~CIMMethodProvider();
 
     virtual void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& objectReference,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler) = 0;
 };
 

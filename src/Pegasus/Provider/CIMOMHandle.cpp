@@ -35,12 +35,8 @@ run(CIMOMHandleRep& host, const OperationContext& context, const CIMOperationReq
 }  // namespace
 
 CIMClass CIMOMHandle::getClass(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return run(_host(), context,
@@ -51,12 +47,8 @@ CIMClass CIMOMHandle::getClass(
 }
 
 Array<CIMClass> CIMOMHandle::enumerateClasses(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
     Boolean includeClassOrigin)
 {
     return run(_host(), context,
@@ -67,9 +59,7 @@ Array<CIMClass> CIMOMHandle::enumerateClasses(
 }
 
 Array<CIMName> CIMOMHandle::enumerateClassNames(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className,
     Boolean deepInheritance)
 {
     return run(_host(), context,
@@ -78,37 +68,28 @@ Array<CIMName> CIMOMHandle::enumerateClassNames(
 }
 
 void CIMOMHandle::createClass(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMClass& newClass)
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& newClass)
 {
     run(_host(), context, CIMOperationRequest::createClass(nameSpace, newClass));
 }
 
 void CIMOMHandle::modifyClass(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
     const CIMClass& modifiedClass)
 {
     run(_host(), context, CIMOperationRequest::modifyClass(nameSpace, modifiedClass));
 }
 
 void CIMOMHandle::deleteClass(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     run(_host(), context, CIMOperationRequest::deleteClass(nameSpace, className));
 }
 
 CIMInstance CIMOMHandle::getInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return run(_host(), context,
                CIMOperationRequest::getInstance(
@@ -118,14 +99,9 @@ CIMInstance CIMOMHandle::getInstance(
 }
 
 Array<CIMInstance> CIMOMHandle::enumerateInstances(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return run(_host(), context,
                CIMOperationRequest::enumerateInstances(
@@ -135,17 +111,14 @@ Array<CIMInstance> CIMOMHandle::enumerateInstances(
 }
 
 Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     return run(_host(), context, CIMOperationRequest::enumerateInstanceNames(nameSpace, className))
         .paths;
 }
 
 CIMObjectPath CIMOMHandle::createInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
     const CIMInstance& newInstance)
 {
     return run(_host(), context, CIMOperationRequest::createInstance(nameSpace, newInstance))
@@ -153,10 +126,8 @@ CIMObjectPath CIMOMHandle::createInstance(
 }
 
 void CIMOMHandle::modifyInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance, Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
     run(_host(), context,
@@ -165,17 +136,14 @@ void CIMOMHandle::modifyInstance(
 }
 
 void CIMOMHandle::deleteInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
     const CIMObjectPath& instanceName)
 {
     run(_host(), context, CIMOperationRequest::deleteInstance(nameSpace, instanceName));
 }
 
 Array<CIMObject> CIMOMHandle::execQuery(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const String& queryLanguage,
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const String& queryLanguage,
     const String& query)
 {
     return run(_host(), context, CIMOperationRequest::execQuery(nameSpace, queryLanguage, query))
@@ -183,16 +151,10 @@ Array<CIMObject> CIMOMHandle::execQuery(
 }
 
 Array<CIMObject> CIMOMHandle::associators(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+    const String& role, const String& resultRole, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return run(_host(), context,
                CIMOperationRequest::associators(
@@ -202,13 +164,9 @@ Array<CIMObject> CIMOMHandle::associators(
 }
 
 Array<CIMObjectPath> CIMOMHandle::associatorNames(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+    const String& role, const String& resultRole)
 {
     return run(_host(), context,
                CIMOperationRequest::associatorNames(
@@ -217,14 +175,9 @@ Array<CIMObjectPath> CIMOMHandle::associatorNames(
 }
 
 Array<CIMObject> CIMOMHandle::references(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return run(_host(), context,
                CIMOperationRequest::references(
@@ -234,11 +187,8 @@ Array<CIMObject> CIMOMHandle::references(
 }
 
 Array<CIMObjectPath> CIMOMHandle::referenceNames(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
 {
     return run(_host(), context,
                CIMOperationRequest::referenceNames(nameSpace, objectName, resultClass, role))
@@ -246,10 +196,8 @@ Array<CIMObjectPath> CIMOMHandle::referenceNames(
 }
 
 CIMValue CIMOMHandle::getProperty(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& propertyName)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& propertyName)
 {
     return run(_host(), context,
                CIMOperationRequest::getProperty(nameSpace, instanceName, propertyName))
@@ -257,23 +205,17 @@ CIMValue CIMOMHandle::getProperty(
 }
 
 void CIMOMHandle::setProperty(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& propertyName,
-    const CIMValue& newValue)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& propertyName, const CIMValue& newValue)
 {
     run(_host(), context,
         CIMOperationRequest::setProperty(nameSpace, instanceName, propertyName, newValue));
 }
 
 CIMValue CIMOMHandle::invokeMethod(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
-    Array<CIMParamValue>& outParameters)
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
 {
     return run(_host(), context,
                CIMOperationRequest::invokeMethod(nameSpace, instanceName, methodName, inParameters))

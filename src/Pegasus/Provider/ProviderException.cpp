@@ -8,8 +8,7 @@ CIMOperationFailedException::CIMOperationFailedException(const String& message)
 }
 
 CIMOperationFailedException::CIMOperationFailedException(
-    const CIMStatusCode code,
-    const String& message)
+    const CIMStatusCode code, const String& message)
     : CIMException(code, message)
 {
 }

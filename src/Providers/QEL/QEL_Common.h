@@ -68,41 +68,23 @@ public:
     static Uint32
     getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Uint16& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Array<Uint16>& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Uint32& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Uint64& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Boolean& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        CIMDateTime& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        CIMObjectPath& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        String& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue);
     static Uint32 getParameter(
-        const Array<CIMParamValue>& paramList,
-        const String& paramName,
-        Array<String>& paramValue);
+        const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue);
 
     static String getStringProperty(const CIMInstance& instance, const String& propertyName);
     static String getStringProperty(const CIMObjectPath& objectPath, const String& propertyName);
@@ -141,14 +123,9 @@ public:
 
     static CIMInstance buildInstanceSkeleton(CIMClass& myClass);
     static CIMClass getStoredCIMClass(
-        CIMOMHandle& cimom,
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        CIMOMHandle& cimom, const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // ---- Storage-system identity ------------------------------------------
 
@@ -172,10 +149,8 @@ public:
     static Array<CIMObjectPath>
     enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className);
     static CIMValue invokeMethod(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters);
     static CIMObjectPath
     buildInternalCacheObjectPath(const String& hostAddr, const String& systemName);
@@ -185,114 +160,65 @@ public:
     static Boolean matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2);
 
     static Boolean verifyRefMethodParam(
-        CIMObjectPath& ref,
-        const CIMNamespaceName& nameSpace,
-        const String& systemAddress);
+        CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress);
     static Boolean verifyRefMethodParam(
-        CIMObjectPath& ref,
-        const CIMNamespaceName& nameSpace,
-        const String& systemAddress,
+        CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress,
         const CIMName& expectedClass);
     static Boolean verifyRefMethodParam(
-        CIMObjectPath& ref,
-        const CIMNamespaceName& nameSpace,
-        const String& systemAddress,
+        CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress,
         const Array<CIMName>& expectedClasses);
 
     static Boolean _isInstanceValidReference(
-        const CIMObjectPath& target,
-        const CIMInstance& instance,
-        const String& role);
+        const CIMObjectPath& target, const CIMInstance& instance, const String& role);
     static Array<CIMInstance> filterReferenceNames(
-        const Array<CIMInstance>& targetAssociationInstanceList,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role);
+        const Array<CIMInstance>& targetAssociationInstanceList, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role);
     static Array<CIMObjectPath> filterAssocInstanceToTargetPaths(
-        const CIMInstance& assocInstance,
-        const CIMObjectPath& targetObjectPath,
-        const Array<CIMName>& resultClass,
-        const String& resultRole);
+        const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath,
+        const Array<CIMName>& resultClass, const String& resultRole);
     static Array<CIMInstance> filterAssocInstanceToTargetInstances(
-        const CIMInstance& assocInstance,
-        const CIMObjectPath& targetObjectPath,
-        const Array<CIMInstance>& resultInstanceList,
-        const Array<CIMName>& resultClass,
+        const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath,
+        const Array<CIMInstance>& resultInstanceList, const Array<CIMName>& resultClass,
         const String& resultRole);
 
     static Boolean isPoolPath(const CIMObjectPath& objectName, const String& instanceID);
 
     static CIMObjectPath buildDepAssocPath(
-        const String& systemAddress,
-        const CIMName& assocClass,
-        const CIMObjectPath& antecedent,
+        const String& systemAddress, const CIMName& assocClass, const CIMObjectPath& antecedent,
         const CIMObjectPath& dependent);
     static CIMInstance buildDepAssocInstance(
-        const String& systemAddress,
-        const CIMName& assocClass,
-        const CIMObjectPath& antecedent,
-        const CIMObjectPath& dependent,
-        const CIMClass& classSkeleton);
+        const String& systemAddress, const CIMName& assocClass, const CIMObjectPath& antecedent,
+        const CIMObjectPath& dependent, const CIMClass& classSkeleton);
 
     static CIMObjectPath buildAssocPath(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const String& hostAddress,
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2, const String& hostAddress,
         const CIMNamespaceName& nameSpace);
     static CIMObjectPath buildAssocPath(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const String& hostAddress1,
-        const String& hostAddress2,
-        const String& localAddress,
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const String& hostAddress1, const String& hostAddress2, const String& localAddress,
         const CIMNamespaceName& nameSpace);
     static CIMObjectPath buildAssocPath(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMName& assocName3,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const CIMObjectPath& assocPath3,
-        const String& hostAddress,
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMName& assocName3, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const CIMObjectPath& assocPath3, const String& hostAddress,
         const CIMNamespaceName& nameSpace);
 
     static CIMInstance buildAssocInstance(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const CIMClass& classSkeleton,
-        const String& hostAddress,
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const CIMClass& classSkeleton, const String& hostAddress,
         const CIMNamespaceName& nameSpace);
     static CIMInstance buildAssocInstance(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const CIMClass& classSkeleton,
-        const String& hostAddress1,
-        const String& hostAddress2,
-        const String& localAddress,
-        const CIMNamespaceName& nameSpace);
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const CIMClass& classSkeleton, const String& hostAddress1, const String& hostAddress2,
+        const String& localAddress, const CIMNamespaceName& nameSpace);
     static CIMInstance buildAssocInstance(
-        const CIMName& assocClass,
-        const CIMName& assocName1,
-        const CIMName& assocName2,
-        const CIMName& assocName3,
-        const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2,
-        const CIMObjectPath& assocPath3,
-        const CIMClass& classSkeleton,
-        const String& hostAddress,
+        const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+        const CIMName& assocName3, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const CIMObjectPath& assocPath3, const CIMClass& classSkeleton, const String& hostAddress,
         const CIMNamespaceName& nameSpace);
 
     static Boolean isPartOfArray(const String& key, const Array<String>& list);
@@ -319,28 +245,17 @@ public:
     static Uint32 getInstanceThreshold(Uint32 th_scale);
 
     static int setEventParam(
-        api_evtparam_t* eventp,
-        const char* className,
-        const char* method,
-        const char* op,
-        const char* user,
-        const char* addr);
+        api_evtparam_t* eventp, const char* className, const char* method, const char* op,
+        const char* user, const char* addr);
     static int setEventParam(
-        api_evtparam_t* eventp,
-        const char* className,
-        const char* method,
-        const char* op,
-        const char* user,
-        const char* addr,
-        const char* evtText);
+        api_evtparam_t* eventp, const char* className, const char* method, const char* op,
+        const char* user, const char* addr, const char* evtText);
     static int setEventOp(api_evtparam_t* eventp, const char* op);
 
     static int getNodePairIndex(int nodePosition);
     static int returnRAIDType(Uint16 packageRedundancy, Uint16 dataRedundancy);
     static Boolean isSameRAID(
-        Uint16 dataRedundancy1,
-        Uint16 packageRedundancy1,
-        Uint16 dataRedundancy2,
+        Uint16 dataRedundancy1, Uint16 packageRedundancy1, Uint16 dataRedundancy2,
         Uint16 packageRedundancy2);
     static Boolean isSameRAID(Uint16 raidType, Uint16 dataRedundancy, Uint16 packageRedundancy);
     static String getRaidTypeStr(int raidType);
@@ -352,57 +267,31 @@ public:
 // otherwise the library's answer.
 
 int authorize_CreateOrModifyElemFromStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ModifySynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_CreateOrModifyStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_DeleteStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_DeleteStorageVolume(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_CreateElementReplica(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_CreateGroupReplica(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ModifyReplicaSynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ModifyListSynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ReplicationServiceCapabilitiesMethod(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ModifyStorageSetting_Transient(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_ModifyStorageSetting_Persistent(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 int authorize_AllocatedFromStoragePoolModifyInstance(
-    const String& userName,
-    const String& ipAddr,
-    const CIMObjectPath& path);
+    const String& userName, const String& ipAddr, const CIMObjectPath& path);
 
 // Chooses the key for returning one volume to its pool (0 with methodName set,
 // 0 with methodName unchanged when the volume is not found or of kind 0, 3 for

@@ -228,9 +228,7 @@ QEL_Common::getProperty(CIMInstance& instance, const String& propertyName, CIMDa
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Uint8& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint8), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -239,9 +237,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Uint16& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint16), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -250,9 +246,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Array<Uint16>& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue)
 {
     log_message(
         4, "-->QEL_Common::getParameter(Array<Uint16>), paramName = %s\n", QEL_CSTR(paramName));
@@ -262,9 +256,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Uint32& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint32), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -273,9 +265,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Uint64& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Uint64), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -286,9 +276,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Boolean& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(Boolean), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -297,9 +285,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    CIMDateTime& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue)
 {
     log_message(
         4, "-->QEL_Common::getParameter(CIMDateTime), paramName = %s\n", QEL_CSTR(paramName));
@@ -311,9 +297,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    CIMObjectPath& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue)
 {
     log_message(
         4, "-->QEL_Common::getParameter(CIMObjectPath), paramName = %s\n", QEL_CSTR(paramName));
@@ -325,9 +309,7 @@ Uint32 QEL_Common::getParameter(
 }
 
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    String& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue)
 {
     log_message(4, "-->QEL_Common::getParameter(String), paramName = %s\n", QEL_CSTR(paramName));
     Uint32 rc = _readParameter(paramList, paramName, paramValue);
@@ -337,9 +319,7 @@ Uint32 QEL_Common::getParameter(
 
 // The exit trace has no line end; kept as the array's trace readers expect.
 Uint32 QEL_Common::getParameter(
-    const Array<CIMParamValue>& paramList,
-    const String& paramName,
-    Array<String>& paramValue)
+    const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue)
 {
     log_message(
         4, "-->QEL_Common::getParameter(Array<String>), paramName = %s\n", QEL_CSTR(paramName));
@@ -432,65 +412,49 @@ void QEL_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, c
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<String>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<String>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<Uint16>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<Uint16>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<Sint32>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<Sint32>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<Uint64>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<Uint64>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<Boolean>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<Boolean>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const Array<CIMDateTime>& value)
+    CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const CIMObjectPath& value)
+    CIMInstance& instance, CIMName propertyName, const CIMObjectPath& value)
 {
     _writeProperty(instance, propertyName, value);
 }
 
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const CIMDateTime& value)
+    CIMInstance& instance, CIMName propertyName, const CIMDateTime& value)
 {
     _writeProperty(instance, propertyName, value);
 }
@@ -498,9 +462,7 @@ void QEL_Common::setPropertyValue(
 // An embedded instance replaces the property (a typed instance value cannot
 // be set on a property declared as a string holding embedded text).
 void QEL_Common::setPropertyValue(
-    CIMInstance& instance,
-    CIMName propertyName,
-    const CIMInstance& value)
+    CIMInstance& instance, CIMName propertyName, const CIMInstance& value)
 {
     Uint32 pos = instance.findProperty(propertyName);
     if (pos == PEG_NOT_FOUND)
@@ -513,9 +475,7 @@ void QEL_Common::setPropertyValue(
 }
 
 void QEL_Common::setPropertyValueToNull(
-    CIMInstance& instance,
-    CIMName propertyName,
-    CIMType cimtype)
+    CIMInstance& instance, CIMName propertyName, CIMType cimtype)
 {
     CIMValue nullValue;
     nullValue.setNullValue(cimtype, false, 0);
@@ -532,14 +492,9 @@ CIMInstance QEL_Common::buildInstanceSkeleton(CIMClass& myClass)
 }
 
 CIMClass QEL_Common::getStoredCIMClass(
-    CIMOMHandle& cimom,
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMOMHandle& cimom, const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return QEL_InternalCacheService::getInstance()->getStoredCIMClass(
         cimom, context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,

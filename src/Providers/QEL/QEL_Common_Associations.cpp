@@ -93,9 +93,7 @@ struct _AssocEnds
 };
 
 CIMObjectPath _assocPath(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& assocClass,
+    const String& host, const CIMNamespaceName& nameSpace, const CIMName& assocClass,
     const _AssocEnds& e)
 {
     Array<CIMKeyBinding> keys;
@@ -167,9 +165,7 @@ Boolean _findReference(const CIMInstance& instance, Found found)
 // association instance that does not name the source end.
 template <class Visit>
 void _forEachFarEnd(
-    const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath,
-    Visit visit)
+    const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath, Visit visit)
 {
     _findReference(
         assocInstance,
@@ -187,11 +183,8 @@ void _forEachFarEnd(
 // (or once when resultClass is empty) if the role allows it.
 template <class Append>
 void _selectFarEnd(
-    const CIMName& propertyName,
-    const CIMObjectPath& value,
-    const Array<CIMName>& resultClass,
-    const String& resultRole,
-    Append append)
+    const CIMName& propertyName, const CIMObjectPath& value, const Array<CIMName>& resultClass,
+    const String& resultRole, Append append)
 {
     if (resultClass.size() == 0)
     {
@@ -219,9 +212,7 @@ Boolean QEL_Common::matchObjectPath(const CIMObjectPath& path1, const CIMObjectP
 }
 
 Boolean QEL_Common::verifyRefMethodParam(
-    CIMObjectPath& ref,
-    const CIMNamespaceName& nameSpace,
-    const String& systemAddress)
+    CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress)
 {
     if (ref.getNameSpace().isNull())
     {
@@ -268,9 +259,7 @@ Boolean QEL_Common::verifyRefMethodParam(
 }
 
 Boolean QEL_Common::verifyRefMethodParam(
-    CIMObjectPath& ref,
-    const CIMNamespaceName& nameSpace,
-    const String& systemAddress,
+    CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress,
     const CIMName& expectedClass)
 {
     if (!verifyRefMethodParam(ref, nameSpace, systemAddress))
@@ -281,9 +270,7 @@ Boolean QEL_Common::verifyRefMethodParam(
 }
 
 Boolean QEL_Common::verifyRefMethodParam(
-    CIMObjectPath& ref,
-    const CIMNamespaceName& nameSpace,
-    const String& systemAddress,
+    CIMObjectPath& ref, const CIMNamespaceName& nameSpace, const String& systemAddress,
     const Array<CIMName>& expectedClasses)
 {
     if (!verifyRefMethodParam(ref, nameSpace, systemAddress))
@@ -294,9 +281,7 @@ Boolean QEL_Common::verifyRefMethodParam(
 }
 
 Boolean QEL_Common::_isInstanceValidReference(
-    const CIMObjectPath& target,
-    const CIMInstance& instance,
-    const String& role)
+    const CIMObjectPath& target, const CIMInstance& instance, const String& role)
 {
     if (role.size() != 0)
     {
@@ -315,10 +300,8 @@ Boolean QEL_Common::_isInstanceValidReference(
 }
 
 Array<CIMInstance> QEL_Common::filterReferenceNames(
-    const Array<CIMInstance>& targetAssociationInstanceList,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role)
+    const Array<CIMInstance>& targetAssociationInstanceList, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role)
 {
     CIMObjectPath target = _bareReference(objectName);
     Array<CIMInstance> kept;
@@ -335,10 +318,8 @@ Array<CIMInstance> QEL_Common::filterReferenceNames(
 }
 
 Array<CIMObjectPath> QEL_Common::filterAssocInstanceToTargetPaths(
-    const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath,
-    const Array<CIMName>& resultClass,
-    const String& resultRole)
+    const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath,
+    const Array<CIMName>& resultClass, const String& resultRole)
 {
     Array<CIMObjectPath> result;
     _forEachFarEnd(
@@ -353,10 +334,8 @@ Array<CIMObjectPath> QEL_Common::filterAssocInstanceToTargetPaths(
 }
 
 Array<CIMInstance> QEL_Common::filterAssocInstanceToTargetInstances(
-    const CIMInstance& assocInstance,
-    const CIMObjectPath& targetObjectPath,
-    const Array<CIMInstance>& resultInstanceList,
-    const Array<CIMName>& resultClass,
+    const CIMInstance& assocInstance, const CIMObjectPath& targetObjectPath,
+    const Array<CIMInstance>& resultInstanceList, const Array<CIMName>& resultClass,
     const String& resultRole)
 {
     Array<CIMInstance> result;
@@ -390,9 +369,7 @@ Boolean QEL_Common::isPoolPath(const CIMObjectPath& objectName, const String& in
 // Unlike buildAssocPath, the ends are used as given (no re-hosting) and the
 // namespace is fixed; intended.
 CIMObjectPath QEL_Common::buildDepAssocPath(
-    const String& systemAddress,
-    const CIMName& assocClass,
-    const CIMObjectPath& antecedent,
+    const String& systemAddress, const CIMName& assocClass, const CIMObjectPath& antecedent,
     const CIMObjectPath& dependent)
 {
     return _assocPath(
@@ -401,11 +378,8 @@ CIMObjectPath QEL_Common::buildDepAssocPath(
 }
 
 CIMInstance QEL_Common::buildDepAssocInstance(
-    const String& systemAddress,
-    const CIMName& assocClass,
-    const CIMObjectPath& antecedent,
-    const CIMObjectPath& dependent,
-    const CIMClass& classSkeleton)
+    const String& systemAddress, const CIMName& assocClass, const CIMObjectPath& antecedent,
+    const CIMObjectPath& dependent, const CIMClass& classSkeleton)
 {
     return _assocInstance(
         classSkeleton, _AssocEnds{{"Antecedent", "Dependent"}, {antecedent, dependent}, 2},
@@ -413,12 +387,8 @@ CIMInstance QEL_Common::buildDepAssocInstance(
 }
 
 CIMObjectPath QEL_Common::buildAssocPath(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const String& hostAddress,
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2, const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
     return buildAssocPath(
@@ -427,15 +397,9 @@ CIMObjectPath QEL_Common::buildAssocPath(
 }
 
 CIMObjectPath QEL_Common::buildAssocPath(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const String& hostAddress1,
-    const String& hostAddress2,
-    const String& localAddress,
-    const CIMNamespaceName& nameSpace)
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2, const String& hostAddress1,
+    const String& hostAddress2, const String& localAddress, const CIMNamespaceName& nameSpace)
 {
     return _assocPath(
         localAddress, nameSpace, assocClass,
@@ -446,15 +410,9 @@ CIMObjectPath QEL_Common::buildAssocPath(
 }
 
 CIMObjectPath QEL_Common::buildAssocPath(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMName& assocName3,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const CIMObjectPath& assocPath3,
-    const String& hostAddress,
-    const CIMNamespaceName& nameSpace)
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMName& assocName3, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+    const CIMObjectPath& assocPath3, const String& hostAddress, const CIMNamespaceName& nameSpace)
 {
     return _assocPath(
         hostAddress, nameSpace, assocClass,
@@ -466,14 +424,9 @@ CIMObjectPath QEL_Common::buildAssocPath(
 }
 
 CIMInstance QEL_Common::buildAssocInstance(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const CIMClass& classSkeleton,
-    const String& hostAddress,
-    const CIMNamespaceName& nameSpace)
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2, const CIMClass& classSkeleton,
+    const String& hostAddress, const CIMNamespaceName& nameSpace)
 {
     return buildAssocInstance(
         assocClass, assocName1, assocName2, assocPath1, assocPath2, classSkeleton, hostAddress,
@@ -482,15 +435,9 @@ CIMInstance QEL_Common::buildAssocInstance(
 
 // The instance's references and its path's keys are the same ends.
 CIMInstance QEL_Common::buildAssocInstance(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const CIMClass& classSkeleton,
-    const String& hostAddress1,
-    const String& hostAddress2,
-    const String& localAddress,
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2, const CIMClass& classSkeleton,
+    const String& hostAddress1, const String& hostAddress2, const String& localAddress,
     const CIMNamespaceName& nameSpace)
 {
     const _AssocEnds ends = {
@@ -502,15 +449,9 @@ CIMInstance QEL_Common::buildAssocInstance(
 }
 
 CIMInstance QEL_Common::buildAssocInstance(
-    const CIMName& assocClass,
-    const CIMName& assocName1,
-    const CIMName& assocName2,
-    const CIMName& assocName3,
-    const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2,
-    const CIMObjectPath& assocPath3,
-    const CIMClass& classSkeleton,
-    const String& hostAddress,
+    const CIMName& assocClass, const CIMName& assocName1, const CIMName& assocName2,
+    const CIMName& assocName3, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+    const CIMObjectPath& assocPath3, const CIMClass& classSkeleton, const String& hostAddress,
     const CIMNamespaceName& nameSpace)
 {
     const _AssocEnds ends = {

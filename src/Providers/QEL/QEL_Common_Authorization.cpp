@@ -135,10 +135,7 @@ Boolean _parseVolumeWWN(const String& text, Uint64& wwn)
 // Asks the library for every volume in order with the key chosen for it;
 // the first non-zero result ends the walk.
 int _authorizeVolumes(
-    const String& userName,
-    const String& ipAddr,
-    Array<CIMObjectPath>& volumes,
-    String& key)
+    const String& userName, const String& ipAddr, Array<CIMObjectPath>& volumes, String& key)
 {
     int rc = 0;
     for (Uint32 i = 0; i < volumes.size() && rc == 0; i++)
@@ -157,9 +154,7 @@ int _authorizeVolumes(
 // Naming the element with neither a size nor a name is allowed without asking
 // the library; intended, the method itself rejects such a request.
 int authorize_CreateOrModifyElemFromStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Boolean hasName = false;
     Boolean hasSize = false;
@@ -207,9 +202,7 @@ int authorize_CreateOrModifyElemFromStoragePool(
 }
 
 int authorize_ModifySynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     static const CodeKey keys[] = {
         {2, "qel_storageconfigurationservice.modifysynchronization.detach"},
@@ -228,9 +221,7 @@ int authorize_ModifySynchronization(
 }
 
 int authorize_CreateOrModifyStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     CIMObjectPath pool;
     if (_referenceParam(inParameters, "Pool", pool) && !pool.getClassName().isNull())
@@ -243,9 +234,7 @@ int authorize_CreateOrModifyStoragePool(
 }
 
 int authorize_DeleteStoragePool(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     CIMObjectPath pool;
     if (!_referenceParam(inParameters, "Pool", pool) || pool.getClassName().isNull())
@@ -268,9 +257,7 @@ int authorize_DeleteStoragePool(
 }
 
 int authorize_DeleteStorageVolume(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Array<CIMObjectPath> volumes;
     for (Uint32 i = 0; i < inParameters.size(); i++)
@@ -306,9 +293,7 @@ namespace
 // Without both the library is not asked (the method rejects the request).
 template <size_t N>
 int _authorizeReplica(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters,
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters,
     const CodeKey (&keysBySyncType)[N])
 {
     Uint16 syncType = 0;
@@ -331,9 +316,7 @@ CIMObjectPath _syncedVolume(const CIMObjectPath& synchronization)
 }  // anonymous namespace
 
 int authorize_CreateElementReplica(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     static const CodeKey keys[] = {
         {7, "qel_replicationservice.createelementreplica.createsv"},
@@ -343,9 +326,7 @@ int authorize_CreateElementReplica(
 }
 
 int authorize_CreateGroupReplica(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     static const CodeKey keys[] = {
         {6, "qel_replicationservice.creategroupreplica.createmirror"},
@@ -360,9 +341,7 @@ int authorize_CreateGroupReplica(
 // the key of the synchronized volume; when none is chosen the library is not
 // asked.
 int authorize_ModifyReplicaSynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     static const CodeKey keys[] = {
         {2, "qel_replicationservice.modifyreplicasynchronization.abort "},
@@ -413,9 +392,7 @@ int authorize_ModifyReplicaSynchronization(
 // volume that is not found is asked with it and refused by the library; a
 // choice (docs/module-choices.md).
 int authorize_ModifyListSynchronization(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     static const CodeKey keys[] = {
         {2, "qel_replicationservice.modifylistsynchronization.abort"},
@@ -456,33 +433,25 @@ int authorize_ModifyListSynchronization(
 }
 
 int authorize_ReplicationServiceCapabilitiesMethod(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, "qel_replicationservicecapabilities");
 }
 
 int authorize_ModifyStorageSetting_Transient(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, KEY_SET_VOLUME);
 }
 
 int authorize_ModifyStorageSetting_Persistent(
-    const String& userName,
-    const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     return _authorize(userName, ipAddr, "qel_storagesetting.modifyinstance");
 }
 
 int authorize_AllocatedFromStoragePoolModifyInstance(
-    const String& userName,
-    const String& ipAddr,
-    const CIMObjectPath& path)
+    const String& userName, const String& ipAddr, const CIMObjectPath& path)
 {
     CIMName antecedent = _referenceKey(path, "Antecedent").getClassName();
     CIMName dependent = _referenceKey(path, "Dependent").getClassName();

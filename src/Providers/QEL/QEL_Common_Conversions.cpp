@@ -363,12 +363,8 @@ Uint32 QEL_Common::getInstanceThreshold(Uint32 th_scale)
 // A missing class name still yields a leading colon before the method;
 // intended, the audit log readers expect it.
 int QEL_Common::setEventParam(
-    api_evtparam_t* eventp,
-    const char* className,
-    const char* method,
-    const char* op,
-    const char* user,
-    const char* addr)
+    api_evtparam_t* eventp, const char* className, const char* method, const char* op,
+    const char* user, const char* addr)
 {
     if (_noRecord(
             eventp,
@@ -403,13 +399,8 @@ int QEL_Common::setEventParam(
 // A null record is refused with the six-argument form's trace and result
 // instead of being written through.
 int QEL_Common::setEventParam(
-    api_evtparam_t* eventp,
-    const char* className,
-    const char* method,
-    const char* op,
-    const char* user,
-    const char* addr,
-    const char* evtText)
+    api_evtparam_t* eventp, const char* className, const char* method, const char* op,
+    const char* user, const char* addr, const char* evtText)
 {
     int rc = setEventParam(eventp, className, method, op, user, addr);
     if (rc != 0)
@@ -463,9 +454,7 @@ int QEL_Common::returnRAIDType(Uint16 packageRedundancy, Uint16 dataRedundancy)
 }
 
 Boolean QEL_Common::isSameRAID(
-    Uint16 dataRedundancy1,
-    Uint16 packageRedundancy1,
-    Uint16 dataRedundancy2,
+    Uint16 dataRedundancy1, Uint16 packageRedundancy1, Uint16 dataRedundancy2,
     Uint16 packageRedundancy2)
 {
     return returnRAIDType(packageRedundancy1, dataRedundancy1) ==

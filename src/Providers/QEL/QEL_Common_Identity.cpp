@@ -245,11 +245,8 @@ QEL_Common::enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMN
 }
 
 CIMValue QEL_Common::invokeMethod(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
-    Array<CIMParamValue>& outParameters)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
 {
     log_message(4, "-->QEL_Common::invokeMethod()\n");
     CIMClient client;

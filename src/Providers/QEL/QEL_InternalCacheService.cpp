@@ -23,9 +23,7 @@ String _classKey(const CIMNamespaceName& nameSpace, const CIMName& className)
 // without regard to case and their order does not change the class returned,
 // so they are lower-cased and sorted; a null list differs from an empty one.
 String _variantKey(
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     String key;
@@ -71,14 +69,9 @@ QEL_InternalCacheService* QEL_InternalCacheService::getInstance()
 }
 
 CIMClass QEL_InternalCacheService::getStoredCIMClass(
-    CIMOMHandle& cimom,
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMOMHandle& cimom, const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     const String classKey = _classKey(nameSpace, className);
     const String variantKey =

@@ -36,14 +36,9 @@ public:
     // is the caller's own copy: changing it leaves the cache untouched.
     // Whatever getClass throws passes to the caller and nothing is remembered.
     CIMClass getStoredCIMClass(
-        CIMOMHandle& cimom,
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        CIMOMHandle& cimom, const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // Forgets every remembered class (after a schema change, say).
     void clearStoredClasses();

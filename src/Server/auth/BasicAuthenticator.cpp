@@ -3,10 +3,7 @@
 #include "Base64.h"
 #include "PasswordHash.h"
 
-#include <cerrno>
-#include <cstring>
 #include <strings.h>
-#include <sys/stat.h>
 
 namespace qel
 {
@@ -14,9 +11,7 @@ namespace auth
 {
 
 bool parseBasicCredentials(
-    const std::string& authorization,
-    std::string& user,
-    std::string& password)
+    const std::string& authorization, std::string& user, std::string& password)
 {
     size_t i = authorization.find_first_not_of(" \t");
     if (i == std::string::npos || authorization.size() < i + 6 ||
@@ -40,58 +35,43 @@ bool parseBasicCredentials(
     return true;
 }
 
-BasicAuthenticator::BasicAuthenticator(std::string passwordFile) : _path(std::move(passwordFile))
+BasicAuthenticator::Users BasicAuthenticator::loadUsers(const std::string& path)
 {
-    std::lock_guard<std::mutex> lock(_mutex);
-    struct stat st;
-    if (::stat(_path.c_str(), &st) != 0)
-        throw PasswordFileError("cannot read password file " + _path + ": " + std::strerror(errno));
-    _file = PasswordFile::load(_path, false);
-    _inode = st.st_ino;
-    _size = st.st_size;
-    _mtimeNs = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-    _generation = 1;
+    Users users;
+    users.file = PasswordFile::load(path, false);
+    // A hash of a random password, made like the file's first one: checking an unknown
+    // user against it costs what checking a known user costs.
+    const auto& entries = users.file.entries();
+    users.standIn = hashLike(generatePassword(), entries.empty() ? std::string() : entries[0].hash);
+    return users;
 }
 
-void BasicAuthenticator::refreshLocked()
+BasicAuthenticator::BasicAuthenticator(std::string passwordFile, AuthenticatorOptions options)
+    : _remembered(options.rememberFor, std::move(options.clock)),
+      _users(WatchedFile<Users>::open<PasswordFileError>(
+          std::move(passwordFile), "password file", &BasicAuthenticator::loadUsers))
 {
-    struct stat st;
-    if (::stat(_path.c_str(), &st) != 0)
-    {
-        _lastError = "cannot read password file " + _path + ": " + std::strerror(errno);
-        return;
-    }
-    const int64_t mtimeNs =
-        static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-    if (st.st_ino == _inode && st.st_size == _size && mtimeNs == _mtimeNs)
-        return;
-    try
-    {
-        _file = PasswordFile::load(_path, false);
-        _lastError.clear();
-        ++_generation;
-    }
-    catch (const PasswordFileError& e)
-    {
-        _lastError = e.what();
-    }
-    // Remember this version either way: a broken file is reported once, not on every request.
-    _inode = st.st_ino;
-    _size = st.st_size;
-    _mtimeNs = mtimeNs;
 }
 
 uint64_t BasicAuthenticator::generation()
 {
     std::lock_guard<std::mutex> lock(_mutex);
-    refreshLocked();
-    return _generation;
+    _users.refresh();
+    return _users.generation();
 }
 
 std::string BasicAuthenticator::lastError()
 {
     std::lock_guard<std::mutex> lock(_mutex);
-    return _lastError;
+    return _users.lastError();
+}
+
+bool BasicAuthenticator::remembers(const std::string& authorization)
+{
+    std::string user, password;
+    if (!parseBasicCredentials(authorization, user, password))
+        return false;
+    return _remembered.contains(user, password, generation());
 }
 
 AuthResult BasicAuthenticator::authenticate(const std::string& authorization)
@@ -109,27 +89,38 @@ AuthResult BasicAuthenticator::authenticate(const std::string& authorization)
         return result;
     }
     std::string hash;
+    bool known = false;
+    uint64_t generation = 0;
     {
         std::lock_guard<std::mutex> lock(_mutex);
-        refreshLocked();
-        const PasswordEntry* e = _file.find(user);
-        if (e)
-            hash = e->hash;
+        _users.refresh();
+        const PasswordEntry* e = _users.data().file.find(user);
+        known = e != nullptr;
+        hash = known ? e->hash : _users.data().standIn;
+        generation = _users.generation();
     }
     result.user = user;
-    if (hash.empty())
+    // Asked for unknown users too (never remembered), so both paths do the same work.
+    if (_remembered.contains(user, password, generation) && known)
     {
-        // Hash anyway so that unknown users cost as much time as wrong passwords.
-        verifyPassword(password, "$6$qelunknownuser$");
-        result.reason = "unknown user \"" + user + "\"";
+        result.ok = true;
+        result.remembered = true;
         return result;
     }
     // The slow hash runs outside the lock so that logins do not queue behind each other.
-    if (!verifyPassword(password, hash))
+    // Unknown users are checked against the stand-in too, and refused whatever it says.
+    const bool match = verifyPassword(password, hash);
+    if (!known)
+    {
+        result.reason = "unknown user \"" + user + "\"";
+        return result;
+    }
+    if (!match)
     {
         result.reason = "wrong password for user \"" + user + "\"";
         return result;
     }
+    _remembered.remember(user, password, generation);
     result.ok = true;
     return result;
 }

@@ -1,14 +1,22 @@
 // Checks HTTP Basic credentials against the password file. The file is re-read when it
 // changes on disk, so qel-passwd takes effect without a restart.
+//
+// Verification leaks nothing about which user names exist: an unknown user is checked
+// against a stand-in hash of the same method and cost as the file's, so it takes as long
+// as a wrong password. A pair verified correct is remembered for a short while (see
+// CredentialCache), so a client reconnecting with it pays no hash; wrong passwords and
+// unknown users always pay the full verification.
 #ifndef QEL_SERVER_AUTH_BASICAUTHENTICATOR_H
 #define QEL_SERVER_AUTH_BASICAUTHENTICATOR_H
 
+#include "Clock.h"
+#include "CredentialCache.h"
 #include "PasswordFile.h"
+#include "WatchedFile.h"
 
 #include <cstdint>
 #include <mutex>
 #include <string>
-#include <sys/types.h>
 
 namespace qel
 {
@@ -19,17 +27,32 @@ struct AuthResult
 {
     bool ok = false;
     std::string user;
-    std::string reason;  // why a request was refused, for the server log
+    std::string reason;       // why a request was refused, for the server log
+    bool remembered = false;  // accepted as a pair verified shortly before (no hash)
+};
+
+struct AuthenticatorOptions
+{
+    // How long a verified pair is remembered.
+    std::chrono::seconds rememberFor{120};
+    Clock clock = steadyClock();
 };
 
 class BasicAuthenticator
 {
 public:
     // Throws PasswordFileError when the file cannot be read or parsed.
-    explicit BasicAuthenticator(std::string passwordFile);
+    explicit BasicAuthenticator(
+        std::string passwordFile, AuthenticatorOptions options = AuthenticatorOptions());
 
     // `authorization` is the Authorization header value, e.g. "Basic dXNlcjpwdw==".
+    // Verification only: throttling is the caller's (LoginThrottle).
     AuthResult authenticate(const std::string& authorization);
+
+    // True when these exact credentials were verified correct shortly before, against
+    // the current password file: cheap (no hash), so a caller may ask before deciding
+    // whether an attempt is a guess.
+    bool remembers(const std::string& authorization);
 
     // Changes whenever a new version of the file has been loaded; a caller that remembers
     // a verified credential must verify again once this changes.
@@ -39,24 +62,21 @@ public:
     std::string lastError();
 
 private:
-    void refreshLocked();
+    struct Users
+    {
+        PasswordFile file;
+        std::string standIn;  // hash checked for unknown users
+    };
+    static Users loadUsers(const std::string& path);
 
-    std::string _path;
+    CredentialCache _remembered;
     std::mutex _mutex;
-    PasswordFile _file;
-    uint64_t _generation = 0;
-    std::string _lastError;
-    // What was loaded: a change in any of these triggers a reload.
-    ino_t _inode = 0;
-    off_t _size = -1;
-    int64_t _mtimeNs = 0;
+    WatchedFile<Users> _users;  // guarded by _mutex
 };
 
 // Splits "Basic <base64>" into user and password; false when the header is not that.
 bool parseBasicCredentials(
-    const std::string& authorization,
-    std::string& user,
-    std::string& password);
+    const std::string& authorization, std::string& user, std::string& password);
 
 }  // namespace auth
 }  // namespace qel

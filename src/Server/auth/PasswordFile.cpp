@@ -1,13 +1,9 @@
 #include "PasswordFile.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fcntl.h>
+#include "PrivateFile.h"
+
 #include <fstream>
 #include <sstream>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace qel
 {
@@ -94,16 +90,15 @@ PasswordFile PasswordFile::parse(const std::string& text, const std::string& ori
 
 PasswordFile PasswordFile::load(const std::string& path, bool allowMissing)
 {
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
+    std::string text, why;
+    bool missing = false;
+    if (!readWholeFile(path, text, why, missing))
     {
-        if (allowMissing && errno == ENOENT)
+        if (allowMissing && missing)
             return PasswordFile();
-        throw PasswordFileError("cannot read password file " + path + ": " + std::strerror(errno));
+        throw PasswordFileError("cannot read password file " + path + ": " + why);
     }
-    std::ostringstream text;
-    text << in.rdbuf();
-    return parse(text.str(), path);
+    return parse(text, path);
 }
 
 std::string PasswordFile::format() const
@@ -116,49 +111,9 @@ std::string PasswordFile::format() const
 
 void PasswordFile::save(const std::string& path) const
 {
-    const std::string tmp = path + ".tmp." + std::to_string(getpid());
-    const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (fd < 0)
-        throw PasswordFileError("cannot write " + tmp + ": " + std::strerror(errno));
-    const std::string text = format();
-    size_t done = 0;
-    while (done < text.size())
-    {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-        {
-            const std::string why = std::strerror(errno);
-            ::close(fd);
-            ::unlink(tmp.c_str());
-            throw PasswordFileError("cannot write " + tmp + ": " + why);
-        }
-        done += static_cast<size_t>(n);
-    }
-    // A replaced file keeps its owner, group and permissions: the service's group must
-    // still read the file after root changed it with qel-passwd.
-    struct stat previous;
-    if (::stat(path.c_str(), &previous) == 0)
-    {
-        if (::fchown(fd, previous.st_uid, previous.st_gid) != 0)
-        {
-            // Not allowed to give it away (not root): the file stays the writer's own.
-        }
-        ::fchmod(fd, previous.st_mode & 0777);
-    }
-    if (::fsync(fd) != 0 || ::close(fd) != 0)
-    {
-        const std::string why = std::strerror(errno);
-        ::unlink(tmp.c_str());
-        throw PasswordFileError("cannot write " + tmp + ": " + why);
-    }
-    if (::rename(tmp.c_str(), path.c_str()) != 0)
-    {
-        const std::string why = std::strerror(errno);
-        ::unlink(tmp.c_str());
-        throw PasswordFileError("cannot replace " + path + ": " + why);
-    }
+    std::string why;
+    if (!replaceFile(path, format(), why))
+        throw PasswordFileError(why);
 }
 
 const PasswordEntry* PasswordFile::find(const std::string& user) const

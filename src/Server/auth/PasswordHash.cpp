@@ -44,6 +44,15 @@ std::string hashPassword(const std::string& password)
         "libcrypt could not hash the password (no yescrypt or SHA-512 support)");
 }
 
+std::string hashLike(const std::string& password, const std::string& model)
+{
+    std::string hash;
+    if (!model.empty() && model[0] == '$' && password.find('\0') == std::string::npos &&
+        cryptInto(password, model.c_str(), hash))
+        return hash;
+    return hashPassword(password);
+}
+
 bool verifyPassword(const std::string& password, const std::string& storedHash)
 {
     if (storedHash.empty() || storedHash[0] != '$' || password.find('\0') != std::string::npos)

@@ -60,21 +60,29 @@ std::string reasonPhrase(int status)
 }  // namespace
 
 CimXmlTransport::CimXmlTransport(
-    std::unique_ptr<HttpClientConnection> connection,
-    std::string authorization)
+    std::unique_ptr<HttpClientConnection> connection, std::string authorization)
     : _connection(std::move(connection)), _authorization(std::move(authorization))
 {
 }
 
 std::unique_ptr<CimXmlTransport> CimXmlTransport::overTcp(
-    const std::string& host,
-    unsigned port,
-    const std::string& user,
-    const std::string& password,
+    const std::string& host, unsigned port, const std::string& user, const std::string& password,
     Uint32 timeoutMs)
 {
     auto connection = HttpClientConnection::tcp(host, port, std::chrono::milliseconds(timeoutMs));
     const std::string authorization = "Basic " + auth::base64Encode(user + ":" + password);
+    return std::unique_ptr<CimXmlTransport>(
+        new CimXmlTransport(std::move(connection), authorization));
+}
+
+std::unique_ptr<CimXmlTransport> CimXmlTransport::overTls(
+    const std::string& host, unsigned port, const std::string& user, const std::string& password,
+    Uint32 timeoutMs, const TlsClientOptions& tls)
+{
+    auto connection =
+        HttpClientConnection::tls(host, port, std::chrono::milliseconds(timeoutMs), tls);
+    const std::string authorization =
+        user.empty() ? std::string() : "Basic " + auth::base64Encode(user + ":" + password);
     return std::unique_ptr<CimXmlTransport>(
         new CimXmlTransport(std::move(connection), authorization));
 }

@@ -21,11 +21,13 @@ class CimXmlTransport : public Pegasus::ClientTransport
 public:
     // Opens the connection at once (a refused one throws CannotConnectException).
     static std::unique_ptr<CimXmlTransport> overTcp(
-        const std::string& host,
-        unsigned port,
-        const std::string& user,
-        const std::string& password,
-        Pegasus::Uint32 timeoutMs);
+        const std::string& host, unsigned port, const std::string& user,
+        const std::string& password, Pegasus::Uint32 timeoutMs);
+    // HTTPS: the server checked as `tls` says; with a client certificate in `tls` and an
+    // empty `user`, no password is sent (the certificate is who the client is).
+    static std::unique_ptr<CimXmlTransport> overTls(
+        const std::string& host, unsigned port, const std::string& user,
+        const std::string& password, Pegasus::Uint32 timeoutMs, const TlsClientOptions& tls);
     // As the calling process's user, identified by the server through the socket.
     static std::unique_ptr<CimXmlTransport>
     overLocalSocket(const std::string& socketPath, Pegasus::Uint32 timeoutMs);

@@ -3,8 +3,10 @@
 #include <Pegasus/Common/Exception.h>
 
 #include <boost/asio.hpp>
+#include <boost/asio/ssl.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <boost/beast/ssl.hpp>
 
 #include <optional>
 #include <strings.h>
@@ -27,28 +29,35 @@ constexpr std::uint64_t kMaxReplyBytes = 1ull << 30;
 // reads instead of hundreds of small ones.
 constexpr std::size_t kReadBufferBytes = 64 * 1024;
 
-template <class Protocol>
+using TlsStream = beast::ssl_stream<beast::tcp_stream>;
+
+// Stream is beast::basic_stream<Protocol>, or TlsStream over TCP.
+template <class Protocol, class Stream = beast::basic_stream<Protocol>>
 class BeastConnection : public HttpClientConnection
 {
+    static constexpr bool kTls = std::is_same_v<Stream, TlsStream>;
+
 public:
     using Endpoint = typename Protocol::endpoint;
 
+    // `tls` (TLS only) holds the settings every reconnection uses; `serverName` is the
+    // name the server's certificate must carry ("" when not checked).
     BeastConnection(
-        std::vector<Endpoint> endpoints,
-        std::string hostHeader,
-        std::string description,
-        std::chrono::milliseconds timeout)
+        std::vector<Endpoint> endpoints, std::string hostHeader, std::string description,
+        std::chrono::milliseconds timeout, std::shared_ptr<net::ssl::context> tls = nullptr,
+        std::string serverName = std::string())
         : _endpoints(std::move(endpoints)),
           _hostHeader(std::move(hostHeader)),
-          _description(std::move(description))
+          _description(std::move(description)),
+          _tls(std::move(tls)),
+          _serverName(std::move(serverName))
     {
         _timeout = timeout;
         open();
     }
 
     HttpResult post(
-        const std::vector<std::pair<std::string, std::string>>& headers,
-        const std::string& body,
+        const std::vector<std::pair<std::string, std::string>>& headers, const std::string& body,
         const BodyReader& reader) override
     {
         bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
@@ -110,17 +119,27 @@ private:
         return result;
     }
 
+    auto& lowest() { return beast::get_lowest_layer(*_stream); }
+
     void open()
     {
-        _stream.emplace(_ioc);
-        _stream->expires_after(_timeout);
+        if constexpr (kTls)
+            _stream.emplace(_ioc, *_tls);
+        else
+            _stream.emplace(_ioc);
+        lowest().expires_after(_timeout);
         beast::error_code ec = run(
             [&](auto handler)
             {
-                _stream->async_connect(
+                lowest().async_connect(
                     _endpoints,
                     [handler](beast::error_code e, const Endpoint&) mutable { handler(e); });
             });
+        if constexpr (kTls)
+        {
+            if (!ec)
+                ec = handshake();
+        }
         if (ec == beast::error::timeout)
         {
             close();
@@ -136,32 +155,46 @@ private:
         _buffer.reserve(kReadBufferBytes);
     }
 
+    beast::error_code handshake()
+    {
+        SSL* ssl = _stream->native_handle();
+        if (!_serverName.empty())
+        {
+            beast::error_code notIp;
+            net::ip::make_address(_serverName, notIp);
+            if (notIp)  // server name indication is for names, not addresses
+                SSL_set_tlsext_host_name(ssl, _serverName.c_str());
+            SSL_set1_host(ssl, _serverName.c_str());  // the certificate must name the host
+        }
+        return run(
+            [&](auto handler)
+            { _stream->async_handshake(net::ssl::stream_base::client, std::move(handler)); });
+    }
+
     void close()
     {
         if (!_stream)
             return;
         beast::error_code ignored;
-        _stream->socket().shutdown(Protocol::socket::shutdown_both, ignored);
-        _stream->close();
+        lowest().socket().shutdown(Protocol::socket::shutdown_both, ignored);
+        lowest().close();
         _stream.reset();
     }
 
     // One request and its reply; `result.status` is set once the reply's head has come.
     HttpResult exchange(
-        bhttp::request<bhttp::string_body>& req,
-        const BodyReader& reader,
-        beast::error_code& ec,
+        bhttp::request<bhttp::string_body>& req, const BodyReader& reader, beast::error_code& ec,
         bool& gotAnything)
     {
         HttpResult result;
         _received = 0;
-        _stream->expires_after(_timeout);
+        lowest().expires_after(_timeout);
         ec = run([&](auto handler) { bhttp::async_write(*_stream, req, handler); });
         if (ec)
             return result;
         bhttp::response_parser<bhttp::buffer_body> parser;
         parser.body_limit(kMaxReplyBytes);
-        _stream->expires_after(_timeout);
+        lowest().expires_after(_timeout);
         const size_t before = _buffer.size();
         ec = run([&](auto handler)
                  { bhttp::async_read_header(*_stream, _buffer, parser, handler); });
@@ -195,7 +228,7 @@ private:
             if (ec)
                 return result;
         }
-        _stream->expires_never();
+        lowest().expires_never();
         // Fields past those of the head came after the body.
         size_t index = 0;
         for (const auto& f : parser.get())
@@ -210,7 +243,9 @@ private:
     std::vector<Endpoint> _endpoints;
     std::string _hostHeader;
     std::string _description;
-    std::optional<beast::basic_stream<Protocol>> _stream;
+    std::shared_ptr<net::ssl::context> _tls;
+    std::string _serverName;
+    std::optional<Stream> _stream;
     beast::flat_buffer _buffer;
     std::vector<char> _piece;  // where a reply's body is read into
     size_t _received = 0;      // body bytes of the reply being read
@@ -226,8 +261,10 @@ std::string HttpResult::header(const std::string& name) const
     return std::string();
 }
 
-std::unique_ptr<HttpClientConnection>
-HttpClientConnection::tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout)
+namespace
+{
+
+std::vector<net::ip::tcp::endpoint> resolve(const std::string& host, unsigned port)
 {
     const std::string description = host + ":" + std::to_string(port);
     if (port == 0 || port > 65535)
@@ -244,8 +281,52 @@ HttpClientConnection::tcp(const std::string& host, unsigned port, std::chrono::m
     std::vector<net::ip::tcp::endpoint> endpoints;
     for (const auto& r : results)
         endpoints.push_back(r.endpoint());
+    return endpoints;
+}
+
+// TLS 1.2 or 1.3, the server checked against `options.caFile` unless told not to.
+std::shared_ptr<net::ssl::context> clientTlsContext(const TlsClientOptions& options)
+{
+    auto context = std::make_shared<net::ssl::context>(net::ssl::context::tls_client);
+    SSL_CTX* ctx = context->native_handle();
+    SSL_CTX_set_min_proto_version(ctx, TLS1_2_VERSION);
+    auto fail = [](const std::string& what)
+    { throw Pegasus::CannotConnectException(Pegasus::String(what.c_str())); };
+    if (options.verify)
+    {
+        if (options.caFile.empty()
+                ? SSL_CTX_set_default_verify_paths(ctx) != 1
+                : SSL_CTX_load_verify_locations(ctx, options.caFile.c_str(), nullptr) != 1)
+            fail("cannot load the trusted certificates " + options.caFile);
+        SSL_CTX_set_verify(ctx, SSL_VERIFY_PEER, nullptr);
+    }
+    if (!options.certificateFile.empty() &&
+        (SSL_CTX_use_certificate_chain_file(ctx, options.certificateFile.c_str()) != 1 ||
+         SSL_CTX_use_PrivateKey_file(ctx, options.keyFile.c_str(), SSL_FILETYPE_PEM) != 1))
+        fail(
+            "cannot load the client certificate " + options.certificateFile + " and key " +
+            options.keyFile);
+    return context;
+}
+
+}  // namespace
+
+std::unique_ptr<HttpClientConnection>
+HttpClientConnection::tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout)
+{
+    const std::string description = host + ":" + std::to_string(port);
     return std::make_unique<BeastConnection<net::ip::tcp>>(
-        std::move(endpoints), description, description, timeout);
+        resolve(host, port), description, description, timeout);
+}
+
+std::unique_ptr<HttpClientConnection> HttpClientConnection::tls(
+    const std::string& host, unsigned port, std::chrono::milliseconds timeout,
+    const TlsClientOptions& tls)
+{
+    const std::string description = host + ":" + std::to_string(port);
+    return std::make_unique<BeastConnection<net::ip::tcp, TlsStream>>(
+        resolve(host, port), description, "https://" + description, timeout, clientTlsContext(tls),
+        tls.verify ? host : std::string());
 }
 
 std::unique_ptr<HttpClientConnection>

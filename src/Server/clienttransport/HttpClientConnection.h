@@ -1,5 +1,5 @@
-// One kept-alive HTTP/1.1 connection from a CIM client to the server, over TCP or the
-// local Unix socket, with a time limit on every exchange.
+// One kept-alive HTTP/1.1 connection from a CIM client to the server, over TCP, TLS or
+// the local Unix socket, with a time limit on every exchange.
 #ifndef QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
 #define QEL_SERVER_CLIENTTRANSPORT_HTTPCLIENTCONNECTION_H
 
@@ -29,8 +29,17 @@ struct HttpResult
 // ends the exchange (the connection is closed) and comes out of post().
 using BodyReader = std::function<void(const char* data, size_t size)>;
 
-// Connection failures throw Pegasus::CannotConnectException, time-outs
-// Pegasus::ConnectionTimeoutException, a reply whose body the server cut short a
+// How a client speaks TLS: whom it trusts and, optionally, the certificate it shows.
+struct TlsClientOptions
+{
+    std::string caFile;           // PEM authorities the server's certificate must chain to
+    bool verify = true;           // false: take any server certificate (testing only)
+    std::string certificateFile;  // PEM client certificate, "" for none
+    std::string keyFile;          // its key
+};
+
+// Connection failures (a refused TLS handshake among them) throw Pegasus::CannotConnectException,
+// time-outs Pegasus::ConnectionTimeoutException, a reply whose body the server cut short a
 // Pegasus::CIMException(CIM_ERR_FAILED) saying so.
 class HttpClientConnection
 {
@@ -39,6 +48,10 @@ public:
 
     static std::unique_ptr<HttpClientConnection>
     tcp(const std::string& host, unsigned port, std::chrono::milliseconds timeout);
+    // The server's certificate is checked against `tls.caFile` and `host`.
+    static std::unique_ptr<HttpClientConnection>
+    tls(const std::string& host, unsigned port, std::chrono::milliseconds timeout,
+        const TlsClientOptions& tls);
     static std::unique_ptr<HttpClientConnection>
     local(const std::string& socketPath, std::chrono::milliseconds timeout);
 
@@ -49,8 +62,7 @@ public:
     // the server has meanwhile closed is reopened once, before anything is read. The time
     // limit holds for the whole exchange.
     virtual HttpResult post(
-        const std::vector<std::pair<std::string, std::string>>& headers,
-        const std::string& body,
+        const std::vector<std::pair<std::string, std::string>>& headers, const std::string& body,
         const BodyReader& reader = BodyReader()) = 0;
 
 protected:

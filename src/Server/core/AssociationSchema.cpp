@@ -65,9 +65,7 @@ AssociationSchema::_associations(const CIMNamespaceName& ns) const
 }
 
 bool AssociationSchema::_isA(
-    const CIMNamespaceName& ns,
-    const CIMName& cls,
-    const CIMName& ancestor) const
+    const CIMNamespaceName& ns, const CIMName& cls, const CIMName& ancestor) const
 {
     if (cls.isNull() || ancestor.isNull())
         return false;
@@ -85,9 +83,7 @@ bool AssociationSchema::_isA(
 }
 
 std::vector<CIMName> AssociationSchema::referencingClasses(
-    const CIMNamespaceName& ns,
-    const CIMName& objectClass,
-    const CIMName& classFilter,
+    const CIMNamespaceName& ns, const CIMName& objectClass, const CIMName& classFilter,
     const String& role) const
 {
     std::vector<CIMName> result;
@@ -111,12 +107,8 @@ std::vector<CIMName> AssociationSchema::referencingClasses(
 }
 
 std::vector<CIMName> AssociationSchema::associatedClasses(
-    const CIMNamespaceName& ns,
-    const CIMName& objectClass,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole) const
+    const CIMNamespaceName& ns, const CIMName& objectClass, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole) const
 {
     std::vector<CIMName> result;
     const std::vector<Association>* associations = _associations(ns);

@@ -29,9 +29,7 @@ public:
     // or one of its superclasses; when `classFilter` is not null, only that
     // class and its subclasses. Each class once, in repository order.
     std::vector<CIMName> referencingClasses(
-        const CIMNamespaceName& ns,
-        const CIMName& objectClass,
-        const CIMName& classFilter,
+        const CIMNamespaceName& ns, const CIMName& objectClass, const CIMName& classFilter,
         const String& role) const;
 
     // For class-level associators: the classes referenced by the other
@@ -39,12 +37,8 @@ public:
     // classes (restricted to `assocClass` and its subclasses), kept when
     // they are `resultClass` or one of its subclasses. Each class once.
     std::vector<CIMName> associatedClasses(
-        const CIMNamespaceName& ns,
-        const CIMName& objectClass,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole) const;
+        const CIMNamespaceName& ns, const CIMName& objectClass, const CIMName& assocClass,
+        const CIMName& resultClass, const String& role, const String& resultRole) const;
 
 private:
     struct Reference

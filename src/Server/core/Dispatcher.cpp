@@ -56,11 +56,8 @@ String checkedHostName(const String& configured)
 }  // namespace
 
 Dispatcher::Dispatcher(
-    const ClassRepository& repository,
-    const ProviderRegistry& registry,
-    ProviderManager& providers,
-    EnumerationContexts& enumerations,
-    DispatcherOptions options)
+    const ClassRepository& repository, const ProviderRegistry& registry, ProviderManager& providers,
+    EnumerationContexts& enumerations, DispatcherOptions options)
     : _repository(repository),
       _registry(registry),
       _providers(providers),
@@ -79,9 +76,7 @@ OperationContext Dispatcher::requestContext(const String& userName, const String
 }
 
 void Dispatcher::execute(
-    const OperationContext& context,
-    const CIMOperationRequest& request,
-    CIMResponseSink& sink)
+    const OperationContext& context, const CIMOperationRequest& request, CIMResponseSink& sink)
 {
     Answer answer{sink, CIMValue(), Array<CIMParamValue>()};
     try
@@ -181,8 +176,8 @@ void Dispatcher::_checkNamespace(const CIMNamespaceName& nameSpace) const
         throw CIMException(CIM_ERR_INVALID_NAMESPACE, nameSpace.getString());
 }
 
-void Dispatcher::_checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className)
-    const
+void Dispatcher::_checkInstanceClass(
+    const CIMNamespaceName& nameSpace, const CIMName& className) const
 {
     _checkNamespace(nameSpace);
     if (className.isNull())

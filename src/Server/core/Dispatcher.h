@@ -60,10 +60,8 @@ class Dispatcher
 {
 public:
     Dispatcher(
-        const ClassRepository& repository,
-        const ProviderRegistry& registry,
-        ProviderManager& providers,
-        EnumerationContexts& enumerations,
+        const ClassRepository& repository, const ProviderRegistry& registry,
+        ProviderManager& providers, EnumerationContexts& enumerations,
         DispatcherOptions options = DispatcherOptions());
 
     // The context of a client request: who (the authenticated user) and
@@ -114,9 +112,7 @@ public:
     //    parameters; EnumerationCount answers what is left once the
     //    enumeration is complete, NULL before.
     void execute(
-        const OperationContext& context,
-        const CIMOperationRequest& request,
-        CIMResponseSink& sink);
+        const OperationContext& context, const CIMOperationRequest& request, CIMResponseSink& sink);
 
 private:
     struct InstanceTarget
@@ -165,24 +161,17 @@ private:
     // The next page of `context`, held by this operation, into the answer; lets go of
     // the context whatever happens.
     void _answerPage(
-        const std::shared_ptr<EnumerationContext>& context,
-        Uint32 maxObjectCount,
-        Answer& answer);
+        const std::shared_ptr<EnumerationContext>& context, Uint32 maxObjectCount, Answer& answer);
 
     // The provider's instance, filtered (GetInstance, GetProperty).
     CIMInstance _fetchInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
     // The checked modification handed to the provider (ModifyInstance, SetProperty).
     void _modify(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers,
+        const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance, Boolean includeQualifiers,
         const CIMPropertyList& propertyList);
 
     void _checkNamespace(const CIMNamespaceName& nameSpace) const;
@@ -191,21 +180,16 @@ private:
     void _checkInstanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     CIMClass _instanceClass(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     void _checkAssociationRequest(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
         const String& resultRole) const;
     // The class and its subclasses that have an instance provider;
     // CIM_ERR_NOT_SUPPORTED when none has.
     std::vector<InstanceTarget>
     _instanceTargets(const CIMNamespaceName& nameSpace, const CIMName& className) const;
     std::vector<AssociationTarget> _associationTargets(
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& classFilter,
-        const String& role) const;
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& classFilter, const String& role) const;
 
     OperationContext _providerContext(const OperationContext& context) const;
     CIMObjectPath _providerPath(const CIMObjectPath& path, const CIMNamespaceName& nameSpace) const;
@@ -214,24 +198,18 @@ private:
     CIMInstance
     _checkedInstance(const CIMNamespaceName& nameSpace, const CIMInstance& instance) const;
     Array<CIMParamValue> _typedParameters(
-        const CIMClass& cimClass,
-        const CIMName& methodName,
+        const CIMClass& cimClass, const CIMName& methodName,
         const Array<CIMParamValue>& inParameters) const;
     // A provider's association object as the client gets it: filtered, with
     // host and namespace filled in where the provider left them out.
     void _deliverAssociationObject(
-        const CIMObject& delivered,
-        const CIMOperationRequest& request,
-        Answer& answer) const;
+        const CIMObject& delivered, const CIMOperationRequest& request, Answer& answer) const;
     // The classes of a class-level association request, as objects or paths.
     void _deliverClassObjects(
-        const CIMNamespaceName& nameSpace,
-        const std::vector<CIMName>& classNames,
-        const CIMOperationRequest& request,
-        Answer& answer) const;
+        const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames,
+        const CIMOperationRequest& request, Answer& answer) const;
     void _deliverClassPaths(
-        const CIMNamespaceName& nameSpace,
-        const std::vector<CIMName>& classNames,
+        const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames,
         Answer& answer) const;
 
     // Runs one provider operation through interface I; see DispatcherCalls.h.

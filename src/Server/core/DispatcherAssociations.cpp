@@ -14,12 +14,8 @@ namespace Pegasus
 {
 
 void Dispatcher::_checkAssociationRequest(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& assocClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole) const
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole) const
 {
     _checkNamespace(nameSpace);
     if (role.size() != 0 && !CIMName::legal(role))
@@ -38,9 +34,7 @@ void Dispatcher::_checkAssociationRequest(
 }
 
 std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName,
-    const CIMName& classFilter,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& classFilter,
     const String& role) const
 {
     const CIMName className = objectName.getClassName();
@@ -59,10 +53,8 @@ std::vector<Dispatcher::AssociationTarget> Dispatcher::_associationTargets(
 }
 
 void Dispatcher::_deliverClassObjects(
-    const CIMNamespaceName& nameSpace,
-    const std::vector<CIMName>& classNames,
-    const CIMOperationRequest& r,
-    Answer& answer) const
+    const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames,
+    const CIMOperationRequest& r, Answer& answer) const
 {
     for (const CIMName& name : classNames)
     {
@@ -75,18 +67,14 @@ void Dispatcher::_deliverClassObjects(
 }
 
 void Dispatcher::_deliverClassPaths(
-    const CIMNamespaceName& nameSpace,
-    const std::vector<CIMName>& classNames,
-    Answer& answer) const
+    const CIMNamespaceName& nameSpace, const std::vector<CIMName>& classNames, Answer& answer) const
 {
     for (const CIMName& name : classNames)
         answer.sink.deliverPath(CIMObjectPath(_hostName, nameSpace, name));
 }
 
 void Dispatcher::_deliverAssociationObject(
-    const CIMObject& delivered,
-    const CIMOperationRequest& r,
-    Answer& answer) const
+    const CIMObject& delivered, const CIMOperationRequest& r, Answer& answer) const
 {
     CIMObject object = ResultFilter::filtered(
         delivered, r.includeQualifiers, r.includeClassOrigin, r.propertyList);
@@ -95,9 +83,7 @@ void Dispatcher::_deliverAssociationObject(
 }
 
 void Dispatcher::_associators(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkAssociationRequest(
@@ -129,9 +115,7 @@ void Dispatcher::_associators(
 }
 
 void Dispatcher::_associatorNames(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkAssociationRequest(
@@ -162,9 +146,7 @@ void Dispatcher::_associatorNames(
 }
 
 void Dispatcher::_references(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkAssociationRequest(nameSpace, r.objectName, CIMName(), r.resultClass, r.role, String());
@@ -192,9 +174,7 @@ void Dispatcher::_references(
 }
 
 void Dispatcher::_referenceNames(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkAssociationRequest(nameSpace, r.objectName, CIMName(), r.resultClass, r.role, String());

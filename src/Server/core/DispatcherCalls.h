@@ -103,10 +103,7 @@ void Dispatcher::_call(const ProviderId& provider, const HandlerProtocol& protoc
 // more, and its NOT_SUPPORTED is dropped when another provider answers.
 template <class I, class H, class Target, class Ask, class Forward>
 void Dispatcher::_fanOut(
-    const std::vector<Target>& targets,
-    Answer& answer,
-    Ask&& ask,
-    Forward&& forward)
+    const std::vector<Target>& targets, Answer& answer, Ask&& ask, Forward&& forward)
 {
     typedef typename H::Object Object;
     const bool asDelivered = answer.sink.delivery() == CIMResponseSink::Delivery::AsDelivered;

@@ -19,9 +19,7 @@ void Dispatcher::_getClass(const OperationContext&, const CIMOperationRequest& r
 }
 
 void Dispatcher::_enumerateClassNames(
-    const OperationContext&,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext&, const CIMOperationRequest& r, Answer& answer)
 {
     _checkNamespace(r.nameSpace);
     if (!r.className.isNull() && !_repository.classExists(r.nameSpace, r.className))
@@ -33,9 +31,7 @@ void Dispatcher::_enumerateClassNames(
 }
 
 void Dispatcher::_enumerateClasses(
-    const OperationContext&,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext&, const CIMOperationRequest& r, Answer& answer)
 {
     _checkNamespace(r.nameSpace);
     if (!r.className.isNull() && !_repository.classExists(r.nameSpace, r.className))

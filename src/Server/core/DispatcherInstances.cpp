@@ -14,11 +14,8 @@ namespace Pegasus
 {
 
 CIMInstance Dispatcher::_fetchInstance(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     const CIMName className = instanceName.getClassName();
@@ -43,9 +40,7 @@ CIMInstance Dispatcher::_fetchInstance(
 }
 
 void Dispatcher::_getInstance(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     answer.sink.deliverInstance(_fetchInstance(
         context, r.nameSpace, r.objectName, r.includeQualifiers, r.includeClassOrigin,
@@ -71,9 +66,7 @@ Dispatcher::_instanceTargets(const CIMNamespaceName& nameSpace, const CIMName& c
 }
 
 void Dispatcher::_enumerateInstances(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     // Without deep inheritance the properties of subclasses are left out:
@@ -105,9 +98,7 @@ void Dispatcher::_enumerateInstances(
 }
 
 void Dispatcher::_enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkInstanceClass(nameSpace, r.className);
@@ -171,9 +162,7 @@ Dispatcher::_checkedInstance(const CIMNamespaceName& nameSpace, const CIMInstanc
 }
 
 void Dispatcher::_createInstance(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     CIMInstance instance = _checkedInstance(nameSpace, r.instance);
@@ -195,10 +184,8 @@ void Dispatcher::_createInstance(
 }
 
 void Dispatcher::_modify(
-    const OperationContext& context,
-    const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers,
+    const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance, Boolean includeQualifiers,
     const CIMPropertyList& propertyList)
 {
     CIMInstance instance = _checkedInstance(nameSpace, modifiedInstance);
@@ -231,17 +218,13 @@ void Dispatcher::_modify(
 }
 
 void Dispatcher::_modifyInstance(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer&)
+    const OperationContext& context, const CIMOperationRequest& r, Answer&)
 {
     _modify(context, r.nameSpace, r.instance, r.includeQualifiers, r.propertyList);
 }
 
 void Dispatcher::_deleteInstance(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer&)
+    const OperationContext& context, const CIMOperationRequest& r, Answer&)
 {
     const CIMName className = r.objectName.getClassName();
     _checkInstanceClass(r.nameSpace, className);
@@ -258,9 +241,7 @@ void Dispatcher::_deleteInstance(
 }
 
 void Dispatcher::_getProperty(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMName className = r.objectName.getClassName();
     const CIMName& propertyName = r.propertyName;
@@ -280,9 +261,7 @@ void Dispatcher::_getProperty(
 }
 
 void Dispatcher::_setProperty(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer&)
+    const OperationContext& context, const CIMOperationRequest& r, Answer&)
 {
     const CIMName className = r.objectName.getClassName();
     const CIMName& propertyName = r.propertyName;

@@ -13,8 +13,7 @@ namespace Pegasus
 {
 
 Array<CIMParamValue> Dispatcher::_typedParameters(
-    const CIMClass& cimClass,
-    const CIMName& methodName,
+    const CIMClass& cimClass, const CIMName& methodName,
     const Array<CIMParamValue>& inParameters) const
 {
     Uint32 methodPos = cimClass.findMethod(methodName);
@@ -71,9 +70,7 @@ Array<CIMParamValue> Dispatcher::_typedParameters(
 }
 
 void Dispatcher::_invokeMethod(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const CIMNamespaceName& nameSpace = r.nameSpace;
     _checkNamespace(nameSpace);

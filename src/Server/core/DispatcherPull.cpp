@@ -174,9 +174,7 @@ void Dispatcher::_checkEnumeration(const CIMOperationRequest& r) const
 }
 
 void Dispatcher::_answerPage(
-    const std::shared_ptr<EnumerationContext>& context,
-    Uint32 maxObjectCount,
-    Answer& answer)
+    const std::shared_ptr<EnumerationContext>& context, Uint32 maxObjectCount, Answer& answer)
 {
     EnumerationContext::Page page;
     try
@@ -199,9 +197,7 @@ void Dispatcher::_answerPage(
 }
 
 void Dispatcher::_openEnumeration(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     const EnumerationLimits& limits = _enumerations.limits();
     _checkNamespace(r.nameSpace);
@@ -220,9 +216,7 @@ void Dispatcher::_openEnumeration(
 }
 
 void Dispatcher::_pull(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     _checkNamespace(r.nameSpace);
     checkMaxObjectCount(r, _enumerations.limits());
@@ -241,9 +235,7 @@ void Dispatcher::_pull(
 }
 
 void Dispatcher::_closeEnumeration(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer&)
+    const OperationContext& context, const CIMOperationRequest& r, Answer&)
 {
     _checkNamespace(r.nameSpace);
     std::shared_ptr<EnumerationContext> enumeration =
@@ -253,9 +245,7 @@ void Dispatcher::_closeEnumeration(
 }
 
 void Dispatcher::_enumerationCount(
-    const OperationContext& context,
-    const CIMOperationRequest& r,
-    Answer& answer)
+    const OperationContext& context, const CIMOperationRequest& r, Answer& answer)
 {
     _checkNamespace(r.nameSpace);
     std::shared_ptr<EnumerationContext> enumeration =

@@ -100,12 +100,8 @@ String EnumerationContexts::_newId()
 }
 
 std::shared_ptr<EnumerationContext> EnumerationContexts::open(
-    const String& user,
-    const CIMNamespaceName& nameSpace,
-    EnumerationContext::Kind kind,
-    Uint32 timeout,
-    const String& host,
-    std::function<void(EnumerationContext&)> produce)
+    const String& user, const CIMNamespaceName& nameSpace, EnumerationContext::Kind kind,
+    Uint32 timeout, const String& host, std::function<void(EnumerationContext&)> produce)
 {
     std::shared_ptr<EnumerationContext> context;
     {

@@ -87,12 +87,8 @@ public:
     // by the caller against the limits). CIM_ERR_SERVER_LIMITS_EXCEEDED when the user or
     // the server has its maximum open; CIM_ERR_SERVER_IS_SHUTTING_DOWN after shutdown().
     std::shared_ptr<EnumerationContext> open(
-        const String& user,
-        const CIMNamespaceName& nameSpace,
-        EnumerationContext::Kind kind,
-        Uint32 timeout,
-        const String& host,
-        std::function<void(EnumerationContext&)> produce);
+        const String& user, const CIMNamespaceName& nameSpace, EnumerationContext::Kind kind,
+        Uint32 timeout, const String& host, std::function<void(EnumerationContext&)> produce);
 
     // The context `id` of `user`, held for an operation until release().
     std::shared_ptr<EnumerationContext> acquire(const String& id, const String& user);

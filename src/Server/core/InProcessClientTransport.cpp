@@ -10,6 +10,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <mutex>
 #include <vector>
 
 namespace Pegasus
@@ -51,8 +52,7 @@ LocalEndpoint::Call::~Call()
 }
 
 InProcessClientTransport::InProcessClientTransport(
-    std::shared_ptr<LocalEndpoint> endpoint,
-    const String& userName)
+    std::shared_ptr<LocalEndpoint> endpoint, const String& userName)
     : _endpoint(std::move(endpoint)), _context(Dispatcher::requestContext(userName, String()))
 {
 }
@@ -70,13 +70,30 @@ LocalTransportFactory InProcessClientTransport::factory(std::shared_ptr<LocalEnd
 
 String InProcessClientTransport::processUserName()
 {
+    // Providers connect once per identity call, so the user database is read once per
+    // effective uid, not per connection; a failed look-up is tried again next time. The name
+    // is never destroyed: threads may still connect while the process exits.
+    static std::mutex lock;
+    static bool known = false;  // REQUIRES: lock held, as for the two below
+    static uid_t knownUid = 0;
+    static String* const knownName = new String();
+    const uid_t uid = geteuid();
+    {
+        std::lock_guard<std::mutex> hold(lock);
+        if (known && knownUid == uid)
+            return *knownName;
+    }
     struct passwd entry;
     struct passwd* found = nullptr;
     std::vector<char> buffer(16384);
-    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr)
+    if (getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
         return String();
-    return safeString(found->pw_name);
+    const String name = safeString(found->pw_name);
+    std::lock_guard<std::mutex> hold(lock);
+    known = true;
+    knownUid = uid;
+    *knownName = name;
+    return name;
 }
 
 // Errors leave as a remote server's would: CIM errors with the status name

@@ -19,9 +19,7 @@ typedef CIMProvider* (*CreateProviderFunction)(const String&);
 }  // namespace
 
 ProviderLibrary::ProviderLibrary(
-    const String& moduleName,
-    const String& location,
-    std::vector<std::string> directories)
+    const String& moduleName, const String& location, std::vector<std::string> directories)
     : _moduleName(moduleName), _location(location), _directories(std::move(directories))
 {
 }

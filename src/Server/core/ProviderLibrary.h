@@ -20,9 +20,7 @@ public:
     // Location); the file is lib<location>.so in the first of `directories`
     // that holds it.
     ProviderLibrary(
-        const String& moduleName,
-        const String& location,
-        std::vector<std::string> directories);
+        const String& moduleName, const String& location, std::vector<std::string> directories);
     ~ProviderLibrary();
 
     ProviderLibrary(const ProviderLibrary&) = delete;

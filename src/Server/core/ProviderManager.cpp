@@ -21,8 +21,7 @@ struct ProviderManager::Module
 };
 
 ProviderManager::ProviderManager(
-    std::vector<std::string> providerDirectories,
-    HandleFactory handles)
+    std::vector<std::string> providerDirectories, HandleFactory handles)
     : _directories(std::move(providerDirectories)), _handles(std::move(handles))
 {
 }

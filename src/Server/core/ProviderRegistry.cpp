@@ -308,12 +308,8 @@ private:
 
     // One class of a capability in one namespace, with every provider type.
     void _registerClass(
-        const RegistrationSubject& f,
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        const std::vector<Uint16>& types,
-        const ProviderId* provider,
-        bool methodsListed,
+        const RegistrationSubject& f, const CIMNamespaceName& ns, const CIMName& className,
+        const std::vector<Uint16>& types, const ProviderId* provider, bool methodsListed,
         const Array<String>& methodNames)
     {
         if (ns.isNull() || !_repository.namespaceExists(ns))
@@ -329,12 +325,8 @@ private:
     }
 
     void _register(
-        const RegistrationSubject& f,
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        Uint16 type,
-        const ProviderId* provider,
-        bool methodsListed,
+        const RegistrationSubject& f, const CIMNamespaceName& ns, const CIMName& className,
+        Uint16 type, const ProviderId* provider, bool methodsListed,
         const Array<String>& methodNames)
     {
         ProviderRegistry::ClassEntry& entry = _registry._classes[classKey(ns, className)];
@@ -402,8 +394,7 @@ private:
 };
 
 ProviderRegistry ProviderRegistry::load(
-    const ClassRepository& repository,
-    const CIMNamespaceName& interop,
+    const ClassRepository& repository, const CIMNamespaceName& interop,
     const std::vector<BuiltInProvider>& builtIns)
 {
     return ProviderRegistryLoader(repository, interop).run(builtIns);
@@ -433,9 +424,7 @@ ProviderRegistry::associationProvider(const CIMNamespaceName& ns, const CIMName&
 }
 
 const ProviderId* ProviderRegistry::methodProvider(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    const CIMName& methodName) const
+    const CIMNamespaceName& ns, const CIMName& className, const CIMName& methodName) const
 {
     const ClassEntry* e = _find(ns, className);
     if (e == nullptr || e->method.provider == nullptr)

@@ -82,9 +82,7 @@ public:
     associationProvider(const CIMNamespaceName& ns, const CIMName& assocClass) const;
     // A method provider whose SupportedMethods is null serves every method.
     const ProviderId* methodProvider(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        const CIMName& methodName) const;
+        const CIMNamespaceName& ns, const CIMName& className, const CIMName& methodName) const;
 
     const std::vector<std::unique_ptr<ProviderId>>& providers() const { return _providers; }
 

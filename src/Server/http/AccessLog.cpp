@@ -102,16 +102,14 @@ std::string classOf(const cimxml::CimRequest& r)
 
 void describeRequest(AccessRecord& record, const cimxml::CimRequest& request)
 {
-    record.operation = cimxml::specOf(request.operation).name;
+    record.operation = cimxml::entryOf(request.operation).name;
     record.className = classOf(request);
     if (request.operation == cimxml::Operation::InvokeMethod)
         record.method = cimxml::toUtf8(request.methodName);
 }
 
 void describeOutcome(
-    AccessRecord& record,
-    const HttpResponse& response,
-    const cimxml::CimResponse& result,
+    AccessRecord& record, const HttpResponse& response, const cimxml::CimResponse& result,
     std::chrono::steady_clock::time_point finished)
 {
     record.httpStatus = response.status;

@@ -41,9 +41,7 @@ struct AccessRecord
 void describeRequest(AccessRecord& record, const cimxml::CimRequest& request);
 // Status, CIM result and duration (up to `finished`) of the answer.
 void describeOutcome(
-    AccessRecord& record,
-    const HttpResponse& response,
-    const cimxml::CimResponse& result,
+    AccessRecord& record, const HttpResponse& response, const cimxml::CimResponse& result,
     std::chrono::steady_clock::time_point finished);
 
 // The line itself. Client-supplied text is escaped so that a line stays one line.

@@ -103,9 +103,7 @@ std::optional<HttpResponse> checkOperationHeaders(const HttpRequest& request, st
 }
 
 std::optional<HttpResponse> checkHeadersMatchBody(
-    const HttpRequest& request,
-    const std::string& prefix,
-    const cimxml::DecodedRequest& decoded)
+    const HttpRequest& request, const std::string& prefix, const cimxml::DecodedRequest& decoded)
 {
     if (!cimxml::cimMethodMatches(request.header(prefix + "CIMMethod"), decoded.request))
         return cimErrorResponse(

@@ -26,9 +26,7 @@ std::optional<HttpResponse> checkOperationHeaders(const HttpRequest& request, st
 
 // CIMMethod, and CIMObject when the body decoded, name what the body does.
 std::optional<HttpResponse> checkHeadersMatchBody(
-    const HttpRequest& request,
-    const std::string& prefix,
-    const cimxml::DecodedRequest& decoded);
+    const HttpRequest& request, const std::string& prefix, const cimxml::DecodedRequest& decoded);
 
 // A refusal carrying the CIMError header the CIM mapping prescribes.
 HttpResponse cimErrorResponse(int status, const std::string& cimError, const std::string& detail);

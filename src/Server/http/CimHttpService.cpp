@@ -63,16 +63,22 @@ bool acceptsTrailers(const HttpRequest& request)
     return false;
 }
 
+// The user name an attempt is counted under: the one in the credentials, or "" (never a
+// valid name) for credentials that are not Basic at all.
+std::string throttleName(const std::string& authorization)
+{
+    std::string user, password;
+    return qel::auth::parseBasicCredentials(authorization, user, password) ? user : std::string();
+}
+
 }  // namespace
 
 CimHttpService::CimHttpService(
-    CimHttpServiceOptions options,
-    auth::BasicAuthenticator& authenticator,
-    OperationExecutor& executor,
-    Submit tcpWorkers,
-    Submit localWorkers)
+    CimHttpServiceOptions options, auth::BasicAuthenticator& authenticator,
+    OperationExecutor& executor, Submit tcpWorkers, Submit localWorkers)
     : _options(std::move(options)),
       _authenticator(authenticator),
+      _throttle(_options.throttle),
       _executor(executor),
       _tcpWorkers(std::move(tcpWorkers)),
       _localWorkers(std::move(localWorkers))
@@ -82,14 +88,21 @@ CimHttpService::CimHttpService(
 }
 
 void CimHttpService::handle(
-    HttpRequest request,
-    std::shared_ptr<ConnectionInfo> connection,
+    HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
     std::function<void(HttpResponse)> done)
 {
     AccessRecord access;
     access.arrived = std::chrono::system_clock::now();
     access.started = std::chrono::steady_clock::now();
     access.client = connection->clientAddress;
+    HttpResponse refusal;
+    if (throttledEarly(request, *connection, refusal))
+    {
+        describeOutcome(access, refusal, cimxml::CimResponse(), std::chrono::steady_clock::now());
+        done(std::move(refusal));
+        writeAccessLog(access);
+        return;
+    }
     // Password hashing and the operation itself are slow: both run on a worker.
     auto job = [this, request = std::move(request), connection, done, access]() mutable
     {
@@ -126,13 +139,69 @@ void CimHttpService::handle(
     }
 }
 
+HttpResponse CimHttpService::unauthorized(const std::string& body) const
+{
+    HttpResponse r = HttpResponse::text(401, body);
+    r.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + _options.realm + "\"");
+    return r;
+}
+
+HttpResponse CimHttpService::throttled(unsigned retryAfterSeconds) const
+{
+    HttpResponse r = unauthorized(
+        "too many failed logins: retry in " + std::to_string(retryAfterSeconds) + " s");
+    r.headers.emplace_back("Retry-After", std::to_string(retryAfterSeconds));
+    // A guesser that keeps its connection gets no earlier try on it than it was told.
+    r.holdOff = std::chrono::seconds(retryAfterSeconds);
+    return r;
+}
+
+bool CimHttpService::throttledEarly(
+    const HttpRequest& request, ConnectionInfo& connection, HttpResponse& refusal)
+{
+    if (!connection.certificateFingerprint.empty())
+        return false;
+    const std::string authorization = request.header("Authorization");
+    if (authorization.empty() || authorization == connection.verifiedAuthorization)
+        return false;
+    const unsigned wait =
+        _throttle.wouldWait(throttleName(authorization), connection.clientAddress);
+    // Asked only when throttled: a remembered pair is no guess.
+    if (wait == 0 || _authenticator.remembers(authorization))
+        return false;
+    refusal = throttled(wait);
+    return true;
+}
+
+bool CimHttpService::authenticateCertificate(
+    const ConnectionInfo& connection, ClientIdentity& who, HttpResponse& refusal)
+{
+    // Verified against the trust store at the handshake; the map says whose it is. A
+    // certificate that names nobody is refused, password or not: its holder meant it.
+    auth::AuthResult result;
+    if (_options.certificates)
+        result = _options.certificates->authenticate(
+            connection.certificateFingerprint, connection.certificateSubject);
+    else
+        result.reason = "client certificates are not accepted";
+    if (result.ok)
+    {
+        who.user = result.user;
+        return true;
+    }
+    ServerLog::warning(
+        "authentication failed for client " + connection.clientAddress + ": " + result.reason);
+    refusal = unauthorized("client certificate not accepted");
+    return false;
+}
+
 bool CimHttpService::authenticate(
-    const HttpRequest& request,
-    ConnectionInfo& connection,
-    ClientIdentity& who,
+    const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
     HttpResponse& refusal)
 {
     who.clientAddress = connection.clientAddress;
+    if (!connection.certificateFingerprint.empty())
+        return authenticateCertificate(connection, who, refusal);
     const std::string authorization = request.header("Authorization");
     if (connection.transport == Transport::Local && !connection.peerUser.empty() &&
         authorization.empty())
@@ -151,24 +220,39 @@ bool CimHttpService::authenticate(
             who.user = connection.verifiedUser;
             return true;
         }
+        // A guess is anything but a pair verified shortly before; guesses are throttled.
+        const std::string user = throttleName(authorization);
+        const bool guess = !_authenticator.remembers(authorization);
+        if (guess)
+        {
+            if (const unsigned wait = _throttle.admit(user, connection.clientAddress))
+            {
+                refusal = throttled(wait);
+                return false;
+            }
+        }
         const auth::AuthResult result = _authenticator.authenticate(authorization);
         if (result.ok)
         {
+            if (guess)
+                _throttle.succeeded(user, connection.clientAddress);
             connection.verifiedAuthorization = authorization;
             connection.verifiedUser = result.user;
             connection.verifiedGeneration = generation;
             who.user = result.user;
             return true;
         }
-        ServerLog::warning(
-            "authentication failed for client " + connection.clientAddress + ": " + result.reason);
+        // Logged once per burst of one user name from one address; the rest only counted.
+        if (!guess || _throttle.failed(user, connection.clientAddress))
+            ServerLog::warning(
+                "authentication failed for client " + connection.clientAddress + ": " +
+                result.reason + (guess ? " (further failures of this burst are not logged)" : ""));
     }
     else if (connection.transport == Transport::Local)
     {
         ServerLog::warning("local client not identified: " + connection.peerError);
     }
-    refusal = HttpResponse::text(401, "authentication required");
-    refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + _options.realm + "\"");
+    refusal = unauthorized("authentication required");
     return false;
 }
 
@@ -180,11 +264,8 @@ HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo&
 }
 
 HttpResponse CimHttpService::process(
-    const HttpRequest& request,
-    ConnectionInfo& connection,
-    cimxml::CimResponse& response,
-    AccessRecord& access,
-    const ResponseBodyStream::Start& start)
+    const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& response,
+    AccessRecord& access, const ResponseBodyStream::Start& start)
 {
     if (std::optional<HttpResponse> refused = checkRequestLine(request))
         return *refused;

@@ -3,6 +3,7 @@
 #ifndef QEL_SERVER_HTTP_HTTPMESSAGE_H
 #define QEL_SERVER_HTTP_HTTPMESSAGE_H
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,7 +18,8 @@ namespace http
 enum class Transport
 {
     Tcp,
-    Local
+    Local,
+    Tls  // over TCP
 };
 
 // One client connection. Requests on a connection are handled one after the other, so a
@@ -28,6 +30,10 @@ struct ConnectionInfo
     std::string clientAddress;  // the peer's IP address ("127.0.0.1" on the local socket)
     std::string peerUser;       // local socket: the peer's login name, "" when unknown
     std::string peerError;      // local socket: why peerUser is unknown
+    // TLS: the client certificate, verified against the trust store at the handshake
+    // (SHA-256 fingerprint, "" when the client sent none) and its subject.
+    std::string certificateFingerprint;
+    std::string certificateSubject;
     // Credentials already verified on this connection (see CimHttpService).
     std::string verifiedAuthorization;
     std::string verifiedUser;
@@ -59,6 +65,9 @@ struct HttpResponse
     bool close = false;  // close the connection after this response
     // Set: the body is sent in chunks as it comes from this stream (`body` is unused).
     std::shared_ptr<ResponseBodyStream> stream;
+    // Read nothing more on this connection for this long after the response (a client
+    // told to retry later): no thread waits, the connection just is not listened to.
+    std::chrono::seconds holdOff{0};
 
     // A response with a plain-text body.
     static HttpResponse text(int status, const std::string& body);

@@ -1,44 +1,33 @@
 #include "HttpServer.h"
 
-#include "HttpParser.h"
-#include "ResponseBodyStream.h"
+#include "ConnectionLimiter.h"
+#include "HttpSession.h"
 
 #include <Server/auth/PeerCredentials.h>
 
-#include <boost/asio.hpp>
-#include <boost/beast/core.hpp>
-#include <boost/beast/http.hpp>
-
 #include <atomic>
-#include <cstdio>
-#include <list>
 #include <mutex>
-#include <optional>
-#include <stdexcept>
 #include <sys/stat.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
-#include <strings.h>
+#include <unordered_map>
 
 namespace net = boost::asio;
 namespace beast = boost::beast;
-namespace bhttp = boost::beast::http;
 
 namespace qel
 {
 namespace http
 {
+
+using session::Session;
+using session::SessionBase;
+using session::TlsStream;
+
 namespace
 {
-
-class SessionBase
-{
-public:
-    virtual ~SessionBase() = default;
-    virtual void close() = 0;
-};
 
 // True when something is accepting connections on the socket file.
 bool socketInUse(const std::string& path)
@@ -54,335 +43,210 @@ bool socketInUse(const std::string& path)
     return used;
 }
 
-}  // namespace
-
-struct HttpServer::Impl : std::enable_shared_from_this<HttpServer::Impl>
+// Accept failures that mean "no descriptor or memory for one more connection": retrying at
+// once would fail again, so room is made and the retry waits a little.
+bool outOfResources(const beast::error_code& ec)
 {
-    Impl(HttpServerOptions o, RequestHandler& h) : options(std::move(o)), handler(h) {}
+    return ec == net::error::no_descriptors || ec == net::error::no_buffer_space ||
+           ec == net::error::no_memory || ec.value() == ENFILE;
+}
 
-    HttpServerOptions options;
-    RequestHandler& handler;
-    net::io_context ioc;
-    // Accept completions and acceptor closes run here, one at a time, whatever thread runs them.
-    net::strand<net::io_context::executor_type> acceptStrand{net::make_strand(ioc)};
-    std::optional<net::executor_work_guard<net::io_context::executor_type>> work;
-    std::optional<net::ip::tcp::acceptor> tcpAcceptor;
-    std::optional<net::local::stream_protocol::acceptor> localAcceptor;
-    std::vector<std::thread> threads;
-    std::atomic<size_t> connections{0};
-    unsigned short port = 0;
-    std::mutex sessionsMutex;
-    std::list<std::weak_ptr<SessionBase>> sessions;
-    bool started = false;
+// The pause before accepting again when out of resources and no connection could be
+// closed to make room.
+constexpr std::chrono::milliseconds kRetryWhenFull{250};
 
-    void acceptTcp();
-    void acceptLocal();
-    template <class Protocol>
-    void startSession(typename Protocol::socket socket, std::shared_ptr<ConnectionInfo> info);
-};
-
-namespace
-{
-
-template <class Protocol>
-class Session : public SessionBase, public std::enable_shared_from_this<Session<Protocol>>
-{
-public:
-    Session(
-        std::shared_ptr<HttpServer::Impl> server,
-        typename Protocol::socket socket,
-        std::shared_ptr<ConnectionInfo> info)
-        : _server(std::move(server)), _stream(std::move(socket)), _info(std::move(info))
-    {
-    }
-
-    ~Session() override { --_server->connections; }
-
-    void run()
-    {
-        net::dispatch(
-            _stream.get_executor(), [self = this->shared_from_this()] { self->readHeader(); });
-    }
-
-    void close() override
-    {
-        net::post(_stream.get_executor(), [self = this->shared_from_this()] { self->shutdown(); });
-    }
-
-private:
-    const HttpServerOptions& options() const { return _server->options; }
-
-    void readHeader()
-    {
-        _parser.emplace();
-        limitParser(*_parser, options());
-        _stream.expires_after(options().readTimeout);
-        bhttp::async_read_header(
-            _stream, _buffer, *_parser,
-            [self = this->shared_from_this()](beast::error_code ec, size_t)
-            { self->onHeader(ec); });
-    }
-
-    void onHeader(beast::error_code ec)
-    {
-        if (ec)
-            return fail(ec);
-        auto& req = _parser->get();
-        auto expect = req.find(bhttp::field::expect);
-        if (expect != req.end() &&
-            strcasecmp(std::string(expect->value()).c_str(), "100-continue") == 0 &&
-            req.version() >= 11)
-        {
-            // The client waits for this before it sends the body.
-            auto cont =
-                std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
-            bhttp::async_write(
-                _stream, *cont,
-                [self = this->shared_from_this(), cont](beast::error_code wec, size_t)
-                {
-                    if (wec)
-                        return self->shutdown();
-                    self->readBody();
-                });
-            return;
-        }
-        readBody();
-    }
-
-    void readBody()
-    {
-        _stream.expires_after(options().readTimeout);
-        bhttp::async_read(
-            _stream, _buffer, *_parser,
-            [self = this->shared_from_this()](beast::error_code ec, size_t) { self->onRead(ec); });
-    }
-
-    void onRead(beast::error_code ec)
-    {
-        if (ec)
-            return fail(ec);
-        _stream.expires_never();
-        _keepAlive = _parser->get().keep_alive();
-        HttpRequest request = takeRequest(*_parser);
-        _parser.reset();
-        _version = request.version;
-        auto self = this->shared_from_this();
-        _server->handler.handle(
-            std::move(request), _info,
-            [self](HttpResponse response)
-            {
-                net::post(
-                    self->_stream.get_executor(),
-                    [self, r = std::move(response)]() mutable { self->write(std::move(r)); });
-            });
-    }
-
-    void fail(beast::error_code ec)
-    {
-        if (std::optional<HttpResponse> answer = readFailureResponse(ec))
-            return write(std::move(*answer), true);
-        shutdown();  // end of stream, time-out, reset: nothing to answer
-    }
-
-    void write(HttpResponse response, bool forceClose = false)
-    {
-        if (response.stream)
-            return writeStreamed(std::move(response));
-        auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
-        res->version(_version);
-        res->result(static_cast<unsigned>(response.status));
-        for (const auto& h : response.headers)
-            res->insert(h.first, h.second);
-        res->body() = std::move(response.body);
-        const bool close = forceClose || response.close || !_keepAlive;
-        res->keep_alive(!close);
-        res->prepare_payload();
-        _stream.expires_after(options().readTimeout);
-        bhttp::async_write(
-            _stream, *res,
-            [self = this->shared_from_this(), res, close](beast::error_code ec, size_t)
-            {
-                if (ec || close)
-                    return self->shutdown();
-                self->readHeader();
-            });
-    }
-
-    // A streamed answer: the head with chunked transfer coding, then each piece as a chunk
-    // as the worker encodes it, then the last chunk (with the error trailers of a failed
-    // answer). Each write has the write timeout; a failed one abandons the answer.
-    void writeStreamed(HttpResponse response)
-    {
-        _body = response.stream;
-        auto res = std::make_shared<bhttp::response<bhttp::empty_body>>();
-        res->version(_version);
-        res->result(static_cast<unsigned>(response.status));
-        for (const auto& h : response.headers)
-            res->insert(h.first, h.second);
-        if (_body->trailersAllowed())
-            res->set(bhttp::field::trailer, _body->trailerNames());
-        res->keep_alive(_keepAlive && !response.close);
-        res->chunked(true);
-        auto serializer = std::make_shared<bhttp::response_serializer<bhttp::empty_body>>(*res);
-        _stream.expires_after(options().writeTimeout);
-        bhttp::async_write_header(
-            _stream, *serializer,
-            [self = this->shared_from_this(), res, serializer](beast::error_code ec, size_t)
-            {
-                if (ec)
-                    return self->endStreamed(false);
-                self->awaitPiece();
-            });
-    }
-
-    void awaitPiece()
-    {
-        _body->whenReady(
-            [self = this->shared_from_this()]
-            { net::post(self->_stream.get_executor(), [self] { self->writePiece(); }); });
-    }
-
-    void writePiece()
-    {
-        auto next = std::make_shared<ResponseBodyStream::Next>(_body->take());
-        _stream.expires_after(options().writeTimeout);
-        if (!next->end)
-        {
-            net::async_write(
-                _stream, bhttp::make_chunk(net::buffer(next->piece)),
-                [self = this->shared_from_this(), next](beast::error_code ec, size_t)
-                {
-                    if (ec)
-                        return self->endStreamed(false);
-                    self->_body->written(next->piece.size());
-                    self->awaitPiece();
-                });
-            return;
-        }
-        if (!next->complete && next->trailers.empty())
-            return endStreamed(false);  // cut short: the missing last chunk tells the client
-        auto last = std::make_shared<std::string>();
-        if (!next->piece.empty())
-            *last += chunkText(next->piece);
-        *last += "0\r\n";
-        for (const auto& t : next->trailers)
-            *last += t.first + ": " + t.second + "\r\n";
-        *last += "\r\n";
-        net::async_write(
-            _stream, net::buffer(*last),
-            [self = this->shared_from_this(), last, next](beast::error_code ec, size_t)
-            { self->endStreamed(!ec); });
-    }
-
-    static std::string chunkText(const std::string& piece)
-    {
-        char size[24];
-        std::snprintf(size, sizeof size, "%zx\r\n", piece.size());
-        return size + piece + "\r\n";
-    }
-
-    // After a streamed answer: the next request when its last chunk went out on a kept-alive
-    // connection, else the connection closes (the worker may still be encoding).
-    void endStreamed(bool whole)
-    {
-        _body->abandon();
-        _body.reset();
-        if (!whole || !_keepAlive)
-            return shutdown();
-        readHeader();
-    }
-
-    void shutdown()
-    {
-        if (_body)
-            _body->abandon();  // a worker waiting to hand on more stops
-        beast::error_code ec;
-        _stream.socket().shutdown(Protocol::socket::shutdown_both, ec);
-        _stream.close();
-    }
-
-    std::shared_ptr<HttpServer::Impl> _server;
-    beast::basic_stream<Protocol> _stream;
-    std::shared_ptr<ConnectionInfo> _info;
-    beast::flat_buffer _buffer;
-    std::optional<RequestParser> _parser;
-    bool _keepAlive = true;
-    unsigned _version = 11;
-    std::shared_ptr<ResponseBodyStream> _body;  // the streamed answer being sent
-};
+// Address reported for clients of the local socket (a distinct key for the limits).
+const char* kLocalAddress = "127.0.0.1";
 
 }  // namespace
 
-template <class Protocol>
-void HttpServer::Impl::startSession(
-    typename Protocol::socket socket,
-    std::shared_ptr<ConnectionInfo> info)
+struct HttpServer::Impl : session::Host, std::enable_shared_from_this<HttpServer::Impl>
 {
-    if (++connections > options.maxConnections)
+    Impl(HttpServerOptions o, RequestHandler& h)
+        : _options(std::move(o)),
+          _handler(h),
+          limiter({_options.maxConnections, _options.maxUnfinishedPerAddress})
     {
-        --connections;
-        beast::error_code ec;
-        socket.close(ec);  // over the limit: refuse rather than queue without bound
-        return;
     }
-    auto session =
-        std::make_shared<Session<Protocol>>(shared_from_this(), std::move(socket), std::move(info));
+
+    const HttpServerOptions& options() const override { return _options; }
+    RequestHandler& handler() override { return _handler; }
+    void requestCompleted(uint64_t id) override
     {
         std::lock_guard<std::mutex> lock(sessionsMutex);
-        for (auto it = sessions.begin(); it != sessions.end();)
-            it = it->expired() ? sessions.erase(it) : std::next(it);
-        sessions.push_back(session);
+        limiter.completed(id);
     }
-    session->run();
+    void setIdle(uint64_t id, bool idle) override
+    {
+        std::lock_guard<std::mutex> lock(sessionsMutex);
+        limiter.setIdle(id, idle);
+    }
+    void ended(uint64_t id) override
+    {
+        std::lock_guard<std::mutex> lock(sessionsMutex);
+        limiter.released(id);
+        sessions.erase(id);
+        --connections;
+    }
+
+    // One listening socket and its pause timer (used when accepting fails for lack of
+    // resources). Accept completions and closes run on acceptStrand.
+    template <class Protocol>
+    struct Listener
+    {
+        explicit Listener(net::io_context& ioc) : retry(ioc) {}
+        std::optional<typename Protocol::acceptor> acceptor;
+        net::steady_timer retry;
+    };
+
+    template <class Protocol, class OnSocket>
+    void accept(Listener<Protocol>& listener, OnSocket onSocket);
+    // Out of descriptors with a client waiting: closes a connection to make room, then
+    // accepts again. REQUIRES: running on acceptStrand.
+    template <class Protocol, class OnSocket>
+    void makeRoomThenAccept(Listener<Protocol>& listener, OnSocket onSocket);
+    // The connection to close when descriptors ran out (null when there is none).
+    std::shared_ptr<SessionBase> reclaimOne();
+    template <class Stream>
+    void startSession(
+        Stream stream, std::shared_ptr<ConnectionInfo> info,
+        std::shared_ptr<net::ssl::context> tls);
+    std::shared_ptr<net::ssl::context> currentTls()
+    {
+        std::lock_guard<std::mutex> lock(tlsMutex);
+        return tls;
+    }
+
+    const HttpServerOptions _options;
+    RequestHandler& _handler;
+    net::io_context ioc;
+    net::strand<net::io_context::executor_type> acceptStrand{net::make_strand(ioc)};
+    std::optional<net::executor_work_guard<net::io_context::executor_type>> work;
+    Listener<net::ip::tcp> http{ioc};
+    Listener<net::ip::tcp> https{ioc};
+    Listener<net::local::stream_protocol> local{ioc};
+    std::vector<std::thread> threads;
+    std::atomic<size_t> connections{0};
+    unsigned short httpPort = 0;
+    unsigned short httpsPort = 0;
+    bool started = false;
+
+    std::mutex tlsMutex;
+    std::shared_ptr<net::ssl::context> tls;  // guarded by tlsMutex; for new connections
+
+    std::mutex sessionsMutex;
+    ConnectionLimiter limiter;                                          // guarded by sessionsMutex
+    std::unordered_map<uint64_t, std::weak_ptr<SessionBase>> sessions;  // guarded by sessionsMutex
+};
+
+template <class Stream>
+void HttpServer::Impl::startSession(
+    Stream stream, std::shared_ptr<ConnectionInfo> info,
+    std::shared_ptr<net::ssl::context> tlsContext)
+{
+    std::vector<std::shared_ptr<SessionBase>> victims;
+    std::shared_ptr<Session<Stream>> session;
+    {
+        std::lock_guard<std::mutex> lock(sessionsMutex);
+        const ConnectionLimiter::Admission a = limiter.admit(info->clientAddress);
+        for (uint64_t id : a.close)
+        {
+            auto it = sessions.find(id);
+            if (it != sessions.end())
+                if (auto victim = it->second.lock())
+                    victims.push_back(std::move(victim));
+        }
+        if (a.id)
+        {
+            ++connections;
+            session = std::make_shared<Session<Stream>>(
+                shared_from_this(), *a.id, std::move(stream), std::move(info),
+                std::move(tlsContext));
+            sessions.emplace(*a.id, session);
+        }
+    }
+    // Outside the lock: a session's last reference may go here, and its end takes the lock.
+    for (auto& victim : victims)
+        victim->close();
+    if (session)
+        session->run();
+    else
+        beast::get_lowest_layer(stream).close();  // every connection is busy: refused
 }
 
-void HttpServer::Impl::acceptTcp()
+std::shared_ptr<SessionBase> HttpServer::Impl::reclaimOne()
 {
-    tcpAcceptor->async_accept(
+    std::shared_ptr<SessionBase> victim;
+    {
+        std::lock_guard<std::mutex> lock(sessionsMutex);
+        const std::optional<uint64_t> id = limiter.reclaimOne();
+        if (id)
+        {
+            auto it = sessions.find(*id);
+            if (it != sessions.end())
+                victim = it->second.lock();
+        }
+    }
+    return victim;
+}
+
+template <class Protocol, class OnSocket>
+void HttpServer::Impl::makeRoomThenAccept(Listener<Protocol>& listener, OnSocket onSocket)
+{
+    auto again = [self = shared_from_this(), &listener, onSocket]
+    {
+        if (listener.acceptor->is_open())
+            self->accept(listener, onSocket);
+    };
+    if (auto victim = reclaimOne())
+    {
+        victim->close([self = shared_from_this(), again] { net::post(self->acceptStrand, again); });
+        return;
+    }
+    listener.retry.expires_after(kRetryWhenFull);
+    listener.retry.async_wait(net::bind_executor(
+        acceptStrand,
+        [again](beast::error_code ec)
+        {
+            if (!ec)
+                again();
+        }));
+}
+
+template <class Protocol, class OnSocket>
+void HttpServer::Impl::accept(Listener<Protocol>& listener, OnSocket onSocket)
+{
+    listener.acceptor->async_accept(
         net::make_strand(ioc),
         net::bind_executor(
             acceptStrand,
-            [self = shared_from_this()](beast::error_code ec, net::ip::tcp::socket socket)
+            [self = shared_from_this(), &listener,
+             onSocket](beast::error_code ec, typename Protocol::socket socket)
             {
-                if (ec == net::error::operation_aborted || !self->tcpAcceptor->is_open())
+                if (ec == net::error::operation_aborted || !listener.acceptor->is_open())
                     return;
                 if (!ec)
                 {
-                    auto info = std::make_shared<ConnectionInfo>();
-                    info->transport = Transport::Tcp;
-                    beast::error_code addrEc;
-                    const auto peer = socket.remote_endpoint(addrEc);
-                    if (!addrEc)
-                        info->clientAddress = peer.address().to_string();
-                    socket.set_option(net::ip::tcp::no_delay(true), addrEc);
-                    self->startSession<net::ip::tcp>(std::move(socket), std::move(info));
+                    onSocket(std::move(socket));
                 }
-                self->acceptTcp();
-            }));
-}
-
-void HttpServer::Impl::acceptLocal()
-{
-    localAcceptor->async_accept(
-        net::make_strand(ioc),
-        net::bind_executor(
-            acceptStrand,
-            [self = shared_from_this()](
-                beast::error_code ec, net::local::stream_protocol::socket socket)
-            {
-                if (ec == net::error::operation_aborted || !self->localAcceptor->is_open())
-                    return;
-                if (!ec)
+                else if (outOfResources(ec))
                 {
-                    auto info = std::make_shared<ConnectionInfo>();
-                    info->transport = Transport::Local;
-                    info->clientAddress = "127.0.0.1";
-                    qel::auth::peerUserName(
-                        socket.native_handle(), info->peerUser, info->peerError);
-                    self->startSession<net::local::stream_protocol>(
-                        std::move(socket), std::move(info));
+                    // Accepting again at once would fail again: spinning. And the kernel
+                    // takes the descriptor before it looks for a connection, so this says
+                    // nothing about whether anyone waits. Wait until someone does, then close
+                    // the oldest unfinished connection and accept once its descriptor is free.
+                    listener.acceptor->async_wait(
+                        net::socket_base::wait_read,
+                        net::bind_executor(
+                            self->acceptStrand,
+                            [self, &listener, onSocket](beast::error_code wec)
+                            {
+                                if (!wec && listener.acceptor->is_open())
+                                    self->makeRoomThenAccept(listener, onSocket);
+                            }));
+                    return;
                 }
-                self->acceptLocal();
+                self->accept(listener, onSocket);
             }));
 }
 
@@ -396,62 +260,141 @@ HttpServer::~HttpServer()
     stop();
 }
 
+namespace
+{
+
+// Opens, binds and listens; ListenerError naming the address on failure.
+void listenTcp(
+    std::optional<net::ip::tcp::acceptor>& acceptor, net::io_context& ioc, const std::string& what,
+    const std::string& bindAddress, int port)
+{
+    beast::error_code ec;
+    const auto address = net::ip::make_address(bindAddress, ec);
+    if (ec)
+        throw ListenerError("invalid " + what + " bind address \"" + bindAddress + "\"");
+    const net::ip::tcp::endpoint endpoint(address, static_cast<unsigned short>(port));
+    acceptor.emplace(ioc);
+    acceptor->open(endpoint.protocol(), ec);
+    if (!ec)
+        acceptor->set_option(net::socket_base::reuse_address(true), ec);
+    if (!ec)
+        acceptor->bind(endpoint, ec);
+    if (!ec)
+        acceptor->listen(net::socket_base::max_listen_connections, ec);
+    if (ec)
+        throw ListenerError(
+            "cannot listen for " + what + " on " + bindAddress + ":" + std::to_string(port) + ": " +
+            ec.message());
+}
+
+}  // namespace
+
 void HttpServer::start()
 {
     Impl& s = *_impl;
     if (s.started)
         throw std::runtime_error("HTTP server already started");
-    if (s.options.port >= 0)
+    try
     {
-        beast::error_code ec;
-        const auto address = net::ip::make_address(s.options.bindAddress, ec);
-        if (ec)
-            throw std::runtime_error("invalid bind address \"" + s.options.bindAddress + "\"");
-        const net::ip::tcp::endpoint endpoint(address, static_cast<unsigned short>(s.options.port));
-        s.tcpAcceptor.emplace(s.ioc);
-        s.tcpAcceptor->open(endpoint.protocol(), ec);
-        if (!ec)
-            s.tcpAcceptor->set_option(net::socket_base::reuse_address(true), ec);
-        if (!ec)
-            s.tcpAcceptor->bind(endpoint, ec);
-        if (!ec)
-            s.tcpAcceptor->listen(net::socket_base::max_listen_connections, ec);
-        if (ec)
-            throw std::runtime_error(
-                "cannot listen on " + s.options.bindAddress + ":" + std::to_string(s.options.port) +
-                ": " + ec.message());
-        s.port = s.tcpAcceptor->local_endpoint().port();
+        if (s._options.tlsPort >= 0)
+            s.tls = makeServerTlsContext(s._options.tls);
+        if (s._options.port >= 0)
+        {
+            listenTcp(s.http.acceptor, s.ioc, "HTTP", s._options.bindAddress, s._options.port);
+            s.httpPort = s.http.acceptor->local_endpoint().port();
+        }
+        if (s._options.tlsPort >= 0)
+        {
+            listenTcp(
+                s.https.acceptor, s.ioc, "HTTPS", s._options.tlsBindAddress, s._options.tlsPort);
+            s.httpsPort = s.https.acceptor->local_endpoint().port();
+        }
+        if (!s._options.socketPath.empty())
+        {
+            const std::string& path = s._options.socketPath;
+            if (path.size() >= sizeof(sockaddr_un{}.sun_path))
+                throw ListenerError("local socket path too long: " + path);
+            if (socketInUse(path))
+                throw ListenerError("another server is listening on the local socket " + path);
+            ::unlink(path.c_str());  // a stale file left by a server that died
+            beast::error_code ec;
+            s.local.acceptor.emplace(s.ioc);
+            const net::local::stream_protocol::endpoint endpoint(path);
+            s.local.acceptor->open(endpoint.protocol(), ec);
+            if (!ec)
+                s.local.acceptor->bind(endpoint, ec);
+            if (!ec)
+                s.local.acceptor->listen(net::socket_base::max_listen_connections, ec);
+            if (ec)
+                throw ListenerError("cannot listen on local socket " + path + ": " + ec.message());
+            // Anyone on this machine may connect; the peer's user name is what identifies them.
+            ::chmod(path.c_str(), 0666);
+        }
     }
-    if (!s.options.socketPath.empty())
+    catch (...)
     {
-        const std::string& path = s.options.socketPath;
-        if (path.size() >= sizeof(sockaddr_un{}.sun_path))
-            throw std::runtime_error("local socket path too long: " + path);
-        if (socketInUse(path))
-            throw std::runtime_error("another server is listening on the local socket " + path);
-        ::unlink(path.c_str());  // a stale file left by a server that died
-        beast::error_code ec;
-        s.localAcceptor.emplace(s.ioc);
-        const net::local::stream_protocol::endpoint endpoint(path);
-        s.localAcceptor->open(endpoint.protocol(), ec);
-        if (!ec)
-            s.localAcceptor->bind(endpoint, ec);
-        if (!ec)
-            s.localAcceptor->listen(net::socket_base::max_listen_connections, ec);
-        if (ec)
-            throw std::runtime_error("cannot listen on local socket " + path + ": " + ec.message());
-        // Anyone on this machine may connect; the peer's user name is what identifies them.
-        ::chmod(path.c_str(), 0666);
+        s.http.acceptor.reset();
+        s.https.acceptor.reset();
+        s.local.acceptor.reset();
+        s.tls.reset();
+        throw;
     }
     s.work.emplace(s.ioc.get_executor());
     s.started = true;
-    if (s.tcpAcceptor)
-        s.acceptTcp();
-    if (s.localAcceptor)
-        s.acceptLocal();
-    const unsigned n = s.options.ioThreads ? s.options.ioThreads : 1;
+    auto self = _impl;
+    auto tcpInfo = [](net::ip::tcp::socket& socket, Transport transport)
+    {
+        auto info = std::make_shared<ConnectionInfo>();
+        info->transport = transport;
+        beast::error_code ec;
+        const auto peer = socket.remote_endpoint(ec);
+        if (!ec)
+            info->clientAddress = peer.address().to_string();
+        socket.set_option(net::ip::tcp::no_delay(true), ec);
+        return info;
+    };
+    if (s.http.acceptor)
+        s.accept(
+            s.http,
+            [self, tcpInfo](net::ip::tcp::socket socket)
+            {
+                auto info = tcpInfo(socket, Transport::Tcp);
+                self->startSession(beast::tcp_stream(std::move(socket)), std::move(info), nullptr);
+            });
+    if (s.https.acceptor)
+        s.accept(
+            s.https,
+            [self, tcpInfo](net::ip::tcp::socket socket)
+            {
+                auto info = tcpInfo(socket, Transport::Tls);
+                auto context = self->currentTls();
+                TlsStream stream(std::move(socket), *context);
+                self->startSession(std::move(stream), std::move(info), std::move(context));
+            });
+    if (s.local.acceptor)
+        s.accept(
+            s.local,
+            [self](net::local::stream_protocol::socket socket)
+            {
+                auto info = std::make_shared<ConnectionInfo>();
+                info->transport = Transport::Local;
+                info->clientAddress = kLocalAddress;
+                qel::auth::peerUserName(socket.native_handle(), info->peerUser, info->peerError);
+                self->startSession(
+                    beast::basic_stream<net::local::stream_protocol>(std::move(socket)),
+                    std::move(info), nullptr);
+            });
+    const unsigned n = s._options.ioThreads ? s._options.ioThreads : 1;
     for (unsigned i = 0; i < n; ++i)
         s.threads.emplace_back([&ioc = s.ioc] { ioc.run(); });
+}
+
+void HttpServer::reloadTls()
+{
+    Impl& s = *_impl;
+    auto fresh = makeServerTlsContext(s._options.tls);
+    std::lock_guard<std::mutex> lock(s.tlsMutex);
+    s.tls = std::move(fresh);
 }
 
 void HttpServer::stopAccepting()
@@ -464,12 +407,17 @@ void HttpServer::stopAccepting()
         [s]
         {
             beast::error_code ec;
-            if (s->tcpAcceptor)
-                s->tcpAcceptor->close(ec);
-            if (s->localAcceptor)
+            for (auto* l : {&s->http, &s->https})
+                if (l->acceptor)
+                {
+                    l->acceptor->close(ec);
+                    l->retry.cancel();
+                }
+            if (s->local.acceptor)
             {
-                s->localAcceptor->close(ec);
-                ::unlink(s->options.socketPath.c_str());
+                s->local.acceptor->close(ec);
+                s->local.retry.cancel();
+                ::unlink(s->_options.socketPath.c_str());
             }
         });
 }
@@ -480,13 +428,16 @@ void HttpServer::stop()
     if (!s->started)
         return;
     stopAccepting();
+    std::vector<std::shared_ptr<SessionBase>> open;
     {
         std::lock_guard<std::mutex> lock(s->sessionsMutex);
-        for (auto& weak : s->sessions)
-            if (auto session = weak.lock())
-                session->close();
-        s->sessions.clear();
+        for (auto& entry : s->sessions)
+            if (auto session = entry.second.lock())
+                open.push_back(std::move(session));
     }
+    for (auto& session : open)
+        session->close();
+    open.clear();
     s->work.reset();
     s->ioc.stop();
     for (std::thread& t : s->threads)
@@ -497,17 +448,22 @@ void HttpServer::stop()
     // Handlers still queued hold sessions that refer back to the server; drop them now.
     s->ioc.restart();
     s->ioc.poll();
-    s->tcpAcceptor.reset();
-    s->localAcceptor.reset();
+    s->http.acceptor.reset();
+    s->https.acceptor.reset();
+    s->local.acceptor.reset();
 }
 
 unsigned short HttpServer::tcpPort() const
 {
-    return _impl->port;
+    return _impl->httpPort;
+}
+unsigned short HttpServer::tlsPort() const
+{
+    return _impl->httpsPort;
 }
 const HttpServerOptions& HttpServer::options() const
 {
-    return _impl->options;
+    return _impl->_options;
 }
 size_t HttpServer::openConnections() const
 {

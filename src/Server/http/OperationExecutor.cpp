@@ -10,9 +10,7 @@ namespace http
 {
 
 void OperationExecutor::execute(
-    const cimxml::CimRequest& request,
-    const ClientIdentity& client,
-    CIMResponseSink& sink)
+    const cimxml::CimRequest& request, const ClientIdentity& client, CIMResponseSink& sink)
 {
     cimxml::CimResponse r;
     r.messageId = request.messageId;
@@ -23,7 +21,7 @@ void OperationExecutor::execute(
         return sink.fail(r.error);
     try
     {
-        switch (cimxml::specOf(request.operation).result)
+        switch (cimxml::entryOf(request.operation).result)
         {
             case cimxml::ResultKind::Class:
                 sink.deliverClass(r.cimClass);

@@ -27,16 +27,14 @@ public:
     // Fills `response` with the results, or with the CIM error the operation ended in.
     // Must not throw.
     virtual void execute(
-        const cimxml::CimRequest& request,
-        const ClientIdentity& client,
+        const cimxml::CimRequest& request, const ClientIdentity& client,
         cimxml::CimResponse& response) = 0;
     // Runs the operation with its answer going to `sink` as it is made; exactly one of
     // sink.complete() and sink.fail() ends it. What the sink throws while taking an object
     // ends the operation as a failure. This one runs the operation whole, then hands its
     // result to the sink; executors that can deliver as they go override it.
     virtual void execute(
-        const cimxml::CimRequest& request,
-        const ClientIdentity& client,
+        const cimxml::CimRequest& request, const ClientIdentity& client,
         Pegasus::CIMResponseSink& sink);
 };
 

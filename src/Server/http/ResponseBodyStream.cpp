@@ -12,11 +12,7 @@ namespace http
 {
 
 ResponseBodyStream::ResponseBodyStream(
-    HttpResponse head,
-    std::string prefix,
-    bool trailers,
-    ResponseStreamLimits limits,
-    Start start)
+    HttpResponse head, std::string prefix, bool trailers, ResponseStreamLimits limits, Start start)
     : _head(std::move(head)),
       _prefix(std::move(prefix)),
       _trailers(trailers),

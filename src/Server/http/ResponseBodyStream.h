@@ -64,10 +64,7 @@ public:
     // `head` holds the status and headers the answer goes out with; `prefix` is the "NN-" of
     // an M-POST's CIM headers. Without `start` the answer is never chunked.
     ResponseBodyStream(
-        HttpResponse head,
-        std::string prefix,
-        bool trailers,
-        ResponseStreamLimits limits,
+        HttpResponse head, std::string prefix, bool trailers, ResponseStreamLimits limits,
         Start start);
 
     // Producer (the worker).

@@ -45,9 +45,7 @@ std::string objectKey(const CIMObjectPath& path)
 }
 
 std::vector<Hop> hopsFrom(
-    const std::vector<Link>& links,
-    const CIMObjectPath& object,
-    const String& role,
+    const std::vector<Link>& links, const CIMObjectPath& object, const String& role,
     const String& resultRole)
 {
     std::vector<Hop> hops;
@@ -64,12 +62,8 @@ std::vector<Hop> hopsFrom(
 }
 
 CIMInstance linkInstance(
-    const Link& link,
-    ClassCache& classes,
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin)
+    const Link& link, ClassCache& classes, const String& host, const CIMNamespaceName& nameSpace,
+    Boolean includeQualifiers, Boolean includeClassOrigin)
 {
     return InstanceBuilder(
                classes.get(nameSpace, link.assocClass), includeQualifiers, includeClassOrigin)

@@ -49,18 +49,13 @@ struct Hop
 // the far end plays `resultRole` (each "" for any role; role names compare
 // without regard to case).
 std::vector<Hop> hopsFrom(
-    const std::vector<Link>& links,
-    const Pegasus::CIMObjectPath& object,
-    const Pegasus::String& role,
-    const Pegasus::String& resultRole);
+    const std::vector<Link>& links, const Pegasus::CIMObjectPath& object,
+    const Pegasus::String& role, const Pegasus::String& resultRole);
 
 // The association instance a link stands for, in `nameSpace` on `host`.
 Pegasus::CIMInstance linkInstance(
-    const Link& link,
-    ClassCache& classes,
-    const Pegasus::String& host,
-    const Pegasus::CIMNamespaceName& nameSpace,
-    Pegasus::Boolean includeQualifiers,
+    const Link& link, ClassCache& classes, const Pegasus::String& host,
+    const Pegasus::CIMNamespaceName& nameSpace, Pegasus::Boolean includeQualifiers,
     Pegasus::Boolean includeClassOrigin);
 
 }  // namespace interop

@@ -27,9 +27,7 @@ const CIMClass& ClassCache::get(const CIMNamespaceName& nameSpace, const CIMName
 }
 
 bool ClassCache::isA(
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
-    const CIMName& ancestor) const
+    const CIMNamespaceName& nameSpace, const CIMName& className, const CIMName& ancestor) const
 {
     if (className == ancestor)
         return _repository.namespaceExists(nameSpace) &&
@@ -46,9 +44,7 @@ bool ClassCache::isA(
 }
 
 InstanceBuilder::InstanceBuilder(
-    const CIMClass& cimClass,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin)
+    const CIMClass& cimClass, Boolean includeQualifiers, Boolean includeClassOrigin)
     : _class(cimClass),
       _instance(cimClass.buildInstance(includeQualifiers, includeClassOrigin, CIMPropertyList()))
 {

@@ -34,8 +34,7 @@ public:
     // className is ancestor or one of its subclasses in nameSpace; false for
     // a class or namespace unknown there.
     bool
-    isA(const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className,
+    isA(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
         const Pegasus::CIMName& ancestor) const;
 
 private:
@@ -48,8 +47,7 @@ class InstanceBuilder
 {
 public:
     InstanceBuilder(
-        const Pegasus::CIMClass& cimClass,
-        Pegasus::Boolean includeQualifiers,
+        const Pegasus::CIMClass& cimClass, Pegasus::Boolean includeQualifiers,
         Pegasus::Boolean includeClassOrigin);
 
     InstanceBuilder& set(const Pegasus::CIMName& property, const Pegasus::CIMValue& value);

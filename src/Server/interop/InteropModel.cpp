@@ -48,11 +48,8 @@ const std::vector<ServedClass>& servedClasses()
 }
 
 InteropModel::InteropModel(
-    const ServerFacts& facts,
-    CIMOMHandle& cimom,
-    const OperationContext& context,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin)
+    const ServerFacts& facts, CIMOMHandle& cimom, const OperationContext& context,
+    Boolean includeQualifiers, Boolean includeClassOrigin)
     : _facts(facts),
       _cimom(cimom),
       _context(context),
@@ -127,8 +124,7 @@ bool InteropModel::isA(const CIMObjectPath& path, const CIMName& ancestor)
 }
 
 Array<CIMObject> InteropModel::objectsAt(
-    const std::vector<const CIMObjectPath*>& paths,
-    const CIMPropertyList& propertyList)
+    const std::vector<const CIMObjectPath*>& paths, const CIMPropertyList& propertyList)
 {
     // Each class is read once: "<namespace>:<class>" -> its objects by key.
     std::map<std::string, std::map<std::string, CIMInstance>> read;

@@ -33,10 +33,8 @@ public:
     // `cimom` reaches the rest of the server as the request's user
     // (`context`): central instances in other namespaces are read there.
     InteropModel(
-        const ServerFacts& facts,
-        Pegasus::CIMOMHandle& cimom,
-        const Pegasus::OperationContext& context,
-        Pegasus::Boolean includeQualifiers,
+        const ServerFacts& facts, Pegasus::CIMOMHandle& cimom,
+        const Pegasus::OperationContext& context, Pegasus::Boolean includeQualifiers,
         Pegasus::Boolean includeClassOrigin);
 
     // The instances of exactly this class (one of servedClasses(), else

@@ -29,12 +29,8 @@ namespace
 // The far ends of the hops from `object`, each object once, kept when their
 // class is `resultClass` or one of its subclasses.
 std::vector<const CIMObjectPath*> associated(
-    InteropModel& model,
-    const std::vector<Link>& links,
-    const CIMObjectPath& object,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole)
+    InteropModel& model, const std::vector<Link>& links, const CIMObjectPath& object,
+    const CIMName& resultClass, const String& role, const String& resultRole)
 {
     std::vector<const CIMObjectPath*> result;
     std::set<std::string> seen;
@@ -79,11 +75,8 @@ void InteropProvider::terminate()
 }
 
 void InteropProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList&,
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList&,
     InstanceResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, includeQualifiers, includeClassOrigin);
@@ -104,11 +97,8 @@ void InteropProvider::getInstance(
 }
 
 void InteropProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList&,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList&,
     InstanceResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, includeQualifiers, includeClassOrigin);
@@ -119,8 +109,7 @@ void InteropProvider::enumerateInstances(
 }
 
 void InteropProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, false, false);
@@ -131,44 +120,30 @@ void InteropProvider::enumerateInstanceNames(
 }
 
 void InteropProvider::modifyInstance(
-    const OperationContext&,
-    const CIMObjectPath& instanceReference,
-    const CIMInstance&,
-    const Boolean,
-    const CIMPropertyList&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath& instanceReference, const CIMInstance&,
+    const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     readOnly(instanceReference);
 }
 
 void InteropProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath& instanceReference,
-    const CIMInstance&,
+    const OperationContext&, const CIMObjectPath& instanceReference, const CIMInstance&,
     ObjectPathResponseHandler&)
 {
     readOnly(instanceReference);
 }
 
 void InteropProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath& instanceReference,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath& instanceReference, ResponseHandler&)
 {
     readOnly(instanceReference);
 }
 
 void InteropProvider::associators(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, includeQualifiers, includeClassOrigin);
     const std::vector<Link> links = model.links(associationClass, &objectName);
@@ -179,13 +154,9 @@ void InteropProvider::associators(
 }
 
 void InteropProvider::associatorNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, false, false);
     const std::vector<Link> links = model.links(associationClass, &objectName);
@@ -197,14 +168,9 @@ void InteropProvider::associatorNames(
 }
 
 void InteropProvider::references(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList&,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList&, ObjectResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, includeQualifiers, includeClassOrigin);
     const std::vector<Link> links = model.links(resultClass, &objectName);
@@ -215,11 +181,8 @@ void InteropProvider::references(
 }
 
 void InteropProvider::referenceNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, ObjectPathResponseHandler& handler)
 {
     InteropModel model(_facts, _cimom, context, false, false);
     const std::vector<Link> links = model.links(resultClass, &objectName);

@@ -27,81 +27,59 @@ public:
     void terminate() override;
 
     void getInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& instanceReference,
-        const Pegasus::Boolean includeQualifiers,
-        const Pegasus::Boolean includeClassOrigin,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& instanceReference,
+        const Pegasus::Boolean includeQualifiers, const Pegasus::Boolean includeClassOrigin,
         const Pegasus::CIMPropertyList& propertyList,
         Pegasus::InstanceResponseHandler& handler) override;
 
     void enumerateInstances(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& classReference,
-        const Pegasus::Boolean includeQualifiers,
-        const Pegasus::Boolean includeClassOrigin,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& classReference,
+        const Pegasus::Boolean includeQualifiers, const Pegasus::Boolean includeClassOrigin,
         const Pegasus::CIMPropertyList& propertyList,
         Pegasus::InstanceResponseHandler& handler) override;
 
     void enumerateInstanceNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& classReference,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& classReference,
         Pegasus::ObjectPathResponseHandler& handler) override;
 
     // The namespace only tells what the server is: CIM_ERR_NOT_SUPPORTED.
     void modifyInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& instanceReference,
-        const Pegasus::CIMInstance& instanceObject,
-        const Pegasus::Boolean includeQualifiers,
-        const Pegasus::CIMPropertyList& propertyList,
-        Pegasus::ResponseHandler& handler) override;
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& instanceReference,
+        const Pegasus::CIMInstance& instanceObject, const Pegasus::Boolean includeQualifiers,
+        const Pegasus::CIMPropertyList& propertyList, Pegasus::ResponseHandler& handler) override;
     void createInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& instanceReference,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& instanceReference,
         const Pegasus::CIMInstance& instanceObject,
         Pegasus::ObjectPathResponseHandler& handler) override;
     void deleteInstance(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& instanceReference,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& instanceReference,
         Pegasus::ResponseHandler& handler) override;
 
     void associators(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& associationClass,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        const Pegasus::String& resultRole,
-        const Pegasus::Boolean includeQualifiers,
-        const Pegasus::Boolean includeClassOrigin,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& associationClass, const Pegasus::CIMName& resultClass,
+        const Pegasus::String& role, const Pegasus::String& resultRole,
+        const Pegasus::Boolean includeQualifiers, const Pegasus::Boolean includeClassOrigin,
         const Pegasus::CIMPropertyList& propertyList,
         Pegasus::ObjectResponseHandler& handler) override;
 
     void associatorNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& associationClass,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        const Pegasus::String& resultRole,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& associationClass, const Pegasus::CIMName& resultClass,
+        const Pegasus::String& role, const Pegasus::String& resultRole,
         Pegasus::ObjectPathResponseHandler& handler) override;
 
     // `resultClass` is the association class, as the server passes it.
     void references(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
-        const Pegasus::Boolean includeQualifiers,
-        const Pegasus::Boolean includeClassOrigin,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+        const Pegasus::Boolean includeQualifiers, const Pegasus::Boolean includeClassOrigin,
         const Pegasus::CIMPropertyList& propertyList,
         Pegasus::ObjectResponseHandler& handler) override;
 
     void referenceNames(
-        const Pegasus::OperationContext& context,
-        const Pegasus::CIMObjectPath& objectName,
-        const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role,
+        const Pegasus::OperationContext& context, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role,
         Pegasus::ObjectPathResponseHandler& handler) override;
 
 private:

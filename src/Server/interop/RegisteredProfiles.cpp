@@ -100,8 +100,7 @@ referenceLinks(const BuildScope& scope, const std::vector<const ProfileEntry*>& 
 }
 
 std::vector<Link> conformanceLinks(
-    const BuildScope& scope,
-    const std::vector<const ProfileEntry*>& profiles,
+    const BuildScope& scope, const std::vector<const ProfileEntry*>& profiles,
     const CentralNames& centralNames)
 {
     std::vector<Link> links;

@@ -50,14 +50,12 @@ referenceLinks(const BuildScope& scope, const std::vector<const ProfileEntry*>& 
 // The names of every instance of a class in a namespace, as the request's
 // user may see them.
 using CentralNames = std::function<Pegasus::Array<Pegasus::CIMObjectPath>(
-    const Pegasus::CIMNamespaceName& nameSpace,
-    const Pegasus::CIMName& className)>;
+    const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className)>;
 
 // CIM_ElementConformsToProfile of these profiles: ConformantStandard the
 // profile, ManagedElement each central instance.
 std::vector<Link> conformanceLinks(
-    const BuildScope& scope,
-    const std::vector<const ProfileEntry*>& profiles,
+    const BuildScope& scope, const std::vector<const ProfileEntry*>& profiles,
     const CentralNames& centralNames);
 
 }  // namespace interop

@@ -153,9 +153,7 @@ namespace
 {
 
 std::vector<Link> fromObjectManager(
-    const BuildScope& scope,
-    const char* assocClass,
-    const std::vector<CIMInstance>& dependents)
+    const BuildScope& scope, const char* assocClass, const std::vector<CIMInstance>& dependents)
 {
     const CIMObjectPath manager = objectManager(scope).getPath();
     std::vector<Link> links;

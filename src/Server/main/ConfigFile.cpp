@@ -83,9 +83,7 @@ void applyLine(const std::string& line, const std::string& where, ServerCommandL
 }  // namespace
 
 void applyConfigText(
-    const std::string& text,
-    const std::string& origin,
-    ServerCommandLine& settings)
+    const std::string& text, const std::string& origin, ServerCommandLine& settings)
 {
     size_t lineNumber = 0;
     size_t start = 0;

@@ -23,9 +23,7 @@ constexpr size_t kMaxConfigFileBytes = 1024 * 1024;
 // (unknown key, bad value, a line that is not "key = value", a single-valued key given
 // twice, a key that only the command line may set); `settings` may then be half-applied.
 void applyConfigText(
-    const std::string& text,
-    const std::string& origin,
-    ServerCommandLine& settings);
+    const std::string& text, const std::string& origin, ServerCommandLine& settings);
 
 // Reads `path` and applies it as above, then notes in settings.configFileFound whether it
 // was there. A missing file is fine unless `required`; any other failure to read it throws

@@ -1,5 +1,11 @@
 #include "DemoUsers.h"
 
+#include "WireServer.h"
+
+#include <Server/core/Dispatcher.h>
+
+#include <Pegasus/Common/CIMResponseCollector.h>
+
 #include <Server/auth/PasswordFile.h>
 #include <Server/auth/PasswordHash.h>
 
@@ -53,7 +59,28 @@ std::vector<DemoUser> createDemoUsers(const std::string& arrayFile, const std::s
     return users;
 }
 
-std::string wbemcliTour(const std::vector<DemoUser>& users, const std::string& host, unsigned port)
+std::string firstPortPath(WireServer& server, const std::string& user)
+{
+    using namespace Pegasus;
+    Dispatcher& dispatcher = server.core().dispatcher();
+    CIMOperationResponse response;
+    CIMResponseCollector collector(CIMOperationType::EnumerateInstanceNames, response);
+    dispatcher.execute(
+        Dispatcher::requestContext(String(user.c_str()), String("127.0.0.1")),
+        CIMOperationRequest::enumerateInstanceNames(
+            CIMNamespaceName("root/qel"), CIMName("QEL_FCPort")),
+        collector);
+    const Array<CIMObjectPath>& names = response.checked().paths;
+    if (names.size() == 0)
+        throw std::runtime_error("the array has no FC port to show");
+    CIMObjectPath path = names[0];
+    path.setHost(String());
+    path.setNameSpace(CIMNamespaceName());
+    return std::string(path.toString().getCString());
+}
+
+std::string
+wbemcliTour(const std::vector<DemoUser>& users, const TourEndpoint& at, const std::string& portPath)
 {
     std::ostringstream out;
     const DemoUser* editor = firstWithRole(users, "edit");
@@ -64,17 +91,19 @@ std::string wbemcliTour(const std::vector<DemoUser>& users, const std::string& h
         editor = &users.front();
     if (!viewer)
         viewer = editor;
-    auto url = [&](const DemoUser& u)
+    const std::string options = at.options.empty() ? std::string() : at.options + " ";
+    // Passwords are letters and digits: safe inside single quotes and in a URL.
+    auto url = [&](const DemoUser& u, const std::string& object)
     {
-        return "http://" + u.name + ":" + u.password + "@" + host + ":" + std::to_string(port) +
-               "/root/qel";
+        return "'" + at.scheme + "://" + u.name + ":" + u.password + "@" + at.host + ":" +
+               std::to_string(at.port) + "/root/qel:" + object + "'";
     };
-    auto login = [](const DemoUser& u) { return "http://" + u.name + ":" + u.password + "@"; };
-    out << "  wbemcli ein '" << url(*viewer) << ":QEL_FCPort'\n"
-        << "  wbemcli ei -nl '" << url(*viewer) << ":QEL_FCPort'\n"
-        << "  wbemcli ei -nl '" << url(*viewer) << ":QEL_SFP'\n"
-        << "  wbemcli gi -nl '" << login(*viewer) << "<a name printed by ein>'\n"
-        << "  wbemcli cm '" << login(*editor) << "<a QEL_FCPort name printed by ein>' SetOffline\n";
+    out << "  wbemcli ein " << options << url(*viewer, "QEL_FCPort") << "\n"
+        << "  wbemcli ei -nl " << options << url(*viewer, "QEL_FCPort") << "\n"
+        << "  wbemcli ei -nl " << options << url(*viewer, "QEL_SFP") << "\n"
+        << "  wbemcli gi -nl " << options << url(*viewer, portPath) << "\n"
+        << "  wbemcli cm " << options << url(*editor, portPath) << " SetOffline\n"
+        << "  wbemcli cm " << options << url(*editor, portPath) << " Reset\n";
     return out.str();
 }
 

@@ -11,6 +11,8 @@ namespace qel
 namespace server
 {
 
+class WireServer;
+
 struct DemoUser
 {
     std::string name;
@@ -25,8 +27,24 @@ struct DemoUser
 std::vector<DemoUser>
 createDemoUsers(const std::string& arrayFile, const std::string& passwordFile);
 
-// Ready-to-paste wbemcli commands for these users against the server at host:port.
-std::string wbemcliTour(const std::vector<DemoUser>& users, const std::string& host, unsigned port);
+// The name of the first FC port the running server reports to `user`, as wbemcli takes
+// it (class and keys). Throws what the request threw.
+std::string firstPortPath(WireServer& server, const std::string& user);
+
+// Where the tour's commands go.
+struct TourEndpoint
+{
+    std::string scheme;  // "http" or "https"
+    std::string host;
+    unsigned port = 0;
+    std::string options;  // wbemcli options for the connection, e.g. "-cacert FILE"
+};
+
+// Ready-to-paste wbemcli commands for these users against the server at `at`: the ports
+// and SFPs, then one port (`portPath`, a real instance name in wbemcli's form) read, set
+// offline by an editor and reset.
+std::string wbemcliTour(
+    const std::vector<DemoUser>& users, const TourEndpoint& at, const std::string& portPath);
 
 }  // namespace server
 }  // namespace qel

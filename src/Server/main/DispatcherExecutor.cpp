@@ -13,8 +13,7 @@ namespace server
 {
 
 void DispatcherExecutor::execute(
-    const cimxml::CimRequest& request,
-    const http::ClientIdentity& client,
+    const cimxml::CimRequest& request, const http::ClientIdentity& client,
     cimxml::CimResponse& response)
 {
     CIMResponseCollector collector(request.operation, response);
@@ -22,9 +21,7 @@ void DispatcherExecutor::execute(
 }
 
 void DispatcherExecutor::execute(
-    const cimxml::CimRequest& request,
-    const http::ClientIdentity& client,
-    CIMResponseSink& sink)
+    const cimxml::CimRequest& request, const http::ClientIdentity& client, CIMResponseSink& sink)
 {
     OperationContext context;
     try

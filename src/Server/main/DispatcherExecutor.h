@@ -18,13 +18,11 @@ public:
     // The dispatcher's answer, collected into `response`; failures become CIM errors as a
     // CIMOM reports them.
     void execute(
-        const cimxml::CimRequest& request,
-        const http::ClientIdentity& client,
+        const cimxml::CimRequest& request, const http::ClientIdentity& client,
         cimxml::CimResponse& response) override;
     // The dispatcher's answer as it is made (the sink's delivery says when objects come).
     void execute(
-        const cimxml::CimRequest& request,
-        const http::ClientIdentity& client,
+        const cimxml::CimRequest& request, const http::ClientIdentity& client,
         Pegasus::CIMResponseSink& sink) override;
 
 private:

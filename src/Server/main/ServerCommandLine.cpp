@@ -2,6 +2,8 @@
 
 #include "ConfigFile.h"
 
+#include <boost/asio/ip/address.hpp>
+
 #include <cerrno>
 #include <cstdlib>
 
@@ -88,15 +90,48 @@ const std::vector<ServerOption> kOptions = {
      "print the settings in effect, each with where it came from, and exit", false,
      [](S& s, const std::string&, bool) { s.printConfig = true; }, nullptr, true},
     {"port", "N",
-     "TCP port for CIM-XML over HTTP (default 5988; 0 = any free port;\n'none' = no TCP listener)",
+     "TCP port for CIM-XML over plain HTTP (default 5988; 0 = any free port;\n"
+     "'none' = no HTTP listener)",
      false,
      [](S& s, const std::string& v, bool)
      { s.server.http.port = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
      [](const S& s)
      { return one(s.server.http.port < 0 ? "none" : std::to_string(s.server.http.port)); }},
-    {"bind", "ADDRESS", "address to listen on (default 127.0.0.1)", false,
+    {"bind", "ADDRESS",
+     "address for plain HTTP (default 127.0.0.1; another one needs\nhttp-on-network)", false,
      [](S& s, const std::string& v, bool) { s.server.http.bindAddress = v; },
      [](const S& s) { return one(s.server.http.bindAddress); }},
+    {"http-on-network", nullptr,
+     "let plain HTTP listen beyond loopback (passwords cross the network in\nclear)", false,
+     [](S& s, const std::string&, bool) { s.httpOnNetwork = true; },
+     [](const S& s) { return switchValue(s.httpOnNetwork); }},
+    {"https-port", "N",
+     "TCP port for CIM-XML over HTTPS (default 5989 when a certificate is\n"
+     "given; 0 = any free port; 'none' = no HTTPS listener)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.tlsPort = v == "none" ? -1 : static_cast<int>(number(v, 0, 65535)); },
+     [](const S& s)
+     { return one(s.server.http.tlsPort < 0 ? "none" : std::to_string(s.server.http.tlsPort)); }},
+    {"https-bind", "ADDRESS", "address for HTTPS (default 0.0.0.0: every interface)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tlsBindAddress = v; },
+     [](const S& s) { return one(s.server.http.tlsBindAddress); }},
+    {"tls-cert", "FILE", "the server's certificate chain for HTTPS (PEM)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tls.certificateFile = v; },
+     [](const S& s) { return one(s.server.http.tls.certificateFile); }},
+    {"tls-key", "FILE", "its private key (PEM, not encrypted)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.tls.keyFile = v; },
+     [](const S& s) { return one(s.server.http.tls.keyFile); }},
+    {"tls-trust", "PATH",
+     "authorities whose client certificates HTTPS accepts (a PEM file or a\n"
+     "folder of them); such a client logs in as the user cert-map names",
+     false, [](S& s, const std::string& v, bool) { s.server.http.tls.trustStore = v; },
+     [](const S& s) { return one(s.server.http.tls.trustStore); }},
+    {"cert-map", "FILE",
+     "users of client certificates (see qel-certmap; default\n"
+     "/etc/qel-cimserver/certmap)",
+     false, [](S& s, const std::string& v, bool) { s.server.certificateMap = v; },
+     [](const S& s) { return one(s.server.certificateMap); }},
     {"socket", "PATH",
      "local socket for connectLocal clients (default $QEL_CIMXML_SOCKET or\n"
      "/var/tmp/cimxml.socket; 'none' = no local socket)",
@@ -137,7 +172,20 @@ const std::vector<ServerOption> kOptions = {
      [](S& s, const std::string& v, bool)
      { s.server.http.maxBodyBytes = number(v, 1024, 1ul << 31); },
      [](const S& s) { return one(std::to_string(s.server.http.maxBodyBytes)); }},
-    {"read-timeout", "SECS", "time allowed for a request to arrive (default 30)", false,
+    {"header-timeout", "SECS", "time allowed for the TLS handshake and a request head (default 10)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.headerTimeout = std::chrono::seconds(number(v, 1, 3600)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.headerTimeout)
+                 .count()));
+     }},
+    {"read-timeout", "SECS",
+     "time a kept-alive connection may stay silent, and allowed for a\n"
+     "request body or an answer (default 30)",
+     false,
      [](S& s, const std::string& v, bool)
      { s.server.http.readTimeout = std::chrono::seconds(number(v, 1, 86400)); },
      [](const S& s)
@@ -195,6 +243,16 @@ const std::vector<ServerOption> kOptions = {
              static_cast<Pegasus::Uint32>(number(v, 1, 4096));
      },
      [](const S& s) { return one(std::to_string(s.server.core.enumerations.maxContextsPerUser)); }},
+    {"max-connections", "N", "open connections at most (default 1024)", false,
+     [](S& s, const std::string& v, bool) { s.server.http.maxConnections = number(v, 1, 1000000); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxConnections)); }},
+    {"max-pending-per-address", "N",
+     "connections one client address may hold before each has sent a\n"
+     "whole request (default 32); past it the oldest is closed",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.maxUnfinishedPerAddress = number(v, 1, 1000000); },
+     [](const S& s) { return one(std::to_string(s.server.http.maxUnfinishedPerAddress)); }},
     {"local-calls", "MODE",
      "in-process (default) or socket: how the server's own providers\n"
      "reach it through CIMClient::connectLocal",
@@ -253,9 +311,7 @@ const ServerOption* findServerOption(const std::string& name)
 }
 
 void applyServerOption(
-    ServerCommandLine& settings,
-    const ServerOption& option,
-    const std::string& value,
+    ServerCommandLine& settings, const ServerOption& option, const std::string& value,
     const SettingSource& source)
 {
     const std::string place = source.kind == SettingSource::Kind::CommandLine
@@ -285,11 +341,10 @@ void applyServerOption(
     settings.given.insert(option.name);
 }
 
-void checkServerSettings(const ServerCommandLine& c)
+void checkServerSettings(ServerCommandLine& c)
 {
-    if (c.server.http.port < 0 && c.server.http.socketPath.empty())
-        throw CommandLineError("with port none and socket none no client could reach the server");
-    if (c.server.localCallsOverSocket && c.server.http.socketPath.empty())
+    auto& http = c.server.http;
+    if (c.server.localCallsOverSocket && http.socketPath.empty())
         throw CommandLineError("local-calls socket needs the local socket (socket is none)");
     const Pegasus::EnumerationLimits& pull = c.server.core.enumerations;
     if (pull.defaultTimeout > pull.maxTimeout)
@@ -300,6 +355,38 @@ void checkServerSettings(const ServerCommandLine& c)
         throw CommandLineError(
             "pull-max-contexts-per-user (" + std::to_string(pull.maxContextsPerUser) +
             ") must not pass pull-max-contexts (" + std::to_string(pull.maxContexts) + ")");
+    if (http.tls.certificateFile.empty() != http.tls.keyFile.empty())
+        throw CommandLineError("--tls-cert and --tls-key go together");
+    const bool certificate = !http.tls.certificateFile.empty() || c.demo;
+    if (!certificate && http.tlsPort >= 0)
+    {
+        if (c.given.count("https-port") || c.given.count("tls-trust"))
+            throw CommandLineError("HTTPS needs --tls-cert and --tls-key");
+        http.tlsPort = -1;  // no certificate, no HTTPS: plain HTTP and the socket only
+    }
+    if (http.port < 0 && http.tlsPort < 0 && http.socketPath.empty())
+        throw CommandLineError(
+            certificate
+                ? "with port none, https-port none and socket none no client could reach the server"
+                : "with port none and socket none no client could reach the server");
+    if (http.port >= 0 && !c.httpOnNetwork && !isLoopbackAddress(http.bindAddress))
+    {
+        boost::system::error_code ec;
+        boost::asio::ip::make_address(http.bindAddress, ec);
+        if (ec)
+            throw CommandLineError("--bind: not an IP address: \"" + http.bindAddress + "\"");
+        throw CommandLineError(
+            "plain HTTP on " + http.bindAddress +
+            " would carry passwords in clear across the network: serve HTTPS "
+            "(--tls-cert, --tls-key) or add --http-on-network");
+    }
+}
+
+bool isLoopbackAddress(const std::string& address)
+{
+    boost::system::error_code ec;
+    const auto a = boost::asio::ip::make_address(address, ec);
+    return !ec && a.is_loopback();
 }
 
 ServerCommandLine

@@ -40,8 +40,11 @@ struct ServerCommandLine
     WireServerOptions server;
     Pegasus::LogLevel logLevel = Pegasus::LogLevel::Info;
     LogTarget logTarget = LogTarget::Auto;
-    bool accessLog = true;   // one info line per request
-    bool demo = false;       // generate users and passwords for the simulated array's users
+    bool accessLog = true;  // one info line per request
+    bool demo = false;      // generate users, passwords and a certificate for the simulated array
+    // Plain HTTP may listen on an address other than loopback (passwords then cross the
+    // network in clear).
+    bool httpOnNetwork = false;
     std::string arrayFile;   // --array: the simulated array description (sets QELSIM_ARRAY)
     std::string arrayState;  // --array-state: its live state (sets QELSIM_STATE); "": default
     // The configuration file to read ("" = none). A missing file is an error only when it
@@ -92,13 +95,13 @@ const ServerOption* findServerOption(const std::string& name);
 // a repeatable option. Errors are prefixed with the place: "--port: ..." on the command
 // line, "FILE:LINE: port: ..." from the configuration file.
 void applyServerOption(
-    ServerCommandLine& settings,
-    const ServerOption& option,
-    const std::string& value,
+    ServerCommandLine& settings, const ServerOption& option, const std::string& value,
     const SettingSource& source);
 
-// Checks the settings as a whole (combinations no single option can judge).
-void checkServerSettings(const ServerCommandLine& settings);
+// Checks the settings as a whole (combinations no single option can judge) and settles
+// what follows from them: HTTPS stays off, unless asked for, without a certificate
+// (--demo makes one).
+void checkServerSettings(ServerCommandLine& settings);
 
 // The effective settings: `defaults`, then the configuration file, then the command line,
 // which wins. --config is looked for first; with --help nothing is read. Throws
@@ -111,6 +114,10 @@ std::string settingsReport(const ServerCommandLine& settings);
 
 // --help: the manual page of qel-cimserver; `defaults` give the paths it names.
 std::string usageText(const ServerCommandLine& defaults);
+
+// True for an IP address of this machine's loopback (127.0.0.0/8, ::1); false for any
+// other, and for text that is not an address.
+bool isLoopbackAddress(const std::string& address);
 
 }  // namespace server
 }  // namespace qel

@@ -51,10 +51,7 @@ std::string origin(const SettingSource& source)
 }
 
 void settingLine(
-    std::ostream& out,
-    const std::string& key,
-    const std::string& value,
-    const std::string& from)
+    std::ostream& out, const std::string& key, const std::string& value, const std::string& from)
 {
     std::string line = key + " =" + (value.empty() ? "" : " " + value);
     line += line.size() + 2 > kOriginColumn ? std::string(2, ' ')

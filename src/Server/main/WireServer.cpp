@@ -3,6 +3,7 @@
 #include "DispatcherExecutor.h"
 
 #include <Server/auth/BasicAuthenticator.h>
+#include <Server/auth/CertificateAuthenticator.h>
 #include <Server/clienttransport/InstallTransports.h>
 #include <Server/core/CoreText.h>
 #include <Server/core/ProviderLibrary.h>
@@ -27,8 +28,7 @@ namespace
 
 // Throws naming the first registered module whose library no provider directory holds.
 void checkProviderModules(
-    const Pegasus::ProviderRegistry& registry,
-    const std::vector<std::string>& directories)
+    const Pegasus::ProviderRegistry& registry, const std::vector<std::string>& directories)
 {
     std::set<std::string> checked;
     for (const auto& provider : registry.providers())
@@ -91,6 +91,11 @@ void WireServer::start()
     // The password file first: a server nobody can log in to is refused before the
     // schema and providers are loaded.
     parts->authenticator = std::make_unique<auth::BasicAuthenticator>(_options.passwordFile);
+    if (_options.http.tlsPort >= 0)
+        http::makeServerTlsContext(_options.http.tls);  // checked now; HttpServer loads its own
+    std::shared_ptr<auth::CertificateAuthenticator> certificates;
+    if (_options.http.tlsPort >= 0 && !_options.http.tls.trustStore.empty())
+        certificates = std::make_shared<auth::CertificateAuthenticator>(_options.certificateMap);
 
     Pegasus::CIMServerOptions coreOptions = _options.core;
     if (_options.localCallsOverSocket)
@@ -120,6 +125,7 @@ void WireServer::start()
         serviceOptions.hostName = Pegasus::String(_core->dispatcher().hostName()).getCString();
         serviceOptions.stream.bufferBytes = _options.http.responseBufferBytes;
         serviceOptions.stream.writeTimeout = _options.http.writeTimeout;
+        serviceOptions.certificates = certificates;
         parts->service = std::make_unique<http::CimHttpService>(
             serviceOptions, *parts->authenticator, *parts->executor,
             [core](std::function<void()> job) { return core->submit(std::move(job)); },
@@ -188,13 +194,39 @@ bool WireServer::reload()
         Pegasus::ServerLog::error("reload: " + problem + "; the users loaded before stay in use");
         ok = false;
     }
-    // Certificates and keys of a TLS listener are re-read here too, the same way.
+    if (_options.http.tlsPort >= 0)
+    {
+        try
+        {
+            _parts->http->reloadTls();
+            Pegasus::ServerLog::info(
+                "reload: HTTPS certificate " + _options.http.tls.certificateFile);
+        }
+        catch (const http::TlsConfigError& e)
+        {
+            Pegasus::ServerLog::error(
+                std::string("reload: ") + e.what() +
+                "; the certificate loaded before stays in use");
+            ok = false;
+        }
+    }
     return ok;
 }
 
 unsigned short WireServer::tcpPort() const
 {
     return _parts ? _parts->http->tcpPort() : 0;
+}
+
+unsigned short WireServer::tlsPort() const
+{
+    return _parts ? _parts->http->tlsPort() : 0;
+}
+
+void WireServer::reloadTls()
+{
+    if (_parts && _options.http.tlsPort >= 0)
+        _parts->http->reloadTls();
 }
 
 }  // namespace server

@@ -20,6 +20,8 @@ struct WireServerOptions
     Pegasus::CIMServerOptions core;
     http::HttpServerOptions http;
     std::string passwordFile;
+    // Users of client certificates (qel-certmap); read when http.tls.trustStore is set.
+    std::string certificateMap;
     // Threads for requests on the local socket, kept apart from the core's pool so that a
     // request holding every core thread can still be answered when it calls back locally.
     unsigned localWorkers = 8;
@@ -40,17 +42,25 @@ public:
     WireServer& operator=(const WireServer&) = delete;
 
     // Starts the core, then the listeners. Throws (Pegasus::Exception or std::exception with
-    // a message saying what failed) and leaves everything stopped on failure.
+    // a message saying what failed: http::TlsConfigError for the certificate, key or trust
+    // store, checked before the core starts; http::ListenerError for an address in use)
+    // and leaves everything stopped on failure.
     void start();
+    // Reads the TLS certificate, key and trust store again (e.g. on SIGHUP): new
+    // connections use them. Throws http::TlsConfigError and keeps the previous ones when
+    // they are unusable. (The password file and certificate map are re-read on change.)
+    void reloadTls();
     // Stops accepting, drains requests, terminates the providers, closes connections.
     void stop();
     // Re-reads what an administrator may change while the server runs, without dropping a
-    // connection: the password file. What cannot be loaded is logged as an error and its
-    // previous version stays in use. False when anything failed (or the server is stopped).
+    // connection: the password file and the HTTPS certificate, key and trust store. What
+    // cannot be loaded is logged as an error and its previous version stays in use. False
+    // when anything failed (or the server is stopped).
     // REQUIRES: not called concurrently with start() or stop() (requests may run).
     bool reload();
 
     unsigned short tcpPort() const;
+    unsigned short tlsPort() const;
     const WireServerOptions& options() const { return _options; }
     Pegasus::CIMServer& core() { return *_core; }
 

@@ -142,14 +142,9 @@ CIMFlavor flavorsOf(const Source& src, const std::vector<MofNamePos>& words)
 // error points at the qualifier rather than at its class.
 template <class Element>
 void applyQualifiers(
-    const Source& src,
-    const ClassRepository& repo,
-    const CIMNamespaceName& ns,
-    const MofValueBuilder& values,
-    const MofQualifierList& list,
-    const CIMScope* scope,
-    const std::string& where,
-    Element element)
+    const Source& src, const ClassRepository& repo, const CIMNamespaceName& ns,
+    const MofValueBuilder& values, const MofQualifierList& list, const CIMScope* scope,
+    const std::string& where, Element element)
 {
     for (const MofQualifierSyntax& qs : list)
     {
@@ -224,8 +219,7 @@ struct MofCompiler::File
     MofValueBuilder values;
 
     File(
-        const std::string& name,
-        const CIMNamespaceName& startNs,
+        const std::string& name, const CIMNamespaceName& startNs,
         const MofValueBuilder::AliasLookup& aliases)
         : directory(directoryOf(name)), ns(startNs), values(name, aliases)
     {
@@ -257,9 +251,7 @@ void MofCompiler::compileString(const std::string& text, const std::string& sour
 }
 
 void MofCompiler::_compile(
-    const std::string& text,
-    const std::string& sourceName,
-    const std::string& identity,
+    const std::string& text, const std::string& sourceName, const std::string& identity,
     const CIMNamespaceName& ns)
 {
     const MofValueBuilder::AliasLookup aliases =

@@ -27,8 +27,7 @@ class MofCompiler
 {
 public:
     explicit MofCompiler(
-        ClassRepository& repo,
-        const CIMNamespaceName& defaultNamespace = "root/cimv2");
+        ClassRepository& repo, const CIMNamespaceName& defaultNamespace = "root/cimv2");
     ~MofCompiler();
 
     // A file that cannot be read gives a MofError at line 0, column 0.
@@ -51,9 +50,7 @@ private:
     struct File;
 
     void _compile(
-        const std::string& text,
-        const std::string& sourceName,
-        const std::string& identity,
+        const std::string& text, const std::string& sourceName, const std::string& identity,
         const CIMNamespaceName& ns);
     void _production(File& f, const MofProduction& p);
     void _pragma(File& f, const MofPragmaSyntax& p);

@@ -31,11 +31,8 @@ void stripMethodQualifiers(CIMMethod m, bool propagatedOnly)
 }  // namespace
 
 CIMClass filterClass(
-    const CIMConstClass& resolved,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMConstClass& resolved, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     CIMClass c = resolved.clone();
 

@@ -18,11 +18,8 @@ PEGASUS_NAMESPACE_BEGIN
 //   methods and parameters;
 // - includeClassOrigin false: class origins of properties and methods cleared.
 CIMClass filterClass(
-    const CIMConstClass& resolved,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList);
+    const CIMConstClass& resolved, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
 PEGASUS_NAMESPACE_END
 

@@ -257,11 +257,8 @@ Array<CIMNamespaceName> ClassRepository::enumerateNamespaces() const
 }
 
 CIMClass ClassRepository::getClass(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
+    const CIMNamespaceName& ns, const CIMName& className, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
@@ -278,9 +275,7 @@ Boolean ClassRepository::classExists(const CIMNamespaceName& ns, const CIMName& 
 }
 
 Array<CIMName> ClassRepository::enumerateClassNames(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    Boolean deepInheritance) const
+    const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);
@@ -306,12 +301,8 @@ Array<CIMName> ClassRepository::enumerateClassNames(
 }
 
 Array<CIMClass> ClassRepository::enumerateClasses(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    Boolean deepInheritance,
-    Boolean localOnly,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin) const
+    const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin) const
 {
     const Array<CIMName> names = enumerateClassNames(ns, className, deepInheritance);
     std::shared_lock<std::shared_mutex> lock(_lock);
@@ -327,9 +318,7 @@ Array<CIMClass> ClassRepository::enumerateClasses(
 }
 
 Array<CIMName> ClassRepository::subclassNames(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    Boolean deep) const
+    const CIMNamespaceName& ns, const CIMName& className, Boolean deep) const
 {
     if (className.isNull())
         throw CIMException(CIM_ERR_INVALID_CLASS, String());
@@ -337,9 +326,7 @@ Array<CIMName> ClassRepository::subclassNames(
 }
 
 Boolean ClassRepository::isSubclassOf(
-    const CIMNamespaceName& ns,
-    const CIMName& className,
-    const CIMName& ancestor) const
+    const CIMNamespaceName& ns, const CIMName& className, const CIMName& ancestor) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace& n = _get(ns);
@@ -391,9 +378,7 @@ ClassRepository::getQualifier(const CIMNamespaceName& ns, const CIMName& name) c
 }
 
 Boolean ClassRepository::findQualifier(
-    const CIMNamespaceName& ns,
-    const CIMName& name,
-    CIMQualifierDecl& decl) const
+    const CIMNamespaceName& ns, const CIMName& name, CIMQualifierDecl& decl) const
 {
     std::shared_lock<std::shared_mutex> lock(_lock);
     const Namespace* n = _find(ns);

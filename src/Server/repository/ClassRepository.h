@@ -62,11 +62,8 @@ public:
     // A fresh copy, filtered as ClassFilter.h says. Unknown class:
     // CIM_ERR_NOT_FOUND.
     CIMClass getClass(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+        const CIMNamespaceName& ns, const CIMName& className, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) const;
 
     Boolean classExists(const CIMNamespaceName& ns, const CIMName& className) const;
@@ -76,19 +73,13 @@ public:
     // all its descendants. Always in definition order, so a superclass
     // comes before its subclasses. Unknown class: CIM_ERR_INVALID_CLASS.
     Array<CIMName> enumerateClassNames(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        Boolean deepInheritance) const;
+        const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance) const;
 
     // The classes enumerateClassNames names, each filtered like getClass
     // with a null property list.
     Array<CIMClass> enumerateClasses(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin) const;
+        const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin) const;
 
     // Direct subclasses (deep false) or all descendants, without the class
     // itself, in definition order. Unknown class: CIM_ERR_INVALID_CLASS.
@@ -98,9 +89,7 @@ public:
     // True when className is ancestor or descends from it; false when
     // className is not a class of the namespace.
     Boolean isSubclassOf(
-        const CIMNamespaceName& ns,
-        const CIMName& className,
-        const CIMName& ancestor) const;
+        const CIMNamespaceName& ns, const CIMName& className, const CIMName& ancestor) const;
 
     // Static instances of the class and of its subclasses, copies, in the
     // order they were added. Unknown class: CIM_ERR_INVALID_CLASS.

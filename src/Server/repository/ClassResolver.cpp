@@ -48,11 +48,8 @@ bool findIn(const QualifierVec& list, const CIMName& name, CIMConstQualifier& fo
 // not given again (propagated), then its own, checked and with their
 // flavors resolved.
 std::vector<CIMQualifier> resolveQualifiers(
-    const QualifierVec& own,
-    const QualifierVec& inherited,
-    const CIMScope& scope,
-    const String& where,
-    const ResolverContext& context)
+    const QualifierVec& own, const QualifierVec& inherited, const CIMScope& scope,
+    const String& where, const ResolverContext& context)
 {
     std::vector<CIMQualifier> out;
     for (const CIMConstQualifier& iq : inherited)
@@ -114,11 +111,8 @@ void addAll(Element& e, const std::vector<CIMQualifier>& qualifiers)
 }
 
 bool isSameOrSubclass(
-    const ResolverContext& context,
-    const CIMName& className,
-    const CIMName& ancestor,
-    const CIMName& classBeingResolved,
-    const CIMName& superOfClassBeingResolved)
+    const ResolverContext& context, const CIMName& className, const CIMName& ancestor,
+    const CIMName& classBeingResolved, const CIMName& superOfClassBeingResolved)
 {
     CIMName current = className;
     // Class chains are finite and acyclic; the bound only guards the loop.

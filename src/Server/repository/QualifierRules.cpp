@@ -33,9 +33,7 @@ static String typeText(CIMType type, Boolean isArray)
 }
 
 void checkQualifierUse(
-    const CIMConstQualifierDecl& decl,
-    const CIMConstQualifier& qualifier,
-    const CIMScope& scope,
+    const CIMConstQualifierDecl& decl, const CIMConstQualifier& qualifier, const CIMScope& scope,
     const String& where)
 {
     const String name = qualifier.getName().getString();
@@ -57,9 +55,7 @@ void checkQualifierUse(
 }
 
 CIMFlavor resolveFlavor(
-    const CIMFlavor& base,
-    const CIMFlavor& given,
-    const CIMName& qualifierName,
+    const CIMFlavor& base, const CIMFlavor& given, const CIMName& qualifierName,
     const String& where)
 {
     const String name = qualifierName.getString();

@@ -20,9 +20,7 @@ String scopeName(const CIMScope& scope);
 // element. `where` names the element ("property Speed of class CIM_X").
 // Throws CIMException(CIM_ERR_INVALID_PARAMETER).
 void checkQualifierUse(
-    const CIMConstQualifierDecl& decl,
-    const CIMConstQualifier& qualifier,
-    const CIMScope& scope,
+    const CIMConstQualifierDecl& decl, const CIMConstQualifier& qualifier, const CIMScope& scope,
     const String& where);
 
 // The flavor of a qualifier given with the explicit flavors `given`, over
@@ -32,9 +30,7 @@ void checkQualifierUse(
 // DisableOverride, and contradicting explicit flavors are refused.
 // Throws CIMException(CIM_ERR_INVALID_PARAMETER).
 CIMFlavor resolveFlavor(
-    const CIMFlavor& base,
-    const CIMFlavor& given,
-    const CIMName& qualifierName,
+    const CIMFlavor& base, const CIMFlavor& given, const CIMName& qualifierName,
     const String& where);
 
 PEGASUS_NAMESPACE_END

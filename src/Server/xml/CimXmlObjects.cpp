@@ -185,25 +185,13 @@ CIMInstance CimXmlReader::instance(pugi::xml_node node)
                     invalidElement(c, "QUALIFIER must come before the properties");
                 qualifierCount.add();
                 const CIMQualifier q = qualifier(c);
-                guarded(
-                    c,
-                    [&]
-                    {
-                        inst.addQualifier(q);
-                        return 0;
-                    });
+                guarded(c, [&] { inst.addQualifier(q); });
                 return;
             }
             propertyCount.add();
             const CIMProperty p = property(c);
             seenProperty = true;
-            guarded(
-                c,
-                [&]
-                {
-                    inst.addProperty(p);
-                    return 0;
-                });
+            guarded(c, [&] { inst.addProperty(p); });
         });
     return inst;
 }
@@ -230,13 +218,7 @@ CIMParameter CimXmlReader::parameter(pugi::xml_node node)
         expectName(c, "QUALIFIER");
         qualifierCount.add();
         const CIMQualifier q = qualifier(c);
-        guarded(
-            c,
-            [&]
-            {
-                p.addQualifier(q);
-                return 0;
-            });
+        guarded(c, [&] { p.addQualifier(q); });
     }
     return p;
 }
@@ -262,25 +244,13 @@ CIMMethod CimXmlReader::method(pugi::xml_node node)
                 invalidElement(c, "QUALIFIER must come before the parameters");
             qualifierCount.add();
             const CIMQualifier q = qualifier(c);
-            guarded(
-                c,
-                [&]
-                {
-                    m.addQualifier(q);
-                    return 0;
-                });
+            guarded(c, [&] { m.addQualifier(q); });
             continue;
         }
         parameterCount.add();
         const CIMParameter p = parameter(c);
         seenParameter = true;
-        guarded(
-            c,
-            [&]
-            {
-                m.addParameter(p);
-                return 0;
-            });
+        guarded(c, [&] { m.addParameter(p); });
     }
     return m;
 }
@@ -305,26 +275,14 @@ CIMClass CimXmlReader::cimClass(pugi::xml_node node)
                 invalidElement(child, "QUALIFIER must come before properties and methods");
             qualifierCount.add();
             const CIMQualifier q = qualifier(child);
-            guarded(
-                child,
-                [&]
-                {
-                    c.addQualifier(q);
-                    return 0;
-                });
+            guarded(child, [&] { c.addQualifier(q); });
         }
         else if (is(child, "METHOD"))
         {
             stage = 2;
             methodCount.add();
             const CIMMethod m = method(child);
-            guarded(
-                child,
-                [&]
-                {
-                    c.addMethod(m);
-                    return 0;
-                });
+            guarded(child, [&] { c.addMethod(m); });
         }
         else
         {
@@ -333,13 +291,7 @@ CIMClass CimXmlReader::cimClass(pugi::xml_node node)
             stage = 1;
             propertyCount.add();
             const CIMProperty p = property(child);
-            guarded(
-                child,
-                [&]
-                {
-                    c.addProperty(p);
-                    return 0;
-                });
+            guarded(child, [&] { c.addProperty(p); });
         }
     }
     return c;
@@ -352,13 +304,7 @@ CIMInstance CimXmlReader::namedInstance(pugi::xml_node node)
     expectChildCount(node, children, 2, 2);
     const CIMObjectPath path = instanceName(children[0]);
     CIMInstance inst = instance(children[1]);
-    guarded(
-        node,
-        [&]
-        {
-            inst.setPath(path);
-            return 0;
-        });
+    guarded(node, [&] { inst.setPath(path); });
     return inst;
 }
 
@@ -371,25 +317,13 @@ CIMObject CimXmlReader::objectWithPath(pugi::xml_node node)
     {
         const CIMObjectPath path = anyPath(children[0]);
         CIMInstance inst = instance(children[1]);
-        guarded(
-            node,
-            [&]
-            {
-                inst.setPath(path);
-                return 0;
-            });
+        guarded(node, [&] { inst.setPath(path); });
         return CIMObject(inst);
     }
     expectName(children[0], "CLASSPATH");
     const CIMObjectPath path = anyPath(children[0]);
     CIMClass cls = cimClass(children[1]);
-    guarded(
-        node,
-        [&]
-        {
-            cls.setPath(path);
-            return 0;
-        });
+    guarded(node, [&] { cls.setPath(path); });
     return CIMObject(cls);
 }
 
@@ -406,20 +340,12 @@ CIMInstance CimXmlReader::instanceWithPath(pugi::xml_node node)
     expectChildCount(node, children, 2, 2);
     const CIMObjectPath path = instancePath(children[0]);
     CIMInstance inst = instance(children[1]);
-    guarded(
-        node,
-        [&]
-        {
-            inst.setPath(path);
-            return 0;
-        });
+    guarded(node, [&] { inst.setPath(path); });
     return inst;
 }
 
 CIMValue CimXmlReader::valueOfParam(
-    pugi::xml_node owner,
-    const std::vector<pugi::xml_node>& children,
-    const char* typeAttribute)
+    pugi::xml_node owner, const std::vector<pugi::xml_node>& children, const char* typeAttribute)
 {
     expectChildCount(owner, children, 0, 1);
     const std::string embedded = embeddedAttribute(owner);
@@ -468,8 +394,7 @@ CIMException CimXmlReader::error(pugi::xml_node node)
     const char* code = requiredAttribute(node, "CODE");
     char* end = nullptr;
     const long n = std::strtol(code, &end, 10);
-    // Beyond the last status code the value would not be one of CIMStatusCode's.
-    if (*code == '\0' || *end != '\0' || n < 0 || n > CIM_ERR_SERVER_IS_SHUTTING_DOWN)
+    if (*code == '\0' || *end != '\0' || n < 0 || n > 0xFFFF)
         invalidElement(node, std::string("CODE must be a status number, not \"") + code + "\"");
     const String description = fromUtf8(node.attribute("DESCRIPTION").value(), "ERROR DESCRIPTION");
     Array<CIMInstance> instances;
@@ -479,7 +404,20 @@ CIMException CimXmlReader::error(pugi::xml_node node)
         count.add();
         instances.append(instance(c));
     }
-    return CIMException(static_cast<CIMStatusCode>(n), description, instances);
+    return statusException(n, description, instances);
+}
+
+CIMException
+statusException(long code, const String& description, const Array<CIMInstance>& instances)
+{
+    if (code <= CIM_ERR_SERVER_IS_SHUTTING_DOWN)
+        return CIMException(static_cast<CIMStatusCode>(code), description, instances);
+    const std::string number = "CIM status code " + std::to_string(code);
+    return CIMException(
+        CIM_ERR_FAILED,
+        description.size() == 0 ? String(number.c_str())
+                                : String((number + ": ").c_str()) + description,
+        instances);
 }
 
 }  // namespace cimxml

@@ -1,6 +1,8 @@
 #include "CimXmlWriter.h"
 
+#include "ElementHeads.h"
 #include "ValueText.h"
+#include "XmlBuffer.h"
 #include "XmlText.h"
 
 #include <Pegasus/Common/CIMFlavor.h>
@@ -9,6 +11,7 @@
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/ObjectReader.h>
 
 #include <cstring>
 #include <string_view>
@@ -23,58 +26,19 @@ namespace cimxml
 namespace
 {
 
-// Attribute and element names are literals: as string_views their lengths are known when
-// compiled, not counted for every property written.
-//
-// ' NAME="' in one append (appends are what writing costs most, a few per property).
-void attrStart(std::string& out, std::string_view name)
+void attr(XmlBuffer& out, std::string_view name, const String& value)
 {
-    char head[32];
-    if (name.size() + 3 > sizeof head)
-    {
-        out += ' ';
-        out += name;
-        out += "=\"";
-        return;
-    }
-    head[0] = ' ';
-    std::memcpy(head + 1, name.data(), name.size());
-    head[name.size() + 1] = '=';
-    head[name.size() + 2] = '"';
-    out.append(head, name.size() + 3);
+    appendAttribute(out, name, value);
 }
 
-void attr(std::string& out, std::string_view name, const String& value)
+void attr(XmlBuffer& out, std::string_view name, const char* value)
 {
-    attrStart(out, name);
-    appendEscaped(out, value);
-    out += '"';
-}
-
-void attr(std::string& out, std::string_view name, const char* value)
-{
-    attrStart(out, name);
-    appendEscaped(out, value, std::char_traits<char>::length(value));
-    out += '"';
+    appendAttribute(out, name, value);
 }
 
 bool isEmbedded(CIMType t)
 {
     return t == CIMTYPE_OBJECT || t == CIMTYPE_INSTANCE;
-}
-
-// TYPE and, for embedded objects, the EmbeddedObject marker (they travel as strings).
-void typeAttrs(std::string& out, CIMType t, std::string_view typeAttr = "TYPE")
-{
-    if (isEmbedded(t))
-    {
-        attr(out, typeAttr, "string");
-        attr(out, "EmbeddedObject", t == CIMTYPE_OBJECT ? "object" : "instance");
-    }
-    else
-    {
-        attr(out, typeAttr, typeAttribute(t));
-    }
 }
 
 std::string embeddedText(const CIMObject& object)
@@ -87,10 +51,10 @@ std::string embeddedText(const CIMObject& object)
     return xml;
 }
 
-void writeTextValue(std::string& out, const std::string& text)
+void writeTextValue(XmlBuffer& out, const std::string& text)
 {
     out += "<VALUE>";
-    appendEscaped(out, text);
+    appendEscaped(out, text.data(), text.size());
     out += "</VALUE>";
 }
 
@@ -127,7 +91,7 @@ std::string scalarEmbeddedText(const CIMValue& value)
     return embeddedText(CIMObject(i));
 }
 
-void writeFlavor(std::string& out, const CIMFlavor& f)
+void writeFlavor(XmlBuffer& out, const CIMFlavor& f)
 {
     // Defaults are OVERRIDABLE and TOSUBCLASS true, TOINSTANCE and TRANSLATABLE false.
     if (!f.hasFlavor(CIMFlavor::OVERRIDABLE))
@@ -141,12 +105,12 @@ void writeFlavor(std::string& out, const CIMFlavor& f)
 }
 
 template <class Q>
-void writeQualifier(std::string& out, const Q& q)
+void writeQualifier(XmlBuffer& out, const Q& q)
 {
     const CIMValue& v = q.getValue();
     out += "<QUALIFIER";
     attr(out, "NAME", q.getName().getString());
-    typeAttrs(out, v.getType());
+    appendTypeAttributes(out, v.getType());
     if (q.getPropagated())
         attr(out, "PROPAGATED", "true");
     writeFlavor(out, q.getFlavor());
@@ -156,54 +120,62 @@ void writeQualifier(std::string& out, const Q& q)
 }
 
 template <class T>
-void writeQualifiers(std::string& out, const T& owner)
+void writeQualifiers(XmlBuffer& out, const T& owner)
 {
     for (Uint32 i = 0, n = owner.getQualifierCount(); i < n; ++i)
         writeQualifier(out, owner.getQualifier(i));
 }
 
-template <class P>
-void writeProperty(std::string& out, const P& p)
+// A property from its parts: start tag, qualifiers (an owner with getQualifierCount() and
+// getQualifier(i)), value, end tag.
+template <class Qualifiers>
+void writeProperty(
+    XmlBuffer& out, const PropertyShape& shape, const CIMValue& v, const Qualifiers& qualifiers,
+    Uint32 position = kNoPosition)
+{
+    appendPropertyHead(out, shape, position);
+    writeQualifiers(out, qualifiers);
+    writeValue(out, v);
+    out += shape.type == CIMTYPE_REFERENCE ? std::string_view("</PROPERTY.REFERENCE>")
+           : shape.isArray                 ? std::string_view("</PROPERTY.ARRAY>")
+                                           : std::string_view("</PROPERTY>");
+}
+
+// A class's property, through its handle.
+void writeProperty(XmlBuffer& out, const CIMConstProperty& p)
 {
     const CIMValue& v = p.getValue();
-    const CIMType t = p.getType();
-    // Start and end tags, each written in one piece.
-    std::string_view start = "<PROPERTY", end = "</PROPERTY>";
-    if (t == CIMTYPE_REFERENCE)
-    {
-        start = "<PROPERTY.REFERENCE";
-        end = "</PROPERTY.REFERENCE>";
-    }
-    else if (p.isArray())
-    {
-        start = "<PROPERTY.ARRAY";
-        end = "</PROPERTY.ARRAY>";
-    }
-    out += start;
-    attr(out, "NAME", p.getName().getString());
-    if (t == CIMTYPE_REFERENCE)
-    {
-        if (!p.getReferenceClassName().isNull())
-            attr(out, "REFERENCECLASS", p.getReferenceClassName().getString());
-    }
-    else
-    {
-        typeAttrs(out, t);
-        if (p.isArray() && p.getArraySize() != 0)
-            attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
-    }
-    if (!p.getClassOrigin().isNull())
-        attr(out, "CLASSORIGIN", p.getClassOrigin().getString());
-    if (p.getPropagated())
-        attr(out, "PROPAGATED", "true");
-    out += '>';
-    writeQualifiers(out, p);
-    writeValue(out, v);
-    out += end;
+    writeProperty(
+        out,
+        PropertyShape{
+            p.getName().getString(), v.getType(), v.isArray(), p.getArraySize(),
+            p.getReferenceClassName().getString(), p.getClassOrigin().getString(),
+            p.getPropagated()},
+        v, p);
+}
+
+// The qualifiers of a property read in place.
+struct RepQualifiers
+{
+    const CIMPropertyRep& rep;
+    Uint32 getQualifierCount() const { return rep.qualifiers.size(); }
+    const CIMQualifier& getQualifier(Uint32 i) const { return rep.qualifiers.at(i); }
+};
+
+// An instance's property at `position`, read in place (instances are written by the
+// thousand).
+void writeProperty(XmlBuffer& out, const CIMPropertyRep& p, Uint32 position)
+{
+    writeProperty(
+        out,
+        PropertyShape{
+            p.name.getString(), p.value.getType(), p.value.isArray(), p.arraySize,
+            p.referenceClassName.getString(), p.classOrigin.getString(), p.propagated},
+        p.value, RepQualifiers{p}, position);
 }
 
 template <class P>
-void writeParameter(std::string& out, const P& p)
+void writeParameter(XmlBuffer& out, const P& p)
 {
     const CIMType t = p.getType();
     std::string_view element;
@@ -221,7 +193,7 @@ void writeParameter(std::string& out, const P& p)
     }
     else
     {
-        typeAttrs(out, t);
+        appendTypeAttributes(out, t);
     }
     if (p.isArray() && p.getArraySize() != 0)
         attr(out, "ARRAYSIZE", String(std::to_string(p.getArraySize()).c_str()));
@@ -233,11 +205,11 @@ void writeParameter(std::string& out, const P& p)
 }
 
 template <class M>
-void writeMethod(std::string& out, const M& m)
+void writeMethod(XmlBuffer& out, const M& m)
 {
     out += "<METHOD";
     attr(out, "NAME", m.getName().getString());
-    typeAttrs(out, m.getType());
+    appendTypeAttributes(out, m.getType());
     if (!m.getClassOrigin().isNull())
         attr(out, "CLASSORIGIN", m.getClassOrigin().getString());
     if (m.getPropagated())
@@ -249,26 +221,26 @@ void writeMethod(std::string& out, const M& m)
     out += "</METHOD>";
 }
 
-void writeKeyValue(std::string& out, const CIMKeyBinding& kb)
+// The KEYBINDING of one key.
+void writeKeyBinding(XmlBuffer& out, const CIMKeyBinding& kb)
 {
     if (kb.getType() == CIMKeyBinding::REFERENCE)
     {
+        out += "<KEYBINDING";
+        attr(out, "NAME", kb.getName().getString());
+        out += '>';
         writeValueReference(out, CIMObjectPath(kb.getValue()));
+        out += "</KEYBINDING>";
         return;
     }
-    const char* valueType = kb.getType() == CIMKeyBinding::BOOLEAN   ? "boolean"
-                            : kb.getType() == CIMKeyBinding::NUMERIC ? "numeric"
-                                                                     : "string";
-    out += "<KEYVALUE";
-    attr(out, "VALUETYPE", valueType);
-    out += '>';
+    appendKeyHead(out, kb.getName().getString(), kb.getType());
     appendEscaped(out, kb.getValue());
-    out += "</KEYVALUE>";
+    out += "</KEYVALUE></KEYBINDING>";
 }
 
 }  // namespace
 
-void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+void writeLocalNamespacePath(XmlBuffer& out, const CIMNamespaceName& ns)
 {
     out += "<LOCALNAMESPACEPATH>";
     const std::string text = toUtf8(ns.getString());
@@ -286,7 +258,7 @@ void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
     out += "</LOCALNAMESPACEPATH>";
 }
 
-void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns)
+void writeNamespacePath(XmlBuffer& out, const String& host, const CIMNamespaceName& ns)
 {
     out += "<NAMESPACEPATH><HOST>";
     appendEscaped(out, host);
@@ -295,31 +267,25 @@ void writeNamespacePath(std::string& out, const String& host, const CIMNamespace
     out += "</NAMESPACEPATH>";
 }
 
-void writeClassName(std::string& out, const CIMName& name)
+void writeClassName(XmlBuffer& out, const CIMName& name)
 {
     out += "<CLASSNAME";
     attr(out, "NAME", name.getString());
     out += "/>";
 }
 
-void writeInstanceName(std::string& out, const CIMObjectPath& path)
+void writeInstanceName(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<INSTANCENAME";
     attr(out, "CLASSNAME", path.getClassName().getString());
     out += '>';
     const Array<CIMKeyBinding>& keys = path.getKeyBindings();
     for (Uint32 i = 0; i < keys.size(); ++i)
-    {
-        out += "<KEYBINDING";
-        attr(out, "NAME", keys[i].getName().getString());
-        out += '>';
-        writeKeyValue(out, keys[i]);
-        out += "</KEYBINDING>";
-    }
+        writeKeyBinding(out, keys[i]);
     out += "</INSTANCENAME>";
 }
 
-void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
+void writeObjectPathBody(XmlBuffer& out, const CIMObjectPath& path)
 {
     if (path.getKeyBindings().size() == 0)
     {
@@ -334,7 +300,7 @@ void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
     }
 }
 
-void writeInstancePath(std::string& out, const CIMObjectPath& path)
+void writeInstancePath(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<INSTANCEPATH>";
     writeNamespacePath(out, path.getHost(), path.getNameSpace());
@@ -343,9 +309,7 @@ void writeInstancePath(std::string& out, const CIMObjectPath& path)
 }
 
 void writeInstanceWithPath(
-    std::string& out,
-    const CIMConstInstance& instance,
-    const CIMObjectPath& path)
+    XmlBuffer& out, const CIMConstInstance& instance, const CIMObjectPath& path)
 {
     out += "<VALUE.INSTANCEWITHPATH>";
     writeInstancePath(out, path);
@@ -353,14 +317,14 @@ void writeInstanceWithPath(
     out += "</VALUE.INSTANCEWITHPATH>";
 }
 
-void writeObjectPath(std::string& out, const CIMObjectPath& path)
+void writeObjectPath(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<OBJECTPATH>";
     writeObjectPathBody(out, path);
     out += "</OBJECTPATH>";
 }
 
-void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
+void writeLocalObjectPath(XmlBuffer& out, const CIMObjectPath& path)
 {
     if (path.getKeyBindings().size() == 0)
     {
@@ -378,7 +342,7 @@ void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
     }
 }
 
-void writeValueReference(std::string& out, const CIMObjectPath& path)
+void writeValueReference(XmlBuffer& out, const CIMObjectPath& path)
 {
     out += "<VALUE.REFERENCE>";
     const bool hasNamespace = !path.getNameSpace().isNull();
@@ -393,7 +357,7 @@ void writeValueReference(std::string& out, const CIMObjectPath& path)
     out += "</VALUE.REFERENCE>";
 }
 
-void writeValue(std::string& out, const CIMValue& value)
+void writeValue(XmlBuffer& out, const CIMValue& value)
 {
     if (value.isNull())
         return;
@@ -417,54 +381,35 @@ void writeValue(std::string& out, const CIMValue& value)
         }
         return;
     }
-    if (!value.isArray())
+    if (!isEmbedded(t))
     {
-        if (isEmbedded(t))
-        {
-            writeTextValue(out, scalarEmbeddedText(value));
-        }
-        else if (t == CIMTYPE_STRING)
-        {
-            // Strings, the commonest values, go straight from their UTF-16 units.
-            String text;
-            value.get(text);
-            out += "<VALUE>";
-            appendEscaped(out, text);
-            out += "</VALUE>";
-        }
-        else
-        {
-            out += "<VALUE>";
-            std::string text;
-            appendScalarText(text, value);
-            appendEscaped(out, text);
-            out += "</VALUE>";
-        }
+        appendValueElements(out, value);
         return;
     }
-    std::vector<std::string> texts;
-    if (isEmbedded(t))
-        texts = embeddedTexts(value);
-    else
-        appendArrayTexts(texts, value);
+    if (!value.isArray())
+    {
+        writeTextValue(out, scalarEmbeddedText(value));
+        return;
+    }
     out += "<VALUE.ARRAY>";
-    for (const std::string& s : texts)
+    for (const std::string& s : embeddedTexts(value))
         writeTextValue(out, s);
     out += "</VALUE.ARRAY>";
 }
 
-void writeInstance(std::string& out, const CIMConstInstance& instance)
+void writeInstance(XmlBuffer& out, const CIMConstInstance& instance)
 {
     out += "<INSTANCE";
     attr(out, "CLASSNAME", instance.getClassName().getString());
     out += '>';
     writeQualifiers(out, instance);
-    for (Uint32 i = 0, n = instance.getPropertyCount(); i < n; ++i)
-        writeProperty(out, instance.getProperty(i));
+    const NamedElementList<CIMProperty>& properties = ObjectReader::properties(instance);
+    for (Uint32 i = 0, n = properties.size(); i < n; ++i)
+        writeProperty(out, ObjectReader::rep(properties.at(i)), i);
     out += "</INSTANCE>";
 }
 
-void writeClass(std::string& out, const CIMConstClass& cimClass)
+void writeClass(XmlBuffer& out, const CIMConstClass& cimClass)
 {
     out += "<CLASS";
     attr(out, "NAME", cimClass.getClassName().getString());
@@ -479,7 +424,7 @@ void writeClass(std::string& out, const CIMConstClass& cimClass)
     out += "</CLASS>";
 }
 
-void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
+void writeNamedInstance(XmlBuffer& out, const CIMConstInstance& instance)
 {
     out += "<VALUE.NAMEDINSTANCE>";
     writeInstanceName(out, instance.getPath());
@@ -487,7 +432,7 @@ void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
     out += "</VALUE.NAMEDINSTANCE>";
 }
 
-void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path)
+void writeObjectWithPath(XmlBuffer& out, const CIMObject& object, const CIMObjectPath& path)
 {
     out += "<VALUE.OBJECTWITHPATH>";
     if (object.isInstance())
@@ -506,29 +451,29 @@ void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObj
     out += "</VALUE.OBJECTWITHPATH>";
 }
 
-void writeParamValue(std::string& out, const CIMParamValue& param)
+void writeParamValue(XmlBuffer& out, const CIMParamValue& param)
 {
     const CIMValue v = param.getValue();
     out += "<PARAMVALUE";
     attr(out, "NAME", param.getParameterName());
-    typeAttrs(out, v.getType(), "PARAMTYPE");
+    appendTypeAttributes(out, v.getType(), "PARAMTYPE");
     out += '>';
     writeValue(out, v);
     out += "</PARAMVALUE>";
 }
 
-void writeReturnValue(std::string& out, const CIMValue& value)
+void writeReturnValue(XmlBuffer& out, const CIMValue& value)
 {
     if (value.isNull())
         return;
     out += "<RETURNVALUE";
-    typeAttrs(out, value.getType(), "PARAMTYPE");
+    appendTypeAttributes(out, value.getType(), "PARAMTYPE");
     out += '>';
     writeValue(out, value);
     out += "</RETURNVALUE>";
 }
 
-void writeError(std::string& out, const CIMException& error)
+void writeError(XmlBuffer& out, const CIMException& error)
 {
     String description = cimStatusCodeToString(error.getCode());
     if (error.getMessage().size() != 0)
@@ -540,6 +485,117 @@ void writeError(std::string& out, const CIMException& error)
     for (Uint32 i = 0, n = error.getErrorCount(); i < n; ++i)
         writeInstance(out, error.getError(i));
     out += "</ERROR>";
+}
+
+// The std::string forms: one buffer for the whole element, handed over at the end.
+
+void writeLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+{
+    XmlBuffer buffer(out);
+    writeLocalNamespacePath(buffer, ns);
+}
+
+void writeNamespacePath(std::string& out, const String& host, const CIMNamespaceName& ns)
+{
+    XmlBuffer buffer(out);
+    writeNamespacePath(buffer, host, ns);
+}
+
+void writeClassName(std::string& out, const CIMName& name)
+{
+    XmlBuffer buffer(out);
+    writeClassName(buffer, name);
+}
+
+void writeInstanceName(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeInstanceName(buffer, path);
+}
+
+void writeObjectPathBody(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectPathBody(buffer, path);
+}
+
+void writeInstancePath(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeInstancePath(buffer, path);
+}
+
+void writeInstanceWithPath(
+    std::string& out, const CIMConstInstance& instance, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeInstanceWithPath(buffer, instance, path);
+}
+
+void writeObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectPath(buffer, path);
+}
+
+void writeLocalObjectPath(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeLocalObjectPath(buffer, path);
+}
+
+void writeValueReference(std::string& out, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeValueReference(buffer, path);
+}
+
+void writeValue(std::string& out, const CIMValue& value)
+{
+    XmlBuffer buffer(out);
+    writeValue(buffer, value);
+}
+
+void writeInstance(std::string& out, const CIMConstInstance& instance)
+{
+    XmlBuffer buffer(out);
+    writeInstance(buffer, instance);
+}
+
+void writeClass(std::string& out, const CIMConstClass& cimClass)
+{
+    XmlBuffer buffer(out);
+    writeClass(buffer, cimClass);
+}
+
+void writeNamedInstance(std::string& out, const CIMConstInstance& instance)
+{
+    XmlBuffer buffer(out);
+    writeNamedInstance(buffer, instance);
+}
+
+void writeObjectWithPath(std::string& out, const CIMObject& object, const CIMObjectPath& path)
+{
+    XmlBuffer buffer(out);
+    writeObjectWithPath(buffer, object, path);
+}
+
+void writeParamValue(std::string& out, const CIMParamValue& param)
+{
+    XmlBuffer buffer(out);
+    writeParamValue(buffer, param);
+}
+
+void writeReturnValue(std::string& out, const CIMValue& value)
+{
+    XmlBuffer buffer(out);
+    writeReturnValue(buffer, value);
+}
+
+void writeError(std::string& out, const CIMException& error)
+{
+    XmlBuffer buffer(out);
+    writeError(buffer, error);
 }
 
 }  // namespace cimxml

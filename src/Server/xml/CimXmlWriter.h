@@ -12,6 +12,8 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMValue.h>
 
+#include "XmlBuffer.h"
+
 #include <string>
 
 namespace qel
@@ -21,9 +23,7 @@ namespace cimxml
 
 void writeLocalNamespacePath(std::string& out, const Pegasus::CIMNamespaceName& ns);
 void writeNamespacePath(
-    std::string& out,
-    const Pegasus::String& host,
-    const Pegasus::CIMNamespaceName& ns);
+    std::string& out, const Pegasus::String& host, const Pegasus::CIMNamespaceName& ns);
 void writeClassName(std::string& out, const Pegasus::CIMName& name);
 // KEYBINDINGs of the path (host and namespace are not written).
 void writeInstanceName(std::string& out, const Pegasus::CIMObjectPath& path);
@@ -47,14 +47,11 @@ void writeNamedInstance(std::string& out, const Pegasus::CIMConstInstance& insta
 void writeInstancePath(std::string& out, const Pegasus::CIMObjectPath& path);
 // VALUE.INSTANCEWITHPATH of `instance` named by `path` (as writeInstancePath).
 void writeInstanceWithPath(
-    std::string& out,
-    const Pegasus::CIMConstInstance& instance,
+    std::string& out, const Pegasus::CIMConstInstance& instance,
     const Pegasus::CIMObjectPath& path);
 // VALUE.OBJECTWITHPATH of `object` named by `path`, which must carry host and namespace.
 void writeObjectWithPath(
-    std::string& out,
-    const Pegasus::CIMObject& object,
-    const Pegasus::CIMObjectPath& path);
+    std::string& out, const Pegasus::CIMObject& object, const Pegasus::CIMObjectPath& path);
 
 // PARAMVALUE with PARAMTYPE (and EmbeddedObject for embedded values).
 void writeParamValue(std::string& out, const Pegasus::CIMParamValue& param);
@@ -62,6 +59,29 @@ void writeParamValue(std::string& out, const Pegasus::CIMParamValue& param);
 void writeReturnValue(std::string& out, const Pegasus::CIMValue& value);
 // ERROR with CODE and DESCRIPTION "<CIM_ERR_NAME>: <message>" (name alone when empty).
 void writeError(std::string& out, const Pegasus::CIMException& error);
+
+// The same, written through a buffer the caller holds (see XmlBuffer.h).
+void writeLocalNamespacePath(XmlBuffer& out, const Pegasus::CIMNamespaceName& ns);
+void writeNamespacePath(
+    XmlBuffer& out, const Pegasus::String& host, const Pegasus::CIMNamespaceName& ns);
+void writeClassName(XmlBuffer& out, const Pegasus::CIMName& name);
+void writeInstanceName(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeObjectPathBody(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeObjectPath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeLocalObjectPath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeValueReference(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeValue(XmlBuffer& out, const Pegasus::CIMValue& value);
+void writeInstance(XmlBuffer& out, const Pegasus::CIMConstInstance& instance);
+void writeClass(XmlBuffer& out, const Pegasus::CIMConstClass& cimClass);
+void writeNamedInstance(XmlBuffer& out, const Pegasus::CIMConstInstance& instance);
+void writeInstancePath(XmlBuffer& out, const Pegasus::CIMObjectPath& path);
+void writeInstanceWithPath(
+    XmlBuffer& out, const Pegasus::CIMConstInstance& instance, const Pegasus::CIMObjectPath& path);
+void writeObjectWithPath(
+    XmlBuffer& out, const Pegasus::CIMObject& object, const Pegasus::CIMObjectPath& path);
+void writeParamValue(XmlBuffer& out, const Pegasus::CIMParamValue& param);
+void writeReturnValue(XmlBuffer& out, const Pegasus::CIMValue& value);
+void writeError(XmlBuffer& out, const Pegasus::CIMException& error);
 
 }  // namespace cimxml
 }  // namespace qel

@@ -6,6 +6,7 @@
 #include "XmlText.h"
 
 #include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/ValueText.h>
 
 #include <cctype>
 #include <cstdlib>
@@ -107,7 +108,7 @@ std::string cimMethodHeader(const CimRequest& request)
 {
     if (request.operation == Operation::InvokeMethod)
         return toUtf8(request.methodName);
-    return specOf(request.operation).name;
+    return entryOf(request.operation).name;
 }
 
 std::string cimObjectHeader(const CimRequest& request)
@@ -208,26 +209,12 @@ bool errorFromTrailers(const HeaderFields& trailers, CIMException& error)
     }
     // Without a readable CIMError: the number (anything else is a failure all the same)
     // and the description.
-    const CIMStatusCode status = numeric && n > 0 && n <= CIM_ERR_SERVER_IS_SHUTTING_DOWN
-                                     ? static_cast<CIMStatusCode>(n)
-                                     : CIM_ERR_FAILED;
     std::string description;
     const std::string* text = field(trailers, "CIMStatusCodeDescription");
     if (text == nullptr || !uriDecode(trimmed(*text), description))
         description = "the answer failed after it had begun (CIMStatusCode " + number + ")";
-    String message;
-    try
-    {
-        message = fromUtf8(description.c_str(), "CIMStatusCodeDescription");
-    }
-    catch (const Exception&)
-    {
-        for (char& c : description)
-            if (static_cast<unsigned char>(c) >= 0x80)
-                c = '?';  // the peer's text, not UTF-8
-        message = String(description.c_str());
-    }
-    error = CIMException(status, message);
+    const String message = ValueText::messageText(description);
+    error = numeric && n > 0 ? statusException(n, message) : CIMException(CIM_ERR_FAILED, message);
     return true;
 }
 

@@ -108,7 +108,7 @@ const ParamSpec kEnumerationCount[] = {REQ(EnumerationContext, NullableString)};
     {                                                                                              \
         Operation::name, #name, k##name, sizeof(k##name) / sizeof(ParamSpec), ResultKind::result   \
     }
-const OperationSpec kOperations[] = {
+const OperationEntry kOperations[] = {
     OP(GetClass, Class),
     OP(EnumerateClasses, Classes),
     OP(EnumerateClassNames, ClassNames),
@@ -175,28 +175,27 @@ const char* const kParamNames[] = {
     "EnumerationContext",
 };
 static_assert(
-    sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount,
-    "one name per parameter");
+    sizeof(kParamNames) / sizeof(kParamNames[0]) == kParamCount, "one name per parameter");
 
 }  // namespace
 
-const OperationSpec* findIntrinsic(const char* name)
+const OperationEntry* findIntrinsic(const char* name)
 {
-    for (const OperationSpec& op : kOperations)
+    for (const OperationEntry& op : kOperations)
         if (op.operation != Operation::InvokeMethod && strcasecmp(op.name, name) == 0)
             return &op;
     return nullptr;
 }
 
-const OperationSpec& specOf(Operation op)
+const OperationEntry& entryOf(Operation op)
 {
-    for (const OperationSpec& s : kOperations)
+    for (const OperationEntry& s : kOperations)
         if (s.operation == op)
             return s;
     return kOperations[sizeof(kOperations) / sizeof(kOperations[0]) - 1];
 }
 
-const ParamSpec* findParam(const OperationSpec& op, const char* name)
+const ParamSpec* findParam(const OperationEntry& op, const char* name)
 {
     for (size_t i = 0; i < op.paramCount; ++i)
         if (strcasecmp(op.params[i].name, name) == 0)
@@ -204,7 +203,7 @@ const ParamSpec* findParam(const OperationSpec& op, const char* name)
     return nullptr;
 }
 
-const ParamSpec* findParam(const OperationSpec& op, Param param)
+const ParamSpec* findParam(const OperationEntry& op, Param param)
 {
     for (size_t i = 0; i < op.paramCount; ++i)
         if (op.params[i].param == param)

@@ -67,7 +67,7 @@ struct ParamSpec
     bool booleanDefault;  // for Boolean parameters
 };
 
-struct OperationSpec
+struct OperationEntry
 {
     Operation operation;
     const char* name;
@@ -77,11 +77,11 @@ struct OperationSpec
 };
 
 // Case-insensitive lookup of an intrinsic method name; nullptr when unknown.
-const OperationSpec* findIntrinsic(const char* name);
-const OperationSpec& specOf(Operation op);
+const OperationEntry* findIntrinsic(const char* name);
+const OperationEntry& entryOf(Operation op);
 // Parameter of `op` by name (case-insensitive); nullptr when the operation has none such.
-const ParamSpec* findParam(const OperationSpec& op, const char* name);
-const ParamSpec* findParam(const OperationSpec& op, Param param);
+const ParamSpec* findParam(const OperationEntry& op, const char* name);
+const ParamSpec* findParam(const OperationEntry& op, Param param);
 const char* paramName(Param param);
 
 }  // namespace cimxml

@@ -258,7 +258,7 @@ bool setParam(CimRequest& r, const ParamSpec& def, pugi::xml_node ip, CimXmlRead
 void decodeIntrinsic(pugi::xml_node call, DecodedRequest& d, CimXmlReader& reader)
 {
     CimRequest& r = d.request;
-    const OperationSpec* def = findIntrinsic(call.attribute("NAME").value());
+    const OperationEntry* def = findIntrinsic(call.attribute("NAME").value());
     if (!def)
     {
         d.failed = true;
@@ -429,7 +429,7 @@ void writeParam(std::string& out, const CimRequest& r, const ParamSpec& p)
 
 void applyDefaults(CimRequest& r)
 {
-    const OperationSpec& def = specOf(r.operation);
+    const OperationEntry& def = entryOf(r.operation);
     for (size_t i = 0; i < def.paramCount; ++i)
     {
         const ParamSpec& p = def.params[i];
@@ -537,7 +537,7 @@ std::string encodeRequest(const CimRequest& r)
     }
     else
     {
-        const OperationSpec& def = specOf(r.operation);
+        const OperationEntry& def = entryOf(r.operation);
         out += "<IMETHODCALL NAME=\"";
         out += def.name;
         out += "\">";

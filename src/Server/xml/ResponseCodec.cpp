@@ -46,10 +46,7 @@ void writeItems(std::string& out, Uint32 n, Write write)
 
 // The objects of a whole answer, in the order the operation's result holds them.
 void writeResult(
-    std::string& out,
-    const ResponseDocument& doc,
-    const CimResponse& r,
-    ResultKind kind)
+    std::string& out, const ResponseDocument& doc, const CimResponse& r, ResultKind kind)
 {
     switch (kind)
     {
@@ -98,27 +95,20 @@ void writeResult(
 }  // namespace
 
 ResponseDocument::ResponseDocument(
-    std::string messageId,
-    Operation operation,
-    String methodName,
-    String host,
+    std::string messageId, Operation operation, String methodName, String host,
     CIMNamespaceName nameSpace)
     : _messageId(std::move(messageId)),
       _operation(operation),
       _methodName(std::move(methodName)),
       _host(std::move(host)),
       _nameSpace(std::move(nameSpace)),
-      _kind(specOf(operation).result)
+      _kind(entryOf(operation).result)
 {
 }
 
 ResponseDocument::ResponseDocument(const CimRequest& request, const String& host)
     : ResponseDocument(
-          request.messageId,
-          request.operation,
-          request.methodName,
-          host,
-          request.nameSpace)
+          request.messageId, request.operation, request.methodName, host, request.nameSpace)
 {
 }
 
@@ -184,9 +174,7 @@ void ResponseDocument::addObject(std::string& out, const CIMObject& object) cons
 }
 
 void ResponseDocument::writeResultEnd(
-    std::string& out,
-    const CIMValue& value,
-    const Array<CIMParamValue>& outParameters) const
+    std::string& out, const CIMValue& value, const Array<CIMParamValue>& outParameters) const
 {
     if (_kind == ResultKind::MethodResult)
         writeReturnValue(out, value);
@@ -222,7 +210,7 @@ std::string encodeResponse(const CimResponse& r, const String& host, const CIMNa
     else
     {
         doc.writeResultStart(out);
-        writeResult(out, doc, r, specOf(r.operation).result);
+        writeResult(out, doc, r, entryOf(r.operation).result);
         doc.writeResultEnd(out, r.value, r.outParameters);
     }
     doc.writeTail(out);

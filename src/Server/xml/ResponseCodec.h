@@ -33,11 +33,8 @@ class ResponseDocument
 {
 public:
     ResponseDocument(
-        std::string messageId,
-        Operation operation,
-        Pegasus::String methodName,
-        Pegasus::String host,
-        Pegasus::CIMNamespaceName nameSpace);
+        std::string messageId, Operation operation, Pegasus::String methodName,
+        Pegasus::String host, Pegasus::CIMNamespaceName nameSpace);
     // The answer to `request`.
     ResponseDocument(const CimRequest& request, const Pegasus::String& host);
 
@@ -49,8 +46,7 @@ public:
     void addPath(std::string& out, const Pegasus::CIMObjectPath& path) const;
     void addObject(std::string& out, const Pegasus::CIMObject& object) const;
     void writeResultEnd(
-        std::string& out,
-        const Pegasus::CIMValue& value,
+        std::string& out, const Pegasus::CIMValue& value,
         const Pegasus::Array<Pegasus::CIMParamValue>& outParameters) const;
     void writeError(std::string& out, const Pegasus::CIMException& error) const;
     void writeTail(std::string& out) const;
@@ -68,8 +64,7 @@ private:
 
 // Writes the whole response document (see ResponseDocument).
 std::string encodeResponse(
-    const CimResponse& response,
-    const Pegasus::String& host,
+    const CimResponse& response, const Pegasus::String& host,
     const Pegasus::CIMNamespaceName& nameSpace);
 
 // A response document the client cannot use (malformed, or not the answer to its request).

@@ -42,7 +42,7 @@ bool isNameEnd(char c)
 }  // namespace
 
 ResponseDecoder::ResponseDecoder(const CimRequest& request)
-    : _request(request), _kind(specOf(request.operation).result)
+    : _request(request), _kind(entryOf(request.operation).result)
 {
     _response.operation = request.operation;
     _response.methodName = request.methodName;

@@ -13,10 +13,7 @@ namespace cimxml
 {
 
 ResponseEncoder::ResponseEncoder(
-    const CimRequest& request,
-    const String& host,
-    AnswerOutput& output,
-    size_t pieceBytes)
+    const CimRequest& request, const String& host, AnswerOutput& output, size_t pieceBytes)
     : _document(request, host), _output(output), _pieceBytes(pieceBytes ? pieceBytes : 1)
 {
     _out.reserve(std::min<size_t>(_pieceBytes, 1 << 16) + 1024);
@@ -68,8 +65,7 @@ void ResponseEncoder::deliverObject(const CIMObject& object)
 }
 
 void ResponseEncoder::complete(
-    const CIMValue& returnValue,
-    const Array<CIMParamValue>& outParameters)
+    const CIMValue& returnValue, const Array<CIMParamValue>& outParameters)
 {
     if (_ended)
         return;

@@ -44,9 +44,7 @@ public:
     // The answer to `request` (the host completes association paths); a piece goes to
     // `output` once it holds `pieceBytes` (or more: pieces end with objects).
     ResponseEncoder(
-        const CimRequest& request,
-        const Pegasus::String& host,
-        AnswerOutput& output,
+        const CimRequest& request, const Pegasus::String& host, AnswerOutput& output,
         size_t pieceBytes);
 
     Delivery delivery() const override { return Delivery::AsDelivered; }

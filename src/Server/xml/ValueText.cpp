@@ -5,6 +5,7 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/ObjectReader.h>
 
 #include <charconv>
 #include <cmath>
@@ -34,7 +35,8 @@ const TypeName kTypeNames[] = {
     {CIMTYPE_STRING, "string"},   {CIMTYPE_DATETIME, "datetime"}, {CIMTYPE_REFERENCE, "reference"},
 };
 
-void appendReal(std::string& out, double v)
+template <class Out>
+void appendReal(Out& out, double v)
 {
     if (std::isnan(v))
     {
@@ -47,97 +49,102 @@ void appendReal(std::string& out, double v)
         return;
     }
     char buf[40];
-    std::snprintf(buf, sizeof buf, "%.16e", v);
-    out += buf;
+    const int n = std::snprintf(buf, sizeof buf, "%.16e", v);
+    out.append(buf, static_cast<size_t>(n));
 }
 
 // Plain decimal, as printf's %lld / %llu writes it, without printf's cost per number.
-template <class T>
-void appendInteger(std::string& out, T v)
+template <class Out, class T>
+void appendInteger(Out& out, T v)
 {
     char buf[32];
     const std::to_chars_result r = std::to_chars(buf, buf + sizeof buf, v);
-    out.append(buf, r.ptr);
+    out.append(buf, static_cast<size_t>(r.ptr - buf));
 }
 
-void appendChar16(std::string& out, Char16 c)
+template <class Out>
+void appendChar16(Out& out, Char16 c)
 {
     Char16 units[2] = {c, Char16(0)};
-    out += toUtf8(String(units, 1));
+    const std::string text = toUtf8(String(units, 1));
+    out.append(text.data(), text.size());
 }
 
 // One simple-type element to text.
-template <class T>
-void appendOne(std::string& out, const T& v);
-template <>
-void appendOne(std::string& out, const Boolean& v)
+template <class Out>
+void appendOne(Out& out, const Boolean& v)
 {
-    out += v ? "TRUE" : "FALSE";
+    if (v)
+        out.append("TRUE", 4);
+    else
+        out.append("FALSE", 5);
 }
-template <>
-void appendOne(std::string& out, const Uint8& v)
-{
-    appendInteger(out, v);
-}
-template <>
-void appendOne(std::string& out, const Sint8& v)
+template <class Out>
+void appendOne(Out& out, const Uint8& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Uint16& v)
+template <class Out>
+void appendOne(Out& out, const Sint8& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Sint16& v)
+template <class Out>
+void appendOne(Out& out, const Uint16& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Uint32& v)
+template <class Out>
+void appendOne(Out& out, const Sint16& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Sint32& v)
+template <class Out>
+void appendOne(Out& out, const Uint32& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Uint64& v)
+template <class Out>
+void appendOne(Out& out, const Sint32& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Sint64& v)
+template <class Out>
+void appendOne(Out& out, const Uint64& v)
 {
     appendInteger(out, v);
 }
-template <>
-void appendOne(std::string& out, const Real32& v)
+template <class Out>
+void appendOne(Out& out, const Sint64& v)
+{
+    appendInteger(out, v);
+}
+template <class Out>
+void appendOne(Out& out, const Real32& v)
 {
     appendReal(out, v);
 }
-template <>
-void appendOne(std::string& out, const Real64& v)
+template <class Out>
+void appendOne(Out& out, const Real64& v)
 {
     appendReal(out, v);
 }
-template <>
-void appendOne(std::string& out, const Char16& v)
+template <class Out>
+void appendOne(Out& out, const Char16& v)
 {
     appendChar16(out, v);
 }
-template <>
-void appendOne(std::string& out, const String& v)
+template <class Out>
+void appendOne(Out& out, const String& v)
 {
-    out += toUtf8(v);
+    const std::string text = toUtf8(v);
+    out.append(text.data(), text.size());
 }
-template <>
-void appendOne(std::string& out, const CIMDateTime& v)
+template <class Out>
+void appendOne(Out& out, const CIMDateTime& v)
 {
-    out += toUtf8(v.toString());
+    const std::string text = toUtf8(v.toString());
+    out.append(text.data(), text.size());
 }
 
 template <class T>
@@ -159,6 +166,69 @@ void appendArrayAs(std::vector<std::string>& out, const CIMValue& value)
         appendOne(s, a[i]);
         out.push_back(std::move(s));
     }
+}
+
+// One element's text as it stands inside VALUE: escaped where the type's text can need it.
+template <class T>
+void appendElementText(XmlBuffer& out, const T& v)
+{
+    // Numbers and booleans: digits, signs, letters of TRUE/FALSE/NaN/INF and "e+" only.
+    appendOne(out, v);
+}
+template <>
+void appendElementText(XmlBuffer& out, const Char16& v)
+{
+    std::string text;
+    appendChar16(text, v);
+    appendEscaped(out, text.data(), text.size());
+}
+template <>
+void appendElementText(XmlBuffer& out, const String& v)
+{
+    appendEscaped(out, v);
+}
+template <>
+void appendElementText(XmlBuffer& out, const CIMDateTime& v)
+{
+    appendEscaped(out, v.toString());
+}
+
+// A scalar of type T as the value holds it: read in place for texts, copied otherwise.
+template <class T>
+struct Scalar
+{
+    explicit Scalar(const CIMValue& value) { value.get(v); }
+    const T& get() const { return v; }
+    T v;
+};
+template <>
+struct Scalar<String>
+{
+    explicit Scalar(const CIMValue& value) : v(ObjectReader::stringOf(value)) {}
+    const String& get() const { return v; }
+    const String& v;
+};
+
+// The value must be non-null and of type T (the caller switched on its type).
+template <class T>
+void appendValueAs(XmlBuffer& out, const CIMValue& value)
+{
+    if (!value.isArray())
+    {
+        out += "<VALUE>";
+        appendElementText(out, Scalar<T>(value).get());
+        out += "</VALUE>";
+        return;
+    }
+    const Array<T>& a = ObjectReader::arrayOf<T>(value);
+    out += "<VALUE.ARRAY>";
+    for (Uint32 i = 0; i < a.size(); ++i)
+    {
+        out += "<VALUE>";
+        appendElementText(out, a[i]);
+        out += "</VALUE>";
+    }
+    out += "</VALUE.ARRAY>";
 }
 
 }  // namespace
@@ -234,6 +304,21 @@ void appendArrayTexts(std::vector<std::string>& out, const CIMValue& value)
 #undef X
         default:
             throw CIMException(CIM_ERR_FAILED, "array of a non-simple type written as text");
+    }
+}
+
+void appendValueElements(XmlBuffer& out, const CIMValue& value)
+{
+    switch (value.getType())
+    {
+#define X(tag, T)                                                                                  \
+    case tag:                                                                                      \
+        appendValueAs<T>(out, value);                                                              \
+        return;
+        QEL_CIMXML_SIMPLE_TYPES(X)
+#undef X
+        default:
+            throw CIMException(CIM_ERR_FAILED, "value of a non-simple type written as text");
     }
 }
 

@@ -5,6 +5,8 @@
 #ifndef QEL_SERVER_XML_VALUETEXT_H
 #define QEL_SERVER_XML_VALUETEXT_H
 
+#include "XmlBuffer.h"
+
 #include <Pegasus/Common/CIMType.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/ValueText.h>
@@ -29,6 +31,9 @@ bool parseTypeAttribute(const char* text, Pegasus::CIMType& type);
 // ignored) for the simple types. The value must be non-null.
 void appendScalarText(std::string& out, const Pegasus::CIMValue& value);
 void appendArrayTexts(std::vector<std::string>& out, const Pegasus::CIMValue& value);
+// The VALUE element (or VALUE.ARRAY of VALUE elements) of a non-null value of a simple
+// type, its texts escaped, written straight into `out`.
+void appendValueElements(XmlBuffer& out, const Pegasus::CIMValue& value);
 
 // Parses text into a value of a simple type. Throws CIMException(CIM_ERR_INVALID_PARAMETER)
 // naming `where` and the text when it does not fit the type.

@@ -85,8 +85,9 @@ std::string describe(pugi::xml_node node)
 
 void invalidElement(pugi::xml_node node, const std::string& what)
 {
-    const std::string msg = describe(node) + ": " + what;
-    throw CIMException(CIM_ERR_INVALID_PARAMETER, String(msg.c_str()));
+    // The parser does not check UTF-8: a bad name or text is quoted byte by byte.
+    throw CIMException(
+        CIM_ERR_INVALID_PARAMETER, ValueText::messageText(describe(node) + ": " + what));
 }
 
 void invalidElementFrom(pugi::xml_node node, const Exception& e)
@@ -172,10 +173,7 @@ std::string elementText(pugi::xml_node node)
 }
 
 void expectChildCount(
-    pugi::xml_node node,
-    const std::vector<pugi::xml_node>& children,
-    size_t lo,
-    size_t hi)
+    pugi::xml_node node, const std::vector<pugi::xml_node>& children, size_t lo, size_t hi)
 {
     if (children.size() < lo || children.size() > hi)
     {

@@ -72,10 +72,7 @@ void forEachElementChild(pugi::xml_node node, Visit visit)
 
 void expectName(pugi::xml_node node, const char* name);
 void expectChildCount(
-    pugi::xml_node node,
-    const std::vector<pugi::xml_node>& children,
-    size_t lo,
-    size_t hi);
+    pugi::xml_node node, const std::vector<pugi::xml_node>& children, size_t lo, size_t hi);
 
 // The attribute helpers come in two forms: given the attribute `a` named `name` of `node`
 // when the caller has found it already, or looking it up.

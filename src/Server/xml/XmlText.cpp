@@ -4,6 +4,7 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/ValueText.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -23,98 +24,110 @@ inline bool isPlain(unsigned char c)
     return c != '&' && c != '<' && c != '>' && c != '"' && c != '\'';
 }
 
-void appendEscapedByte(std::string& out, unsigned char c)
+// The entity or character reference of a byte that is not plain; at most 6 bytes.
+size_t escapedByte(char* out, unsigned char c)
 {
+    const char* ref;
     switch (c)
     {
         case '&':
-            out += "&amp;";
+            ref = "&amp;";
             break;
         case '<':
-            out += "&lt;";
+            ref = "&lt;";
             break;
         case '>':
-            out += "&gt;";
+            ref = "&gt;";
             break;
         case '"':
-            out += "&quot;";
+            ref = "&quot;";
             break;
         case '\'':
-            out += "&apos;";
+            ref = "&apos;";
             break;
         default:
-        {
-            char ref[8];
-            std::snprintf(ref, sizeof ref, "&#%u;", static_cast<unsigned>(c));
-            out += ref;
-        }
+            // Control characters: "&#N;" with N below 32.
+            return static_cast<size_t>(std::snprintf(out, 8, "&#%u;", static_cast<unsigned>(c)));
     }
+    const size_t n = std::strlen(ref);
+    std::memcpy(out, ref, n);
+    return n;
 }
+
+// Bytes one unit can take: an escaped one ("&quot;"), or 3 of UTF-8 (a surrogate pair's 4
+// bytes stand for 2 units).
+constexpr size_t kUnitBytes = 6;
 
 // Appends the UTF-8 form of `text` as String::getCString() encodes it (a lone surrogate as
 // its own 3-byte sequence) up to its first NUL, where that C string would end; escaped
-// when `escape`. Straight from the UTF-16 units, through a small buffer: no temporary
-// copy of the text and no byte-by-byte growth of `out`.
-void appendUtf8Text(std::string& out, const Pegasus::String& text, bool escape)
+// when `escape`. Straight from the UTF-16 units into the buffer, a slice at a time.
+void appendUtf8Text(XmlBuffer& out, const Pegasus::String& text, bool escape)
 {
-    char buf[256];
-    size_t used = 0;
     const Pegasus::Char16* d = text.getChar16Data();
-    for (Pegasus::Uint32 i = 0, n = text.size(); i < n; ++i)
+    const Pegasus::Uint32 n = text.size();
+    Pegasus::Uint32 i = 0;
+    while (i < n)
     {
-        if (used > sizeof buf - 4)
+        const Pegasus::Uint32 slice =
+            std::min<Pegasus::Uint32>(n - i, XmlBuffer::kRoom / kUnitBytes);
+        char* const start = out.room(slice * kUnitBytes);
+        char* p = start;
+        for (const Pegasus::Uint32 end = i + slice; i < end; ++i)
         {
-            out.append(buf, used);
-            used = 0;
-        }
-        Pegasus::Uint32 cp = Pegasus::Uint16(d[i]);
-        if (cp == 0)
-            break;
-        if (cp < 0x80)
-        {
-            if (escape && !isPlain(static_cast<unsigned char>(cp)))
+            Pegasus::Uint32 cp = Pegasus::Uint16(d[i]);
+            if (cp < 0x80)
             {
-                out.append(buf, used);
-                used = 0;
-                appendEscapedByte(out, static_cast<unsigned char>(cp));
+                if (cp == 0)
+                {
+                    out.commit(static_cast<size_t>(p - start));
+                    return;
+                }
+                if (!escape || isPlain(static_cast<unsigned char>(cp)))
+                    *p++ = static_cast<char>(cp);
+                else
+                    p += escapedByte(p, static_cast<unsigned char>(cp));
+                continue;
+            }
+            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && Pegasus::Uint16(d[i + 1]) >= 0xDC00 &&
+                Pegasus::Uint16(d[i + 1]) <= 0xDFFF)
+            {
+                cp = 0x10000 + ((cp - 0xD800) << 10) + (Pegasus::Uint16(d[i + 1]) - 0xDC00);
+                ++i;
+            }
+            if (cp < 0x800)
+            {
+                *p++ = static_cast<char>(0xC0 | (cp >> 6));
+                *p++ = static_cast<char>(0x80 | (cp & 0x3F));
+            }
+            else if (cp < 0x10000)
+            {
+                *p++ = static_cast<char>(0xE0 | (cp >> 12));
+                *p++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+                *p++ = static_cast<char>(0x80 | (cp & 0x3F));
             }
             else
             {
-                buf[used++] = static_cast<char>(cp);
+                *p++ = static_cast<char>(0xF0 | (cp >> 18));
+                *p++ = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+                *p++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+                *p++ = static_cast<char>(0x80 | (cp & 0x3F));
             }
-            continue;
         }
-        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && Pegasus::Uint16(d[i + 1]) >= 0xDC00 &&
-            Pegasus::Uint16(d[i + 1]) <= 0xDFFF)
-        {
-            cp = 0x10000 + ((cp - 0xD800) << 10) + (Pegasus::Uint16(d[i + 1]) - 0xDC00);
-            ++i;
-        }
-        if (cp < 0x800)
-        {
-            buf[used++] = static_cast<char>(0xC0 | (cp >> 6));
-            buf[used++] = static_cast<char>(0x80 | (cp & 0x3F));
-        }
-        else if (cp < 0x10000)
-        {
-            buf[used++] = static_cast<char>(0xE0 | (cp >> 12));
-            buf[used++] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            buf[used++] = static_cast<char>(0x80 | (cp & 0x3F));
-        }
-        else
-        {
-            buf[used++] = static_cast<char>(0xF0 | (cp >> 18));
-            buf[used++] = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            buf[used++] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            buf[used++] = static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        out.commit(static_cast<size_t>(p - start));
     }
-    out.append(buf, used);
+}
+
+// ' NAME="' in one append.
+void attributeStart(XmlBuffer& out, std::string_view name)
+{
+    out += ' ';
+    out += name;
+    out += "=\"";
 }
 
 }  // namespace
 
-void appendEscaped(std::string& out, const char* text, size_t length)
+void appendEscaped(XmlBuffer& out, const char* text, size_t length)
 {
     // Runs of plain bytes are copied whole.
     size_t run = 0;
@@ -124,10 +137,21 @@ void appendEscaped(std::string& out, const char* text, size_t length)
         if (isPlain(c))
             continue;
         out.append(text + run, i - run);
-        appendEscapedByte(out, c);
+        out.commit(escapedByte(out.room(kUnitBytes), c));
         run = i + 1;
     }
     out.append(text + run, length - run);
+}
+
+void appendEscaped(XmlBuffer& out, const Pegasus::String& text)
+{
+    appendUtf8Text(out, text, true);
+}
+
+void appendEscaped(std::string& out, const char* text, size_t length)
+{
+    XmlBuffer buffer(out);
+    appendEscaped(buffer, text, length);
 }
 
 void appendEscaped(std::string& out, const std::string& text)
@@ -137,12 +161,28 @@ void appendEscaped(std::string& out, const std::string& text)
 
 void appendEscaped(std::string& out, const Pegasus::String& text)
 {
-    appendUtf8Text(out, text, true);
+    XmlBuffer buffer(out);
+    appendUtf8Text(buffer, text, true);
+}
+
+void appendAttribute(XmlBuffer& out, std::string_view name, const Pegasus::String& value)
+{
+    attributeStart(out, name);
+    appendUtf8Text(out, value, true);
+    out += '"';
+}
+
+void appendAttribute(XmlBuffer& out, std::string_view name, const char* value)
+{
+    attributeStart(out, name);
+    appendEscaped(out, value, std::char_traits<char>::length(value));
+    out += '"';
 }
 
 void appendUtf8(std::string& out, const Pegasus::String& text)
 {
-    appendUtf8Text(out, text, false);
+    XmlBuffer buffer(out);
+    appendUtf8Text(buffer, text, false);
 }
 
 std::string toUtf8(const Pegasus::String& text)

@@ -95,10 +95,7 @@ int openSession(const Model& m, const std::string& user)
 }
 
 int authorize(
-    const Model& m,
-    const std::string& user,
-    const std::string& addr,
-    const std::string& key)
+    const Model& m, const std::string& user, const std::string& addr, const std::string& key)
 {
     if (!knownKey(key))
         return API_AUTH_UNKNOWN_KEY;

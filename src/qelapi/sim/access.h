@@ -16,10 +16,7 @@ int openSession(const Model& m, const std::string& user);
 // user, or an address outside the user's list, gives 2; a role that does not
 // grant the key gives 1.
 int authorize(
-    const Model& m,
-    const std::string& user,
-    const std::string& addr,
-    const std::string& key);
+    const Model& m, const std::string& user, const std::string& addr, const std::string& key);
 
 // Whether the array knows the key at all.
 bool knownKey(const std::string& key);

@@ -74,10 +74,7 @@ bool makeDirectories(const std::string& dir, std::string* error)
 }
 
 bool prepareReplacement(
-    const std::string& path,
-    const std::string& contents,
-    Replacement* r,
-    std::string* error)
+    const std::string& path, const std::string& contents, Replacement* r, std::string* error)
 {
     static std::atomic<unsigned> serial{0};
     // Unique per process and call, so concurrent writers never share a temporary.

@@ -24,10 +24,7 @@ struct Replacement
 };
 // Writes and flushes the temporary file next to path.
 bool prepareReplacement(
-    const std::string& path,
-    const std::string& contents,
-    Replacement* r,
-    std::string* error);
+    const std::string& path, const std::string& contents, Replacement* r, std::string* error);
 // Renames the temporary over path and flushes the folder; on failure the
 // temporary is removed and path keeps its previous contents.
 bool commitReplacement(Replacement* r, const std::string& path, std::string* error);

@@ -55,10 +55,7 @@ std::string auditLine(const AuditEntry& e)
 }
 
 bool appendAuditLine(
-    const std::string& path,
-    const std::string& line,
-    bool sync,
-    std::string* error)
+    const std::string& path, const std::string& line, bool sync, std::string* error)
 {
     int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0)

@@ -32,10 +32,7 @@ std::string auditLine(const AuditEntry& e);
 // Appends one line to path with a single write; with sync the log is flushed to
 // disk before this returns. false with *error when it cannot.
 bool appendAuditLine(
-    const std::string& path,
-    const std::string& line,
-    bool sync,
-    std::string* error);
+    const std::string& path, const std::string& line, bool sync, std::string* error);
 
 // An event record for changes made by the qelsim tool.
 api_evtparam_t toolEvent(const std::string& actor, const std::string& method);

@@ -182,9 +182,7 @@ Result Simulator::reseed()
 }
 
 Result Simulator::load(
-    const std::string& text,
-    const std::string& origin,
-    const std::string& baseDir,
+    const std::string& text, const std::string& origin, const std::string& baseDir,
     const std::string& statePath)
 {
     DecodeResult r = decodeModel(text, baseDir);

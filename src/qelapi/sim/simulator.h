@@ -36,9 +36,7 @@ public:
     void ensureAttached();
     // See qelsim::loadArrayText/loadArrayFile.
     Result load(
-        const std::string& text,
-        const std::string& origin,
-        const std::string& baseDir,
+        const std::string& text, const std::string& origin, const std::string& baseDir,
         const std::string& statePath);
 
     // The current array, with what other processes saved picked up; null when

@@ -139,11 +139,8 @@ bool StateStore::read(std::string* text, std::string* error) const
 }
 
 bool StateStore::write(
-    const std::string& text,
-    const std::string& auditPath,
-    const std::string& auditLine,
-    std::string* error,
-    std::string* auditError)
+    const std::string& text, const std::string& auditPath, const std::string& auditLine,
+    std::string* error, std::string* auditError)
 {
     // The order is what keeps readers and the audit log right if the writer is
     // killed at any point:

@@ -81,11 +81,8 @@ public:
     // after it (see audit_journal.h); *auditError then says when the append
     // failed (the change itself is made).
     bool write(
-        const std::string& text,
-        const std::string& auditPath,
-        const std::string& auditLine,
-        std::string* error,
-        std::string* auditError);
+        const std::string& text, const std::string& auditPath, const std::string& auditLine,
+        std::string* error, std::string* auditError);
     bool write(const std::string& text, std::string* error);
     // Finishes the audit of a change whose writer died; false with *error when
     // its line could not be appended.

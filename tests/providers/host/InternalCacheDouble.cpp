@@ -116,12 +116,8 @@ void InternalCacheDouble::clear()
 }
 
 CIMValue InternalCacheDouble::invoke(
-    const char* route,
-    const CIMNamespaceName& ns,
-    const CIMObjectPath& path,
-    const CIMName& method,
-    const Array<CIMParamValue>& in,
-    Array<CIMParamValue>& out)
+    const char* route, const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
+    const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
 {
     const CacheCall call{
         route, (const char*)ns.getString().getCString(), (const char*)path.toString().getCString(),

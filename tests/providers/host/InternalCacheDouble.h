@@ -51,12 +51,8 @@ public:
 
     // For the transports and handles of the double.
     CIMValue invoke(
-        const char* route,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& path,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out);
+        const char* route, const CIMNamespaceName& nameSpace, const CIMObjectPath& path,
+        const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out);
     void opened() { _opened++; }
     void closed() { _closed++; }
 

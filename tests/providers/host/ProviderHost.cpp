@@ -53,8 +53,7 @@ CIMProvider* ProviderHost::createProvider(const String& providerName) const
 }
 
 CIMProvider* ProviderHost::startProvider(
-    const String& providerName,
-    std::initializer_list<const char*> servedClasses)
+    const String& providerName, std::initializer_list<const char*> servedClasses)
 {
     CIMProvider* provider = createProvider(providerName);
     if (provider == nullptr)

@@ -100,10 +100,7 @@ const char* const OP_NAMES[] = {"associators",           "associatorNames", "ref
                                 "enumerateInstanceNames"};
 
 Answer ProviderTest::request(
-    const char* routedClass,
-    Op op,
-    const CIMObjectPath& objectName,
-    const Request& parts,
+    const char* routedClass, Op op, const CIMObjectPath& objectName, const Request& parts,
     const char* user)
 {
     const OperationContext context = asUser(user);

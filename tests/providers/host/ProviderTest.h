@@ -61,9 +61,7 @@ CIMObjectPath
 qelPath(const char* cls, std::initializer_list<const char*> keysAndValues, const char* host = "");
 // A port path as clients name it.
 CIMObjectPath portPath(
-    const char* deviceID,
-    const char* system = "qel-node0",
-    const char* cls = "QEL_FCPort",
+    const char* deviceID, const char* system = "qel-node0", const char* cls = "QEL_FCPort",
     const char* host = "");
 
 // A key binding's value ("" when absent), and those of a list of paths or instances.
@@ -202,11 +200,8 @@ protected:
     // class of the association requests, the class the enumerations name. objectName: the source
     // object, or the path getInstance asks for.
     Answer request(
-        const char* routedClass,
-        Op op,
-        const CIMObjectPath& objectName = CIMObjectPath(),
-        const Request& parts = Request(),
-        const char* user = "viewer");
+        const char* routedClass, Op op, const CIMObjectPath& objectName = CIMObjectPath(),
+        const Request& parts = Request(), const char* user = "viewer");
 
     // Replaces the simulated array for the rest of the test.
     void loadArray(const std::string& jsonText);

@@ -23,30 +23,23 @@ public:
     virtual void terminate() { delete this; }
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support getInstance.");
     }
 
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support enumerateInstances.");
     }
 
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler)
     {
         Array<CIMKeyBinding> keys;
@@ -57,28 +50,22 @@ public:
     }
 
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler)
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support modifyInstance.");
     }
 
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler)
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support createInstance.");
     }
 
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler)
     {
         throw CIMNotSupportedException("TrivialProvider does not support deleteInstance.");
@@ -87,10 +74,8 @@ public:
     // Echo(Text): returns the text's length and hands the text back as the
     // out parameter Echoed; the caller's user name goes to Caller.
     virtual void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& objectReference,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler)
     {
         if (!methodName.equal("Echo"))

@@ -160,46 +160,30 @@ public:
         delete this;
     }
     void getInstance(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler&) override
+        const OperationContext&, const CIMObjectPath&, const Boolean, const Boolean,
+        const CIMPropertyList&, InstanceResponseHandler&) override
     {
         throw CIMNotSupportedException("getInstance");
     }
     void enumerateInstances(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler&) override
+        const OperationContext&, const CIMObjectPath&, const Boolean, const Boolean,
+        const CIMPropertyList&, InstanceResponseHandler&) override
     {
         throw CIMNotSupportedException("enumerateInstances");
     }
     void enumerateInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath&,
-        ObjectPathResponseHandler&) override
+        const OperationContext&, const CIMObjectPath&, ObjectPathResponseHandler&) override
     {
         throw CIMNotSupportedException("enumerateInstanceNames");
     }
     void modifyInstance(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const CIMInstance&,
-        const Boolean,
-        const CIMPropertyList&,
-        ResponseHandler&) override
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+        const CIMPropertyList&, ResponseHandler&) override
     {
         throw CIMNotSupportedException("modifyInstance");
     }
     void createInstance(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const CIMInstance&,
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&,
         ObjectPathResponseHandler&) override
     {
         throw CIMNotSupportedException("createInstance");
@@ -245,12 +229,8 @@ public:
     ItemProvider() : TestProvider("Item") {}
 
     void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& ref,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler& handler) override
+        const OperationContext& context, const CIMObjectPath& ref, const Boolean, const Boolean,
+        const CIMPropertyList&, InstanceResponseHandler& handler) override
     {
         record("getInstance " + text(ref.toString()));
         misbehaveAs("getInstance");
@@ -318,12 +298,8 @@ public:
     }
 
     void enumerateInstances(
-        const OperationContext&,
-        const CIMObjectPath& ref,
-        const Boolean iq,
-        const Boolean ico,
-        const CIMPropertyList& pl,
-        InstanceResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& ref, const Boolean iq, const Boolean ico,
+        const CIMPropertyList& pl, InstanceResponseHandler& handler) override
     {
         record(
             "enumerateInstances " + text(ref.toString()) + " iq=" + (iq ? "1" : "0") +
@@ -364,8 +340,7 @@ public:
     }
 
     void enumerateInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath& ref,
+        const OperationContext&, const CIMObjectPath& ref,
         ObjectPathResponseHandler& handler) override
     {
         record("enumerateInstanceNames " + text(ref.toString()));
@@ -379,12 +354,8 @@ public:
     }
 
     void modifyInstance(
-        const OperationContext&,
-        const CIMObjectPath& ref,
-        const CIMInstance& instance,
-        const Boolean iq,
-        const CIMPropertyList& pl,
-        ResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& ref, const CIMInstance& instance,
+        const Boolean iq, const CIMPropertyList& pl, ResponseHandler& handler) override
     {
         std::string props;
         for (Uint32 i = 0; i < instance.getPropertyCount(); ++i)
@@ -404,9 +375,7 @@ public:
     }
 
     void createInstance(
-        const OperationContext&,
-        const CIMObjectPath& ref,
-        const CIMInstance& instance,
+        const OperationContext&, const CIMObjectPath& ref, const CIMInstance& instance,
         ObjectPathResponseHandler& handler) override
     {
         record("createInstance " + text(ref.toString()));
@@ -422,8 +391,8 @@ public:
         handler.complete();
     }
 
-    void deleteInstance(const OperationContext&, const CIMObjectPath& ref, ResponseHandler& handler)
-        override
+    void deleteInstance(
+        const OperationContext&, const CIMObjectPath& ref, ResponseHandler& handler) override
     {
         record("deleteInstance " + text(ref.toString()));
         misbehaveAs("deleteInstance");
@@ -432,11 +401,8 @@ public:
     }
 
     void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& ref,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        MethodResultResponseHandler& handler) override
+        const OperationContext& context, const CIMObjectPath& ref, const CIMName& method,
+        const Array<CIMParamValue>& in, MethodResultResponseHandler& handler) override
     {
         record("invokeMethod " + text(ref.toString()) + " " + text(method.getString()));
         misbehaveAs("invokeMethod");
@@ -485,12 +451,8 @@ public:
     SubItemProvider() : TestProvider("SubItem") {}
 
     void enumerateInstances(
-        const OperationContext&,
-        const CIMObjectPath& ref,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
-        InstanceResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& ref, const Boolean, const Boolean,
+        const CIMPropertyList&, InstanceResponseHandler& handler) override
     {
         misbehaveAs("enumerateInstances");
         CIMInstance s = make(ref, "s1", "Sub", 9);
@@ -501,8 +463,7 @@ public:
     }
 
     void enumerateInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath& ref,
+        const OperationContext&, const CIMObjectPath& ref,
         ObjectPathResponseHandler& handler) override
     {
         handler.processing();
@@ -519,15 +480,9 @@ public:
     LinkProvider() : TestProvider("Link") {}
 
     void associators(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        const Boolean iq,
-        const Boolean ico,
-        const CIMPropertyList& pl,
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, const Boolean iq, const Boolean ico, const CIMPropertyList& pl,
         ObjectResponseHandler& handler) override
     {
         _record("associators", objectName, associationClass, resultClass, role, resultRole);
@@ -543,12 +498,8 @@ public:
     }
 
     void associatorNames(
-        const OperationContext&,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
+        const OperationContext&, const CIMObjectPath& objectName, const CIMName& associationClass,
+        const CIMName& resultClass, const String& role, const String& resultRole,
         ObjectPathResponseHandler& handler) override
     {
         _record("associatorNames", objectName, associationClass, resultClass, role, resultRole);
@@ -559,13 +510,8 @@ public:
     }
 
     void references(
-        const OperationContext&,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        const Boolean,
-        const Boolean,
-        const CIMPropertyList&,
+        const OperationContext&, const CIMObjectPath& objectName, const CIMName& resultClass,
+        const String& role, const Boolean, const Boolean, const CIMPropertyList&,
         ObjectResponseHandler& handler) override
     {
         _record("references", objectName, CIMName(), resultClass, role, String());
@@ -582,11 +528,8 @@ public:
     }
 
     void referenceNames(
-        const OperationContext&,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        ObjectPathResponseHandler& handler) override
+        const OperationContext&, const CIMObjectPath& objectName, const CIMName& resultClass,
+        const String& role, ObjectPathResponseHandler& handler) override
     {
         _record("referenceNames", objectName, CIMName(), resultClass, role, String());
         handler.processing();
@@ -609,12 +552,8 @@ private:
     };
 
     void _record(
-        const char* op,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole)
+        const char* op, const CIMObjectPath& objectName, const CIMName& assocClass,
+        const CIMName& resultClass, const String& role, const String& resultRole)
     {
         record(
             std::string(op) + " object=" + text(objectName.toString()) + " assocClass=" +
@@ -649,11 +588,8 @@ public:
     NestedProvider() : TestProvider("Nested") {}
 
     void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& ref,
-        const CIMName& method,
-        const Array<CIMParamValue>& in,
-        MethodResultResponseHandler& handler) override
+        const OperationContext& context, const CIMObjectPath& ref, const CIMName& method,
+        const Array<CIMParamValue>& in, MethodResultResponseHandler& handler) override
     {
         const CIMNamespaceName ns = ref.getNameSpace();
         const CIMObjectPath nested(String(), CIMNamespaceName(), "Test_Nested");
@@ -737,8 +673,7 @@ public:
     }
 
     void enumerateInstanceNames(
-        const OperationContext&,
-        const CIMObjectPath& ref,
+        const OperationContext&, const CIMObjectPath& ref,
         ObjectPathResponseHandler& handler) override
     {
         bump(_name + ".served");
@@ -755,10 +690,7 @@ public:
     void initialize(CIMOMHandle&) override {}
     void terminate() override { delete this; }
     void invokeMethod(
-        const OperationContext&,
-        const CIMObjectPath&,
-        const CIMName&,
-        const Array<CIMParamValue>&,
+        const OperationContext&, const CIMObjectPath&, const CIMName&, const Array<CIMParamValue>&,
         MethodResultResponseHandler& handler) override
     {
         handler.processing();

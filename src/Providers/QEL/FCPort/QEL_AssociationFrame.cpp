@@ -44,12 +44,8 @@ static bool _isRole(const String& name, const char* role)
 }
 
 QEL_AssociationFrame::QEL_AssociationFrame(
-    const QEL_AssociationProfile& profile,
-    const String& messagePrefix,
-    CIMOMHandle& cimom,
-    const CIMName& associationClass,
-    const CIMName& portClass,
-    const CIMName& otherClass,
+    const QEL_AssociationProfile& profile, const String& messagePrefix, CIMOMHandle& cimom,
+    const CIMName& associationClass, const CIMName& portClass, const CIMName& otherClass,
     const String& hostName)
     : _profile(profile),
       _messagePrefix(messagePrefix),
@@ -72,8 +68,7 @@ bool QEL_AssociationFrame::_isOtherEnd(const CIMObjectPath& objectName) const
 }
 
 void QEL_AssociationFrame::_open(
-    const QEL_AssociationRequestTexts& texts,
-    const OperationContext& context) const
+    const QEL_AssociationRequestTexts& texts, const OperationContext& context) const
 {
     _trace(QEL_TRACE_FLOW, texts.entry);
     QEL_ProviderFrame::checkSession(context, _profile.sourceName, texts.line);
@@ -81,14 +76,9 @@ void QEL_AssociationFrame::_open(
 
 template <typename... Texts>
 bool QEL_AssociationFrame::_openAssociation(
-    const QEL_AssociationRequestTexts& texts,
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const String& role,
-    const String& resultRole,
-    const CIMName& resultClass,
-    const char* method,
-    Texts... argumentTexts) const
+    const QEL_AssociationRequestTexts& texts, const OperationContext& context,
+    const CIMObjectPath& objectName, const String& role, const String& resultRole,
+    const CIMName& resultClass, const char* method, Texts... argumentTexts) const
 {
     _trace(QEL_TRACE_FLOW, texts.entry);
     log_message(QEL_TRACE_FLOW, texts.arguments, argumentTexts...);
@@ -99,11 +89,8 @@ bool QEL_AssociationFrame::_openAssociation(
 // ------------------------------------------------------------- parameters
 
 Boolean QEL_AssociationFrame::_invalidParms(
-    const CIMObjectPath& objectName,
-    const String& role,
-    const String& resultRole,
-    const CIMName& resultClass,
-    const String& method) const
+    const CIMObjectPath& objectName, const String& role, const String& resultRole,
+    const CIMName& resultClass, const String& method) const
 {
     const CIMName& objectClass = objectName.getClassName();
     const bool fromPort = _isPortEnd(objectName);
@@ -172,8 +159,7 @@ Boolean QEL_AssociationFrame::_invalidParms(
 // ------------------------------------------------------------ association
 
 CIMObjectPath QEL_AssociationFrame::_buildAssociationName(
-    const CIMObjectPath& port,
-    const CIMObjectPath& other) const
+    const CIMObjectPath& port, const CIMObjectPath& other) const
 {
     return QEL_Common::buildAssocPath(
         _associationClass, CIMName(_profile.portRole), CIMName(_profile.otherRole), port, other,
@@ -181,11 +167,8 @@ CIMObjectPath QEL_AssociationFrame::_buildAssociationName(
 }
 
 CIMInstance QEL_AssociationFrame::_buildAssociationInstance(
-    const CIMObjectPath& port,
-    const CIMObjectPath& other,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList) const
+    const CIMObjectPath& port, const CIMObjectPath& other, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList) const
 {
     const CIMClass associationClass = QEL_ProviderFrame::storedClass(
         _cimom, _associationClass, includeQualifiers, includeClassOrigin, propertyList);
@@ -207,9 +190,7 @@ Array<CIMObjectPath> QEL_AssociationFrame::pathsOf(const Array<CIMInstance>& ins
 
 template <typename Build>
 void QEL_AssociationFrame::_forEachReference(
-    const CIMObjectPath& objectName,
-    const Array<CIMObjectPath>& related,
-    Build&& build) const
+    const CIMObjectPath& objectName, const Array<CIMObjectPath>& related, Build&& build) const
 {
     if (_isPortEnd(objectName))
     {
@@ -232,17 +213,10 @@ void QEL_AssociationFrame::_forEachReference(
 // --------------------------------------------------------------- requests
 
 void QEL_AssociationFrame::associators(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler) const
+    Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.associators;
     CString object, association, result;
@@ -269,14 +243,9 @@ void QEL_AssociationFrame::associators(
 }
 
 void QEL_AssociationFrame::associatorNames(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    ObjectPathResponseHandler& handler) const
+    Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.associatorNames;
     CString object, association, result;
@@ -301,14 +270,9 @@ void QEL_AssociationFrame::associatorNames(
 }
 
 void QEL_AssociationFrame::references(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
+    Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     ObjectResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.references;
@@ -335,12 +299,8 @@ void QEL_AssociationFrame::references(
 }
 
 void QEL_AssociationFrame::referenceNames(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    ObjectPathResponseHandler& handler) const
+    Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.referenceNames;
     CString object, result, roleText;
@@ -363,13 +323,9 @@ void QEL_AssociationFrame::referenceNames(
 }
 
 void QEL_AssociationFrame::getInstance(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler) const
+    Lists& lists, const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.getInstance;
     _open(texts, context);
@@ -394,13 +350,9 @@ void QEL_AssociationFrame::getInstance(
 }
 
 void QEL_AssociationFrame::enumerateInstances(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler) const
+    Lists& lists, const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.enumerateInstances;
     _open(texts, context);
@@ -414,9 +366,7 @@ void QEL_AssociationFrame::enumerateInstances(
 }
 
 void QEL_AssociationFrame::enumerateInstanceNames(
-    Lists& lists,
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    Lists& lists, const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler) const
 {
     const QEL_AssociationRequestTexts& texts = _profile.enumerateInstanceNames;

@@ -95,10 +95,8 @@ public:
 
         // The objects at the far end of objectName.
         virtual Array<CIMInstance> relatedInstances(
-            const OperationContext& context,
-            const CIMObjectPath& objectName,
-            const Boolean includeQualifiers,
-            const Boolean includeClassOrigin,
+            const OperationContext& context, const CIMObjectPath& objectName,
+            const Boolean includeQualifiers, const Boolean includeClassOrigin,
             const CIMPropertyList& propertyList) = 0;
 
         // Their paths, in the same order.
@@ -108,10 +106,8 @@ public:
         // Every association instance; objectName is the getInstance
         // reference, or an empty path.
         virtual Array<CIMInstance> instances(
-            const CIMObjectPath& objectName,
-            const Boolean includeQualifiers,
-            const Boolean includeClassOrigin,
-            const CIMPropertyList& propertyList) = 0;
+            const CIMObjectPath& objectName, const Boolean includeQualifiers,
+            const Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
 
         // Their paths, in the same order.
         virtual Array<CIMObjectPath> instanceNames() = 0;
@@ -120,88 +116,50 @@ public:
     // The frame works on the provider's own members, set by initialize; it
     // keeps references only and lives for one request.
     QEL_AssociationFrame(
-        const QEL_AssociationProfile& profile,
-        const String& messagePrefix,
-        CIMOMHandle& cimom,
-        const CIMName& associationClass,
-        const CIMName& portClass,
-        const CIMName& otherClass,
+        const QEL_AssociationProfile& profile, const String& messagePrefix, CIMOMHandle& cimom,
+        const CIMName& associationClass, const CIMName& portClass, const CIMName& otherClass,
         const String& hostName);
 
     void associators(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler) const;
+        Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler) const;
 
     void associatorNames(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        ObjectPathResponseHandler& handler) const;
+        Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler) const;
 
     void references(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
+        Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler) const;
 
     void referenceNames(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        ObjectPathResponseHandler& handler) const;
+        Lists& lists, const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler) const;
 
     void getInstance(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler) const;
+        Lists& lists, const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler) const;
 
     void enumerateInstances(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler) const;
+        Lists& lists, const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler) const;
 
     void enumerateInstanceNames(
-        Lists& lists,
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        Lists& lists, const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler) const;
 
     // True when the request is to be refused. method is the request's name:
     // "associators", "associatorNames", "references" or "referenceNames".
     Boolean _invalidParms(
-        const CIMObjectPath& objectName,
-        const String& role,
-        const String& resultRole,
-        const CIMName& resultClass,
-        const String& method) const;
+        const CIMObjectPath& objectName, const String& role, const String& resultRole,
+        const CIMName& resultClass, const String& method) const;
 
     // The association's path: the port end first, the other end second.
     CIMObjectPath
@@ -209,11 +167,8 @@ public:
 
     // The association instance, from the stored class definition.
     CIMInstance _buildAssociationInstance(
-        const CIMObjectPath& port,
-        const CIMObjectPath& other,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) const;
+        const CIMObjectPath& port, const CIMObjectPath& other, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList) const;
 
     // The paths of instances, in the same order: what the name lists of the
     // providers are made of.
@@ -229,14 +184,9 @@ private:
     // writes its refusal line and returns without touching the handler.
     template <typename... Texts>
     bool _openAssociation(
-        const QEL_AssociationRequestTexts& texts,
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const String& role,
-        const String& resultRole,
-        const CIMName& resultClass,
-        const char* method,
-        Texts... argumentTexts) const;
+        const QEL_AssociationRequestTexts& texts, const OperationContext& context,
+        const CIMObjectPath& objectName, const String& role, const String& resultRole,
+        const CIMName& resultClass, const char* method, Texts... argumentTexts) const;
 
     // Which end objectName names.
     bool _isPortEnd(const CIMObjectPath& objectName) const;
@@ -247,9 +197,7 @@ private:
     // for each pair.
     template <typename Build>
     void _forEachReference(
-        const CIMObjectPath& objectName,
-        const Array<CIMObjectPath>& related,
-        Build&& build) const;
+        const CIMObjectPath& objectName, const Array<CIMObjectPath>& related, Build&& build) const;
 
     const QEL_AssociationProfile& _profile;
     const String& _messagePrefix;

@@ -145,10 +145,8 @@ public:
     explicit _Lists(QEL_FCPortElementStatisticalDataProvider& provider) : _provider(provider) {}
 
     Array<CIMInstance> relatedInstances(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override
     {
         return _provider._getRelatedInstances(
@@ -162,10 +160,8 @@ public:
     }
 
     Array<CIMInstance> instances(
-        const CIMObjectPath& objectName,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override
+        const CIMObjectPath& objectName, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
     {
         return _provider._getInstances(
             objectName, includeQualifiers, includeClassOrigin, propertyList);
@@ -186,10 +182,8 @@ QEL_AssociationFrame QEL_FCPortElementStatisticalDataProvider::_frame()
 // ----------------------------------------------------------- list builders
 
 Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstances(
-    const CIMObjectPath& objectName,
-    const OperationContext& context,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
+    const CIMObjectPath& objectName, const OperationContext& context,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     Uint64 filter = QEL_ALL_PORTS;
@@ -265,8 +259,7 @@ Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstance
 }
 
 Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstanceNames(
-    const CIMObjectPath& objectName,
-    const OperationContext& context)
+    const CIMObjectPath& objectName, const OperationContext& context)
 {
     log_message(
         QEL_TRACE_FLOW,
@@ -280,10 +273,8 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getRelatedInstan
 }
 
 Array<CIMInstance> QEL_FCPortElementStatisticalDataProvider::_getInstances(
-    const CIMObjectPath& objectName,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMObjectPath& objectName, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortElementStatisticalDataProvider::_getInstances\n");
     Uint64 filter = QEL_ALL_PORTS;
@@ -335,16 +326,10 @@ Array<CIMObjectPath> QEL_FCPortElementStatisticalDataProvider::_getInstanceNames
 // ---------------------------------------------------------------- requests
 
 void QEL_FCPortElementStatisticalDataProvider::associators(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().associators(
@@ -353,13 +338,9 @@ void QEL_FCPortElementStatisticalDataProvider::associators(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::associatorNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().associatorNames(
@@ -367,14 +348,9 @@ void QEL_FCPortElementStatisticalDataProvider::associatorNames(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::references(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().references(
@@ -383,23 +359,17 @@ void QEL_FCPortElementStatisticalDataProvider::references(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::referenceNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().referenceNames(lists, context, objectName, resultClass, role, handler);
 }
 
 void QEL_FCPortElementStatisticalDataProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().getInstance(
@@ -408,12 +378,9 @@ void QEL_FCPortElementStatisticalDataProvider::getInstance(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().enumerateInstances(
@@ -422,8 +389,7 @@ void QEL_FCPortElementStatisticalDataProvider::enumerateInstances(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
@@ -431,29 +397,20 @@ void QEL_FCPortElementStatisticalDataProvider::enumerateInstanceNames(
 }
 
 void QEL_FCPortElementStatisticalDataProvider::modifyInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    const Boolean,
-    const CIMPropertyList&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+    const CIMPropertyList&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "modifyInstance");
 }
 
 void QEL_FCPortElementStatisticalDataProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    ObjectPathResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "createInstance");
 }
 
 void QEL_FCPortElementStatisticalDataProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "deleteInstance");
 }

@@ -32,81 +32,51 @@ public:
     virtual void terminate();
 
     virtual void associators(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);
 
     virtual void associatorNames(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler);
 
     virtual void references(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler);
 
     virtual void referenceNames(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
 
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
 
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
 
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
 private:
@@ -119,10 +89,8 @@ private:
     // The statistics of an FC port (built from the library), or the FC port
     // of a statistics object (fetched from the CIM server with context).
     Array<CIMInstance> _getRelatedInstances(
-        const CIMObjectPath& objectName,
-        const OperationContext& context,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
+        const CIMObjectPath& objectName, const OperationContext& context,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
     // The paths of what _getRelatedInstances returns, in the same order.
@@ -132,10 +100,8 @@ private:
     // One association per FC port with at least one LESB record. objectName
     // is the getInstance reference or an empty path.
     Array<CIMInstance> _getInstances(
-        const CIMObjectPath& objectName,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        const CIMObjectPath& objectName, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // The paths of what _getInstances builds for an empty path.
     Array<CIMObjectPath> _getInstanceNames();

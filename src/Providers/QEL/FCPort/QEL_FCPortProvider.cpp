@@ -139,9 +139,7 @@ void QEL_FCPortProvider::terminate()
 // ---------------------------------------------------------------- building
 
 CIMInstance QEL_FCPortProvider::buildInstance(
-    CIMClass portClass,
-    const api_FCPort_t& port,
-    const String& hostAddr)
+    CIMClass portClass, const api_FCPort_t& port, const String& hostAddr)
 {
     const CIMName className = portClass.getClassName();
     const bool fcView = _isFCPortClass(className);
@@ -279,9 +277,7 @@ CIMInstance QEL_FCPortProvider::buildInstance(
 }
 
 CIMObjectPath QEL_FCPortProvider::buildObjectPath(
-    const CIMName& inputClassName,
-    const String& hostAddr,
-    const String& systemName,
+    const CIMName& inputClassName, const String& hostAddr, const String& systemName,
     const String& deviceID)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::buildObjectPath\n");
@@ -308,13 +304,8 @@ void QEL_FCPortProvider::_addOperationalStatus(api_port_status_t portStatus, CIM
 }
 
 Array<CIMInstance> QEL_FCPortProvider::buildInstances(
-    CIMOMHandle& cimom,
-    const CIMName& className,
-    Uint64 portwwn,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    const String& hostAddr)
+    CIMOMHandle& cimom, const CIMName& className, Uint64 portwwn, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList, const String& hostAddr)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::_build_instance\n");
     _checkClass(className);
@@ -384,9 +375,7 @@ static Uint16 _portLPID(const CIMObjectPath& ref, const char* operation)
 // Both lookups: the first instance whose string property propertyName equals
 // wanted without regard to case.
 static CIMInstance _findPortInstance(
-    const Array<CIMInstance>& instances,
-    const char* propertyName,
-    const String& wanted)
+    const Array<CIMInstance>& instances, const char* propertyName, const String& wanted)
 {
     for (Uint32 i = 0; i < instances.size(); i++)
     {
@@ -422,11 +411,8 @@ QEL_FCPortProvider::_getPortInstance(const String& portName, Array<CIMInstance> 
 // ---------------------------------------------------------------- requests
 
 void QEL_FCPortProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instRef,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
+    const OperationContext& context, const CIMObjectPath& instRef, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::getInstance\n");
@@ -456,12 +442,9 @@ void QEL_FCPortProvider::getInstance(
 }
 
 void QEL_FCPortProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::enumerateInstances\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
@@ -482,8 +465,7 @@ void QEL_FCPortProvider::enumerateInstances(
 }
 
 void QEL_FCPortProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortProvider::enumerateInstanceNames\n");
@@ -505,11 +487,8 @@ void QEL_FCPortProvider::enumerateInstanceNames(
 }
 
 void QEL_FCPortProvider::modifyInstance(
-    const OperationContext& context,
-    const CIMObjectPath& objectRef,
-    const CIMInstance& instanceObject,
-    const Boolean,
-    const CIMPropertyList& propertyList,
+    const OperationContext& context, const CIMObjectPath& objectRef,
+    const CIMInstance& instanceObject, const Boolean, const CIMPropertyList& propertyList,
     ResponseHandler&)
 {
     static const char OPERATION_KEY[] = "ModifyInstance";
@@ -633,27 +612,20 @@ void QEL_FCPortProvider::modifyInstance(
 }
 
 void QEL_FCPortProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    ObjectPathResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "createInstance");
 }
 
 void QEL_FCPortProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "deleteInstance");
 }
 
 void QEL_FCPortProvider::invokeMethod(
-    const OperationContext& context,
-    const CIMObjectPath& objectReference,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
+    const OperationContext& context, const CIMObjectPath& objectReference,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters,
     MethodResultResponseHandler& handler)
 {
     const QEL_ProviderFrame::Requester who = QEL_ProviderFrame::requester(context);

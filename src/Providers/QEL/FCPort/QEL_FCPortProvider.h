@@ -41,50 +41,35 @@ public:
     virtual void terminate();
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instRef,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instRef,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
 
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& objectRef,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& objectRef,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
 
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
 
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
     virtual void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& objectReference,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler);
 
     // One port record as an instance of portClass ("QEL_FCPort" or
@@ -95,9 +80,7 @@ public:
     // The path of one port: four string keys SystemCreationClassName,
     // SystemName, CreationClassName, DeviceID, in namespace root/qel.
     static CIMObjectPath buildObjectPath(
-        const CIMName& inputClassName,
-        const String& hostAddr,
-        const String& systemName,
+        const CIMName& inputClassName, const String& hostAddr, const String& systemName,
         const String& deviceID);
 
     // OperationalStatus and OtherOperationalStatus of a port state.
@@ -105,13 +88,9 @@ public:
 
     // The instances of the ports that portwwn selects (QEL_ALL_PORTS: all).
     static Array<CIMInstance> buildInstances(
-        CIMOMHandle& cimom,
-        const CIMName& className,
-        Uint64 portwwn,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        const String& hostAddr);
+        CIMOMHandle& cimom, const CIMName& className, Uint64 portwwn,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, const String& hostAddr);
 
     // The paths of all ports of className. Public, like the builders, so
     // that the module's tests and benchmarks can drive it.

@@ -109,11 +109,8 @@ public:
     explicit _Lists(QEL_FCPortSFPProvider& provider) : _provider(provider) {}
 
     Array<CIMInstance> relatedInstances(
-        const OperationContext&,
-        const CIMObjectPath& objectName,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override
+        const OperationContext&, const CIMObjectPath& objectName, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
     {
         return _provider._getRelatedInstances(
             objectName, includeQualifiers, includeClassOrigin, propertyList);
@@ -126,9 +123,7 @@ public:
     }
 
     Array<CIMInstance> instances(
-        const CIMObjectPath&,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
+        const CIMObjectPath&, const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override
     {
         return _provider._getInstances(includeQualifiers, includeClassOrigin, propertyList);
@@ -149,10 +144,8 @@ QEL_AssociationFrame QEL_FCPortSFPProvider::_frame()
 // ----------------------------------------------------------- list builders
 
 Array<CIMInstance> QEL_FCPortSFPProvider::_getRelatedInstances(
-    const CIMObjectPath& objectName,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMObjectPath& objectName, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     const CIMName& objectClass = objectName.getClassName();
     log_message(
@@ -222,8 +215,7 @@ QEL_FCPortSFPProvider::_getRelatedInstanceNames(const CIMObjectPath& objectName)
 }
 
 Array<CIMInstance> QEL_FCPortSFPProvider::_getInstances(
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     log_message(QEL_TRACE_FLOW, "-->QEL_FCPortSFPProvider::_getInstances\n");
@@ -269,16 +261,10 @@ Array<CIMObjectPath> QEL_FCPortSFPProvider::_getInstanceNames()
 // ---------------------------------------------------------------- requests
 
 void QEL_FCPortSFPProvider::associators(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().associators(
@@ -287,13 +273,9 @@ void QEL_FCPortSFPProvider::associators(
 }
 
 void QEL_FCPortSFPProvider::associatorNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& associationClass,
-    const CIMName& resultClass,
-    const String& role,
-    const String& resultRole,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName,
+    const CIMName& associationClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().associatorNames(
@@ -301,14 +283,9 @@ void QEL_FCPortSFPProvider::associatorNames(
 }
 
 void QEL_FCPortSFPProvider::references(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().references(
@@ -317,23 +294,17 @@ void QEL_FCPortSFPProvider::references(
 }
 
 void QEL_FCPortSFPProvider::referenceNames(
-    const OperationContext& context,
-    const CIMObjectPath& objectName,
-    const CIMName& resultClass,
-    const String& role,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role, ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().referenceNames(lists, context, objectName, resultClass, role, handler);
 }
 
 void QEL_FCPortSFPProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().getInstance(
@@ -342,12 +313,9 @@ void QEL_FCPortSFPProvider::getInstance(
 }
 
 void QEL_FCPortSFPProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _Lists lists(*this);
     _frame().enumerateInstances(
@@ -356,8 +324,7 @@ void QEL_FCPortSFPProvider::enumerateInstances(
 }
 
 void QEL_FCPortSFPProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     _Lists lists(*this);
@@ -365,29 +332,20 @@ void QEL_FCPortSFPProvider::enumerateInstanceNames(
 }
 
 void QEL_FCPortSFPProvider::modifyInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    const Boolean,
-    const CIMPropertyList&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+    const CIMPropertyList&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "modifyInstance");
 }
 
 void QEL_FCPortSFPProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    ObjectPathResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "createInstance");
 }
 
 void QEL_FCPortSFPProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "deleteInstance");
 }

@@ -103,9 +103,7 @@ Uint64 QEL_FCPortStatisticsProvider::getPortWWN(const String& instanceId)
 }
 
 CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
-    CIMClass cimClass,
-    const api_portLESB_t& lesb,
-    const String& hostName)
+    CIMClass cimClass, const api_portLESB_t& lesb, const String& hostName)
 {
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cimClass);
     QEL_Common::setPropertyValue(instance, "InstanceID", makeInstanceID(lesb));
@@ -135,9 +133,7 @@ CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
 }
 
 CIMInstance QEL_FCPortStatisticsProvider::buildInstance(
-    CIMClass cimClass,
-    const char* portText,
-    const String& hostName)
+    CIMClass cimClass, const char* portText, const String& hostName)
 {
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cimClass);
 
@@ -164,9 +160,7 @@ QEL_FCPortStatisticsProvider::buildObjectPath(const String& hostName, const Stri
 }
 
 Array<CIMInstance> QEL_FCPortStatisticsProvider::_build_instances(
-    const String& instanceId,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
+    const String& instanceId, const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortStatisticsProvider::_build_instances\n");
@@ -258,12 +252,9 @@ Array<CIMObjectPath> QEL_FCPortStatisticsProvider::_build_ref()
 // ---------------------------------------------------------------- requests
 
 void QEL_FCPortStatisticsProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortStatisticsProvider::getInstance\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_GET_INSTANCE);
@@ -287,12 +278,9 @@ void QEL_FCPortStatisticsProvider::getInstance(
 }
 
 void QEL_FCPortStatisticsProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortStatisticsProvider::enumerateInstances\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
@@ -304,8 +292,7 @@ void QEL_FCPortStatisticsProvider::enumerateInstances(
 }
 
 void QEL_FCPortStatisticsProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_FCPortStatisticsProvider::enumerateInstanceNames\n");
@@ -317,39 +304,27 @@ void QEL_FCPortStatisticsProvider::enumerateInstanceNames(
 }
 
 void QEL_FCPortStatisticsProvider::modifyInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    const Boolean,
-    const CIMPropertyList&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+    const CIMPropertyList&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "modifyInstance");
 }
 
 void QEL_FCPortStatisticsProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    ObjectPathResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "createInstance");
 }
 
 void QEL_FCPortStatisticsProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "deleteInstance");
 }
 
 void QEL_FCPortStatisticsProvider::invokeMethod(
-    const OperationContext& context,
-    const CIMObjectPath& objectReference,
-    const CIMName& methodName,
-    const Array<CIMParamValue>&,
-    MethodResultResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& objectReference,
+    const CIMName& methodName, const Array<CIMParamValue>&, MethodResultResponseHandler& handler)
 {
     const QEL_ProviderFrame::Requester who = QEL_ProviderFrame::requester(context);
     const String className = objectReference.getClassName().getString();

@@ -38,50 +38,35 @@ public:
     virtual void terminate();
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
 
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
 
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
 
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
     virtual void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& objectReference,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler);
 
     // "ZEPHRAN:" + the record's port text + "-Stats".
@@ -108,9 +93,7 @@ public:
     // empty; the paths of every LESB record. Public, like the builders, so
     // that the module's tests and benchmarks can drive them.
     Array<CIMInstance> _build_instances(
-        const String& instanceId,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
+        const String& instanceId, const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
     Array<CIMObjectPath> _build_ref();
 

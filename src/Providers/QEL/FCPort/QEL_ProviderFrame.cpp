@@ -39,9 +39,7 @@ QEL_ProviderFrame::Requester QEL_ProviderFrame::requester(const OperationContext
 }
 
 void QEL_ProviderFrame::checkSession(
-    const OperationContext& context,
-    const char* sourceName,
-    Uint32 line)
+    const OperationContext& context, const char* sourceName, Uint32 line)
 {
     const String user = userName(context);
     if (api_qelOpenForCimserver(user.getCString()) != 0)
@@ -59,11 +57,8 @@ String QEL_ProviderFrame::operationName(const String& className, const String& o
 }
 
 void QEL_ProviderFrame::authorize(
-    const Requester& requester,
-    const String& className,
-    const String& operationKey,
-    const char* sourceName,
-    Uint32 line)
+    const Requester& requester, const String& className, const String& operationKey,
+    const char* sourceName, Uint32 line)
 {
     const String fullName = operationName(className, operationKey);
     const int rc = api_authorizeCIMUser(
@@ -84,11 +79,8 @@ void QEL_ProviderFrame::authorize(
 }
 
 api_evtparam_t QEL_ProviderFrame::openChange(
-    const OperationContext& context,
-    const Requester& requester,
-    const String& className,
-    const String& operationKey,
-    const ChangeSite& site)
+    const OperationContext& context, const Requester& requester, const String& className,
+    const String& operationKey, const ChangeSite& site)
 {
     checkSession(context, site.sourceName, site.sessionLine);
     authorize(requester, className, operationKey, site.sourceName, site.authorizeLine);
@@ -101,11 +93,8 @@ api_evtparam_t QEL_ProviderFrame::openChange(
 }
 
 CIMClass QEL_ProviderFrame::storedClass(
-    CIMOMHandle& cimom,
-    const CIMName& className,
-    Boolean includeQualifiers,
-    Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMOMHandle& cimom, const CIMName& className, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return QEL_Common::getStoredCIMClass(
         cimom, OperationContext(), CIMNamespaceName(QEL_NAMESPACE), className, false,
@@ -127,8 +116,7 @@ bool QEL_ProviderFrame::keyValue(const CIMObjectPath& path, const char* keyName,
 }
 
 bool QEL_ProviderFrame::deliverMatch(
-    const CIMObjectPath& reference,
-    const Array<CIMInstance>& candidates,
+    const CIMObjectPath& reference, const Array<CIMInstance>& candidates,
     InstanceResponseHandler& handler)
 {
     for (Uint32 i = 0; i < candidates.size(); i++)
@@ -150,10 +138,7 @@ void QEL_ProviderFrame::notSupported(const String& providerName, const char* wha
 }
 
 void QEL_ProviderFrame::deviceNotFound(
-    const String& providerName,
-    const char* operation,
-    const char* keyName,
-    const String& keyValue)
+    const String& providerName, const char* operation, const char* keyName, const String& keyValue)
 {
     // Two blanks stand between "()" and "Device": the parts are joined as
     // the array's tools have always shown them.

@@ -115,11 +115,8 @@ public:
 
     // Authorizes "<className>.<operationKey>" (lower-cased) for the requester.
     static void authorize(
-        const Requester& requester,
-        const String& className,
-        const String& operationKey,
-        const char* sourceName,
-        Uint32 line);
+        const Requester& requester, const String& className, const String& operationKey,
+        const char* sourceName, Uint32 line);
 
     // The lower-cased operation key handed to api_authorizeCIMUser.
     static String operationName(const String& className, const String& operationKey);
@@ -139,21 +136,15 @@ public:
     // attaches to the change (class name, operation key, an empty operation
     // text, user name, client address), which it returns.
     static api_evtparam_t openChange(
-        const OperationContext& context,
-        const Requester& requester,
-        const String& className,
-        const String& operationKey,
-        const ChangeSite& site);
+        const OperationContext& context, const Requester& requester, const String& className,
+        const String& operationKey, const ChangeSite& site);
 
     // The class definition a request builds its instances from, through the
     // process-wide class cache: namespace root/qel, never local-only, the
     // request's flags and property list, a fresh operation context.
     static CIMClass storedClass(
-        CIMOMHandle& cimom,
-        const CIMName& className,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        CIMOMHandle& cimom, const CIMName& className, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // The value of the first key binding named keyName (compared as CIM
     // names); false, with value untouched, when there is none.
@@ -164,8 +155,7 @@ public:
     // delivered between processing and complete. False, with the handler
     // untouched, when none does.
     static bool deliverMatch(
-        const CIMObjectPath& reference,
-        const Array<CIMInstance>& candidates,
+        const CIMObjectPath& reference, const Array<CIMInstance>& candidates,
         InstanceResponseHandler& handler);
 
     // A whole answer at once: processing, one deliver of the list, complete.
@@ -198,9 +188,7 @@ public:
     // CIMOperationFailedException(providerName + "::<op>() " +
     // " Device not found" + " with " + keyName + "=" + keyValue).
     [[noreturn]] static void deviceNotFound(
-        const String& providerName,
-        const char* operation,
-        const char* keyName,
+        const String& providerName, const char* operation, const char* keyName,
         const String& keyValue);
 
     // CIMOperationFailedException(providerName + "::<op>() " +

@@ -230,10 +230,7 @@ String QEL_SFPProvider::makeUniqueTAG(const char* portName, const api_sfp_t& sfp
 }
 
 CIMInstance QEL_SFPProvider::buildInstance(
-    CIMClass cimClass,
-    const char* portName,
-    const api_sfp_t& sfp,
-    const String& hostName)
+    CIMClass cimClass, const char* portName, const api_sfp_t& sfp, const String& hostName)
 {
     const String tag = makeUniqueTAG(portName, sfp);
     CIMInstance instance = QEL_Common::buildInstanceSkeleton(cimClass);
@@ -294,8 +291,7 @@ CIMObjectPath QEL_SFPProvider::buildObjectPath(const String& hostName, const Str
 }
 
 Array<CIMInstance> QEL_SFPProvider::_build_instances(
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::_build_instances\n");
@@ -329,12 +325,9 @@ Array<CIMObjectPath> QEL_SFPProvider::_build_ref()
 // ---------------------------------------------------------------- requests
 
 void QEL_SFPProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::getInstance\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_GET_INSTANCE);
@@ -359,12 +352,9 @@ void QEL_SFPProvider::getInstance(
 }
 
 void QEL_SFPProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::enumerateInstances\n");
     QEL_ProviderFrame::checkSession(context, SOURCE, LINE_ENUMERATE_INSTANCES);
@@ -376,8 +366,7 @@ void QEL_SFPProvider::enumerateInstances(
 }
 
 void QEL_SFPProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     log_message(QEL_TRACE_FLOW, "--> QEL_SFPProvider::enumerateInstanceNames\n");
@@ -389,29 +378,20 @@ void QEL_SFPProvider::enumerateInstanceNames(
 }
 
 void QEL_SFPProvider::modifyInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    const Boolean,
-    const CIMPropertyList&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+    const CIMPropertyList&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "modifyInstance");
 }
 
 void QEL_SFPProvider::createInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    const CIMInstance&,
-    ObjectPathResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "createInstance");
 }
 
 void QEL_SFPProvider::deleteInstance(
-    const OperationContext&,
-    const CIMObjectPath&,
-    ResponseHandler&)
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     QEL_ProviderFrame::notSupported(ClassName, "deleteInstance");
 }

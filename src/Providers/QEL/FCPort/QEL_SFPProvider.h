@@ -43,43 +43,30 @@ public:
     virtual void terminate();
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
 
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
 
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
 
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
     // The key Tag: portName, "-" and the serial number, cut at 254
@@ -89,10 +76,7 @@ public:
     // One transceiver as an instance of cimClass (QEL_SFP), with its path on
     // hostName. portName: the FC port's DeviceID text or the iSCSI name.
     static CIMInstance buildInstance(
-        CIMClass cimClass,
-        const char* portName,
-        const api_sfp_t& sfp,
-        const String& hostName);
+        CIMClass cimClass, const char* portName, const api_sfp_t& sfp, const String& hostName);
 
     // Keys CreationClassName = "QEL_SFP" and Tag, in namespace root/qel.
     static CIMObjectPath buildObjectPath(const String& hostName, const String& tag);
@@ -101,8 +85,7 @@ public:
     // like the builders, so that the module's tests and benchmarks can drive
     // them.
     Array<CIMInstance> _build_instances(
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
     Array<CIMObjectPath> _build_ref();
 

@@ -143,32 +143,25 @@ CIMParamValue QEL_InternalCacheProvider::answerIdentityMethod(const CIMName& met
 }
 
 void QEL_InternalCacheProvider::getInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _checkInstance(instanceReference);
     _deliverOne(handler, buildInstance());
 }
 
 void QEL_InternalCacheProvider::enumerateInstances(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
-    const Boolean includeQualifiers,
-    const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     _checkClass(classReference);
     _deliverOne(handler, buildInstance());
 }
 
 void QEL_InternalCacheProvider::enumerateInstanceNames(
-    const OperationContext& context,
-    const CIMObjectPath& classReference,
+    const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
     _checkClass(classReference);
@@ -176,38 +169,30 @@ void QEL_InternalCacheProvider::enumerateInstanceNames(
 }
 
 void QEL_InternalCacheProvider::modifyInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const CIMInstance& instanceObject,
-    const Boolean includeQualifiers,
-    const CIMPropertyList& propertyList,
-    ResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const CIMInstance& instanceObject, const Boolean includeQualifiers,
+    const CIMPropertyList& propertyList, ResponseHandler& handler)
 {
     _notSupported("modifyInstance");
 }
 
 void QEL_InternalCacheProvider::createInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
-    const CIMInstance& instanceObject,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const CIMInstance& instanceObject, ObjectPathResponseHandler& handler)
 {
     _notSupported("createInstance");
 }
 
 void QEL_InternalCacheProvider::deleteInstance(
-    const OperationContext& context,
-    const CIMObjectPath& instanceReference,
+    const OperationContext& context, const CIMObjectPath& instanceReference,
     ResponseHandler& handler)
 {
     _notSupported("deleteInstance");
 }
 
 void QEL_InternalCacheProvider::invokeMethod(
-    const OperationContext& context,
-    const CIMObjectPath& objectReference,
-    const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters,
+    const OperationContext& context, const CIMObjectPath& objectReference,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters,
     MethodResultResponseHandler& handler)
 {
     _checkInstance(objectReference);

@@ -27,45 +27,30 @@ public:
     virtual void terminate();
 
     virtual void getInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     virtual void enumerateInstances(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     virtual void enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMObjectPath& classReference,
+        const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
     virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        const Boolean includeQualifiers,
-        const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
     virtual void createInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
-        const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
+        const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
     virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMObjectPath& instanceReference,
+        const OperationContext& context, const CIMObjectPath& instanceReference,
         ResponseHandler& handler);
 
     virtual void invokeMethod(
-        const OperationContext& context,
-        const CIMObjectPath& objectReference,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+        const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         MethodResultResponseHandler& handler);
 
     // The one instance's path (no host, no namespace) and the instance.

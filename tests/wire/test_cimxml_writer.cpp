@@ -1,0 +1,151 @@
+// The writer's start tags are made once and then reused: every attribute they carry must
+// still follow the object written, whatever was written before on the same thread.
+#include <Server/xml/CimXmlWriter.h>
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMProperty.h>
+#include <gtest/gtest.h>
+
+using namespace Pegasus;
+using namespace qel::cimxml;
+
+namespace
+{
+
+std::string written(const CIMInstance& instance)
+{
+    std::string out;
+    writeInstance(out, instance);
+    const std::string head = "<INSTANCE CLASSNAME=\"X\">";
+    const std::string tail = "</INSTANCE>";
+    EXPECT_EQ(out.compare(0, head.size(), head), 0) << out;
+    return out.substr(head.size(), out.size() - head.size() - tail.size());
+}
+
+std::string writtenProperty(const CIMProperty& p)
+{
+    CIMInstance i("X");
+    i.addProperty(p);
+    return written(i);
+}
+
+TEST(WriterHeads, EveryAttributeFollowsTheProperty)
+{
+    // One name text shared by all the properties below, as instances share their class's.
+    const CIMName speed("Speed");
+    const CIMName origin("CIM_NetworkPort");
+    const struct
+    {
+        CIMProperty property;
+        const char* xml;
+    } cases[] = {
+        {CIMProperty(speed, CIMValue(Uint64(5))),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"uint64\"><VALUE>5</VALUE></PROPERTY>"},
+        {CIMProperty(speed, CIMValue(Uint64(5)), 0, CIMName(), origin),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"uint64\" CLASSORIGIN=\"CIM_NetworkPort\">"
+         "<VALUE>5</VALUE></PROPERTY>"},
+        {CIMProperty(speed, CIMValue(Uint64(5)), 0, CIMName(), origin, true),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"uint64\" CLASSORIGIN=\"CIM_NetworkPort\" "
+         "PROPAGATED=\"true\"><VALUE>5</VALUE></PROPERTY>"},
+        {CIMProperty(speed, CIMValue(Uint32(5))),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"uint32\"><VALUE>5</VALUE></PROPERTY>"},
+        {CIMProperty(speed, CIMValue(CIMTYPE_UINT32, false)),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"uint32\"></PROPERTY>"},
+        {CIMProperty(speed, CIMValue(Array<Uint32>(1, 7))),
+         "<PROPERTY.ARRAY NAME=\"Speed\" TYPE=\"uint32\"><VALUE.ARRAY><VALUE>7</VALUE>"
+         "</VALUE.ARRAY></PROPERTY.ARRAY>"},
+        {CIMProperty(speed, CIMValue(Array<Uint32>(2, 7)), 2),
+         "<PROPERTY.ARRAY NAME=\"Speed\" TYPE=\"uint32\" ARRAYSIZE=\"2\"><VALUE.ARRAY>"
+         "<VALUE>7</VALUE><VALUE>7</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>"},
+        {CIMProperty(speed, CIMValue(CIMObjectPath("Y.k=1")), 0, CIMName("Y")),
+         "<PROPERTY.REFERENCE NAME=\"Speed\" REFERENCECLASS=\"Y\"><VALUE.REFERENCE>"
+         "<INSTANCENAME CLASSNAME=\"Y\"><KEYBINDING NAME=\"k\"><KEYVALUE VALUETYPE=\"numeric\">1"
+         "</KEYVALUE></KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>"},
+        {CIMProperty(speed, CIMValue(CIMObjectPath("Y.k=1"))),
+         "<PROPERTY.REFERENCE NAME=\"Speed\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"Y\">"
+         "<KEYBINDING NAME=\"k\"><KEYVALUE VALUETYPE=\"numeric\">1</KEYVALUE></KEYBINDING>"
+         "</INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>"},
+        {CIMProperty(CIMName("Speed"), CIMValue(String("a<b"))),
+         "<PROPERTY NAME=\"Speed\" TYPE=\"string\"><VALUE>a&lt;b</VALUE></PROPERTY>"},
+        {CIMProperty(
+             CIMName("Sp\xc3\xa9"
+                     "ed"),
+             CIMValue(Boolean(true))),
+         "<PROPERTY NAME=\"Sp\xc3\xa9"
+         "ed\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></PROPERTY>"},
+    };
+    // Twice over: the second round finds every tag made in the first.
+    for (int round = 0; round < 2; ++round)
+    {
+        for (const auto& c : cases)
+        {
+            SCOPED_TRACE(c.xml);
+            EXPECT_EQ(writtenProperty(c.property), c.xml);
+        }
+    }
+}
+
+TEST(WriterHeads, ChangesToAPropertyShowInItsNextTag)
+{
+    CIMProperty p(CIMName("Speed"), CIMValue(Uint16(1)), 0, CIMName(), CIMName("A"), false);
+    const std::string before = writtenProperty(p);
+    EXPECT_EQ(
+        before, "<PROPERTY NAME=\"Speed\" TYPE=\"uint16\" CLASSORIGIN=\"A\"><VALUE>1</VALUE>"
+                "</PROPERTY>");
+    CIMInstance i("X");
+    i.addProperty(p);
+    CIMProperty inside = i.getProperty(0);
+    inside.setClassOrigin(CIMName("B"));
+    inside.setPropagated(true);
+    inside.setName(CIMName("SPEED"));
+    EXPECT_EQ(
+        written(i), "<PROPERTY NAME=\"SPEED\" TYPE=\"uint16\" CLASSORIGIN=\"B\" "
+                    "PROPAGATED=\"true\"><VALUE>1</VALUE></PROPERTY>");
+    inside.setClassOrigin(CIMName());
+    EXPECT_EQ(
+        written(i), "<PROPERTY NAME=\"SPEED\" TYPE=\"uint16\" PROPAGATED=\"true\">"
+                    "<VALUE>1</VALUE></PROPERTY>");
+}
+
+TEST(WriterHeads, InstancesAlikeButForOneAttributeAtOnePlace)
+{
+    // The tag written last at a place is tried first: it must still be checked.
+    CIMInstance a("X");
+    a.addProperty(CIMProperty(CIMName("Speed"), CIMValue(Uint16(1)), 0, CIMName(), CIMName("A")));
+    a.addProperty(CIMProperty(CIMName("Mode"), CIMValue(Uint16(2))));
+    CIMInstance b = a.clone();
+    b.getProperty(0).setClassOrigin(CIMName("B"));
+    CIMInstance c = a.clone();
+    c.removeProperty(0);
+    const std::string mode = "<PROPERTY NAME=\"Mode\" TYPE=\"uint16\"><VALUE>2</VALUE></PROPERTY>";
+    for (int round = 0; round < 2; ++round)
+    {
+        EXPECT_EQ(
+            written(a), "<PROPERTY NAME=\"Speed\" TYPE=\"uint16\" CLASSORIGIN=\"A\">"
+                        "<VALUE>1</VALUE></PROPERTY>" +
+                            mode);
+        EXPECT_EQ(
+            written(b), "<PROPERTY NAME=\"Speed\" TYPE=\"uint16\" CLASSORIGIN=\"B\">"
+                        "<VALUE>1</VALUE></PROPERTY>" +
+                            mode);
+        EXPECT_EQ(written(c), mode);
+    }
+}
+
+TEST(WriterHeads, KeyBindingsOfEachKind)
+{
+    const CIMObjectPath path("X.b=TRUE,n=-5,r=\"Y.k=\\\"v\\\"\",s=\"a&b\"");
+    std::string out;
+    writeInstanceName(out, path);
+    EXPECT_EQ(
+        out, "<INSTANCENAME CLASSNAME=\"X\">"
+             "<KEYBINDING NAME=\"b\"><KEYVALUE VALUETYPE=\"boolean\">TRUE</KEYVALUE></KEYBINDING>"
+             "<KEYBINDING NAME=\"n\"><KEYVALUE VALUETYPE=\"numeric\">-5</KEYVALUE></KEYBINDING>"
+             "<KEYBINDING NAME=\"r\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"Y\"><KEYBINDING "
+             "NAME=\"k\"><KEYVALUE VALUETYPE=\"string\">v</KEYVALUE></KEYBINDING></INSTANCENAME>"
+             "</VALUE.REFERENCE></KEYBINDING>"
+             "<KEYBINDING NAME=\"s\"><KEYVALUE VALUETYPE=\"string\">a&amp;b</KEYVALUE></KEYBINDING>"
+             "</INSTANCENAME>");
+}
+
+}  // namespace
