@@ -5,11 +5,14 @@
 # array, VmRSS idle, VmRSS and VmHWM (peak) after each load, in MiB, and the server's CPU
 # time per enumeration (user + system, from /proc, over the 1-client requests) and per port.
 # Then, on the 10,000-port array, the time to the first byte and to the last of one
-# enumeration; and on a 1,000-port array the 16-client mixed load (EnumerateInstances and
-# EnumerateInstanceNames, 150 requests per client): VmRSS idle, and 10 s after the load.
+# enumeration, without and with TE: trailers; and on a 1,000-port array the 16-client
+# mixed load (EnumerateInstances and EnumerateInstanceNames, 150 requests per client):
+# VmRSS idle, and 10 s after the load.
 #
 #   bench/wire/server_memory.sh build/release-bench [requests per client]
 #   PORTS="1000" bench/wire/server_memory.sh ...   (only these arrays before the mixed load)
+#   SERVER_PRELOAD=/usr/lib/x86_64-linux-gnu/libjemalloc.so.2 ...   (another allocator, for the
+#                                                       server only)
 #
 # Needs curl. The server listens on loopback only, on a free port, with no local socket.
 set -eu
@@ -60,7 +63,7 @@ enumerate() {
 
 start_server() { # start_server <ports>
   QELSIM_STATE=none "$build/src/qelapi/qelsim" generate --ports "$1" --out "$work/array.json" >/dev/null
-  QELSIM_STATE=none "$build/src/Server/main/qel-cimserver" --port 0 --socket none --array "$work/array.json" \
+  QELSIM_STATE=none env ${SERVER_PRELOAD:+LD_PRELOAD=$SERVER_PRELOAD} "$build/src/Server/main/qel-cimserver" --port 0 --socket none --array "$work/array.json" \
     --password-file "$work/passwd" --log-level error >"$work/server.log" 2>&1 &
   server_pid=$!
   port=
@@ -98,10 +101,14 @@ for ports in ${PORTS:-100 1000 10000}; do
   printf '%-7s %10s %14s %14s %14s %14s %12s %12s\n' "$ports" "$idle" "$rss1" "$hwm1" "$rss8" "$hwm8" "$cpu" "$perport"
   if [ "$ports" = 10000 ]; then
     times=$(post EnumerateInstances -o /dev/null -w '%{time_starttransfer} %{time_total}')
+    times_te=$(post EnumerateInstances -H 'TE: trailers' -o /dev/null -w '%{time_starttransfer} %{time_total}')
   fi
   stop_server
 done
-[ -z "${times:-}" ] || echo "10,000-port EnumerateInstances: first byte, last byte (s): $times"
+if [ -n "${times:-}" ]; then
+  echo "10,000-port EnumerateInstances: first byte, last byte (s): $times"
+  echo "  the same with TE: trailers (chunks begin after 64 KiB): $times_te"
+fi
 
 start_server 1000
 idle=$(mib VmRSS)

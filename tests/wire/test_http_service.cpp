@@ -6,11 +6,13 @@
 #include <Server/auth/PasswordHash.h>
 
 #include <Server/core/ServerLog.h>
+#include <Server/http/HeapTrimmer.h>
 
 #include <gtest/gtest.h>
 
 #include <mutex>
 #include <thread>
+#include <vector>
 
 using namespace qel::http;
 using namespace wiretest;
@@ -316,6 +318,54 @@ TEST(LoginThrottling, GuessesWaitTheirTurnRememberedUsersDoNotAndNoWorkerIsTaken
     EXPECT_EQ(headerOf(attempt("alice", "guess"), "Retry-After"), "2");
     // Six failures of alice verified, all from 127.0.0.1: one burst, one line.
     EXPECT_EQ(log.count("for user \"alice\""), 1u);
+}
+
+// Freed memory goes back to the system after a large answer at once, and after smaller
+// ones once they add up and nothing is in flight; never for each small answer.
+TEST(HeapTrimmer, TrimsAfterALargeAnswerOrAtTheEndOfABurst)
+{
+    const size_t dirty = 1000;
+    struct Step
+    {
+        char what;  // 'b' a request began, 'e' one ended with `bytes`
+        size_t bytes;
+        int trimsAfter;
+    };
+    struct Case
+    {
+        const char* name;
+        std::vector<Step> steps;
+    };
+    const Case cases[] = {
+        {"small answers one at a time: at the answer that makes the threshold",
+         {{'b', 0, 0},
+          {'e', 600, 0},
+          {'b', 0, 0},
+          {'e', 399, 0},
+          {'b', 0, 0},
+          {'e', 1, 1},
+          {'b', 0, 1},
+          {'e', 999, 1}}},
+        {"a large answer while another is in flight: at once",
+         {{'b', 0, 0}, {'b', 0, 0}, {'e', 1000, 1}, {'e', 0, 1}}},
+        {"small answers adding up under load: when the last request ends",
+         {{'b', 0, 0}, {'b', 0, 0}, {'e', 700, 0}, {'b', 0, 0}, {'e', 700, 0}, {'e', 10, 1}}},
+        {"a refused request answers nothing", {{'b', 0, 0}, {'e', 0, 0}}},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        int trims = 0;
+        HeapTrimmer heap([&] { ++trims; }, dirty);
+        for (const Step& s : c.steps)
+        {
+            if (s.what == 'b')
+                heap.began();
+            else
+                heap.ended(s.bytes);
+            EXPECT_EQ(trims, s.trimsAfter);
+        }
+    }
 }
 
 }  // namespace

@@ -229,6 +229,11 @@ TEST(StreamedHttp, AFailureAfterTheFirstChunkIsReportedAsTheClientCanTakeIt)
     const Case cases[] = {
         // Trailers: the last chunk carries the error.
         {"ManyThenFail", "TE: trailers\r\n", "\r\n0\r\nCIMStatusCode: 1\r\n", nullptr, false},
+        // "trailers" in any case among other codings.
+        {"ManyThenFail", "TE: deflate;q=0.5, Trailers\r\n", "\r\n0\r\nCIMStatusCode: 1\r\n",
+         nullptr, false},
+        // A coding that merely contains the word is not it.
+        {"ManyThenFail", "TE: x-trailers\r\n", "Transfer-Encoding: chunked", "\r\n0\r\n", false},
         // No trailers, past the buffer: the body ends without its last chunk.
         {"ManyThenFail", "", "Transfer-Encoding: chunked", "\r\n0\r\n", false},
         // No trailers, within the buffer: an ordinary error response.

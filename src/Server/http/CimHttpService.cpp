@@ -11,8 +11,8 @@
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
-#include <malloc.h>
-#include <strings.h>
+#include <boost/beast/http/rfc7230.hpp>
+
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -32,9 +32,6 @@ std::string localHostName()
     return buf;
 }
 
-// Answers at least this large give their freed memory back to the system.
-constexpr size_t kTrimAfterBytes = 1024 * 1024;
-
 // An answer is handed on in pieces of about this size (each ends with an object).
 constexpr size_t kPieceBytes = 16 * 1024;
 
@@ -43,24 +40,7 @@ constexpr size_t kPieceBytes = 16 * 1024;
 bool acceptsTrailers(const HttpRequest& request)
 {
     const std::string te = request.header("TE");
-    size_t at = 0;
-    while (at <= te.size())
-    {
-        size_t end = te.find(',', at);
-        if (end == std::string::npos)
-            end = te.size();
-        std::string item = te.substr(at, end - at);
-        const size_t semi = item.find(';');
-        if (semi != std::string::npos)
-            item.resize(semi);
-        size_t b = item.find_first_not_of(" \t");
-        size_t e = item.find_last_not_of(" \t");
-        if (b != std::string::npos &&
-            strcasecmp(item.substr(b, e - b + 1).c_str(), "trailers") == 0)
-            return true;
-        at = end + 1;
-    }
-    return false;
+    return boost::beast::http::ext_list(te).exists("trailers");
 }
 
 // The user name an attempt is counted under: the one in the credentials, or "" (never a
@@ -118,19 +98,18 @@ void CimHttpService::handle(
             response = HttpResponse::text(500, "internal server error");
         }
         describeOutcome(access, response, result, std::chrono::steady_clock::now());
-        const bool large = response.stream || response.body.size() >= kTrimAfterBytes;
+        const size_t answered =
+            response.stream ? response.stream->encodedBytes() : response.body.size();
         if (!response.stream)  // else its head went out when the answer began
             done(std::move(response));
-        // A large answer's objects were spread over the worker's heap; the allocator keeps
-        // such freed memory resident unless told, and after a burst of them the server
-        // would stay many times its idle size.
-        if (large)
-            ::malloc_trim(0);
+        _heap.ended(answered);
         writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
+    _heap.began();
     if (!workers(job))
     {
+        _heap.ended(0);
         HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
         busy.close = true;
         describeOutcome(access, busy, cimxml::CimResponse(), std::chrono::steady_clock::now());

@@ -12,6 +12,7 @@
 #define QEL_SERVER_HTTP_CIMHTTPSERVICE_H
 
 #include "AccessLog.h"
+#include "HeapTrimmer.h"
 #include "HttpServer.h"
 #include "OperationExecutor.h"
 #include "ResponseBodyStream.h"
@@ -85,6 +86,7 @@ private:
     OperationExecutor& _executor;
     Submit _tcpWorkers;
     Submit _localWorkers;
+    HeapTrimmer _heap;
 };
 
 }  // namespace http

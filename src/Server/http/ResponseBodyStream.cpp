@@ -52,6 +52,7 @@ void ResponseBodyStream::write(std::string&& piece)
     std::unique_lock<std::mutex> lock(_mutex);
     if (_abandoned)
         throw CIMException(CIM_ERR_FAILED, "the client stopped taking the answer");
+    _encoded += piece.size();
     _queued += piece.size();
     _queue.push_back(std::move(piece));
     if (!_started)
@@ -73,8 +74,10 @@ void ResponseBodyStream::write(std::string&& piece)
     while (_queued > resume && !_abandoned)
     {
         const uint64_t progress = _progress;
-        _drained.wait_for(lock, _limits.writeTimeout);
-        if (_progress == progress && _queued > resume && !_abandoned)
+        const bool moved = _drained.wait_for(
+            lock, _limits.writeTimeout,
+            [&] { return _progress != progress || _queued <= resume || _abandoned; });
+        if (!moved)
         {
             _abandoned = true;
             notifyLocked(lock);  // the connection closes
@@ -84,11 +87,18 @@ void ResponseBodyStream::write(std::string&& piece)
         throw CIMException(CIM_ERR_FAILED, "the client stopped taking the answer");
 }
 
+size_t ResponseBodyStream::encodedBytes() const
+{
+    std::lock_guard<std::mutex> lock(_mutex);
+    return _encoded;
+}
+
 void ResponseBodyStream::finish(std::string&& piece)
 {
     std::unique_lock<std::mutex> lock(_mutex);
     _ended = true;
     _complete = true;
+    _encoded += piece.size();
     if (!_started)
     {
         for (std::string& p : _queue)

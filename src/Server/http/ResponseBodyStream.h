@@ -75,6 +75,8 @@ public:
     // wholeBody().
     bool started() const;
     std::string& wholeBody() { return _whole; }
+    // The bytes of the document the worker handed on so far.
+    size_t encodedBytes() const;
 
     // Consumer (the connection). `ready` is called once, from whichever thread, when a piece
     // or the end can be taken with take(); the consumer then calls take() and, once that
@@ -106,6 +108,7 @@ private:
 
     std::deque<std::string> _queue;
     size_t _queued = 0;      // bytes queued or being written
+    size_t _encoded = 0;     // bytes handed on by the worker
     uint64_t _progress = 0;  // counts written() calls: the client is reading
     bool _started = false;
     bool _ended = false;
