@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -320,51 +322,77 @@ TEST(LoginThrottling, GuessesWaitTheirTurnRememberedUsersDoNotAndNoWorkerIsTaken
     EXPECT_EQ(log.count("for user \"alice\""), 1u);
 }
 
-// Freed memory goes back to the system after a large answer at once, and after smaller
-// ones once they add up and nothing is in flight; never for each small answer.
-TEST(HeapTrimmer, TrimsAfterALargeAnswerOrAtTheEndOfABurst)
+// Clients that log in at once with the same right password (a management application
+// opening its connections) are one attempt, not a burst of guesses to throttle.
+TEST(LoginThrottling, ClientsLoggingInTogetherWithOnePasswordAreAllLetIn)
 {
+    FrontEnd fe(HttpServerOptions(), 2);
+    const HttpRequest r = CimHttpServiceTest::goodRequestFor(basicAuth("alice", "wonderland"));
+    const int clients = 12;  // more than the free attempts
+    std::vector<int> status(clients);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < clients; ++i)
+        threads.emplace_back(
+            [&, i]
+            {
+                ConnectionInfo c;
+                c.clientAddress = "127.0.0.1";
+                status[i] = fe.service->process(r, c).status;
+            });
+    for (std::thread& t : threads)
+        t.join();
+    EXPECT_EQ(std::count(status.begin(), status.end(), 200), clients);
+}
+
+// Freed memory goes back to the system once enough was answered and nothing is in flight
+// for the quiet period; never while a request runs, and not for a few small answers.
+TEST(HeapTrimmer, TrimsOnceTheServerIsQuietAfterEnoughWasAnswered)
+{
+    using std::chrono::hours;
+    using std::chrono::milliseconds;
     const size_t dirty = 1000;
-    struct Step
-    {
-        char what;  // 'b' a request began, 'e' one ended with `bytes`
-        size_t bytes;
-        int trimsAfter;
-    };
     struct Case
     {
         const char* name;
-        std::vector<Step> steps;
+        milliseconds quiet;
+        std::vector<long> steps;  // -1: a request begins; n >= 0: one ends, answering n bytes
+        int trims;                // once the trimmer has stopped
     };
     const Case cases[] = {
-        {"small answers one at a time: at the answer that makes the threshold",
-         {{'b', 0, 0},
-          {'e', 600, 0},
-          {'b', 0, 0},
-          {'e', 399, 0},
-          {'b', 0, 0},
-          {'e', 1, 1},
-          {'b', 0, 1},
-          {'e', 999, 1}}},
-        {"a large answer while another is in flight: at once",
-         {{'b', 0, 0}, {'b', 0, 0}, {'e', 1000, 1}, {'e', 0, 1}}},
-        {"small answers adding up under load: when the last request ends",
-         {{'b', 0, 0}, {'b', 0, 0}, {'e', 700, 0}, {'b', 0, 0}, {'e', 700, 0}, {'e', 10, 1}}},
-        {"a refused request answers nothing", {{'b', 0, 0}, {'e', 0, 0}}},
+        {"below the threshold", milliseconds(0), {-1, 600, -1, 399}, 0},
+        {"still in flight", milliseconds(0), {-1, -1, 5000}, 0},
+        {"a request begun within the quiet period", hours(1), {-1, 1000, -1}, 0},
+        {"quiet after enough answers, once", milliseconds(0), {-1, 600, -1, 400}, 1},
     };
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.name);
+        std::mutex m;
+        std::condition_variable trimmed;
         int trims = 0;
-        HeapTrimmer heap([&] { ++trims; }, dirty);
-        for (const Step& s : c.steps)
         {
-            if (s.what == 'b')
-                heap.began();
-            else
-                heap.ended(s.bytes);
-            EXPECT_EQ(trims, s.trimsAfter);
+            HeapTrimmer heap(
+                [&]
+                {
+                    std::lock_guard<std::mutex> g(m);
+                    ++trims;
+                    trimmed.notify_all();
+                },
+                c.quiet, dirty);
+            for (long s : c.steps)
+            {
+                if (s < 0)
+                    heap.began();
+                else
+                    heap.ended(static_cast<size_t>(s));
+            }
+            if (c.trims > 0)
+            {
+                std::unique_lock<std::mutex> lock(m);
+                trimmed.wait_for(lock, std::chrono::seconds(30), [&] { return trims > 0; });
+            }
         }
+        EXPECT_EQ(trims, c.trims);
     }
 }
 

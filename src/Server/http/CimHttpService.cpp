@@ -199,9 +199,11 @@ bool CimHttpService::authenticate(
             who.user = connection.verifiedUser;
             return true;
         }
-        // A guess is anything but a pair verified shortly before; guesses are throttled.
+        // A guess is anything but a pair verified shortly before (or just now, for clients
+        // that came together with it); guesses are throttled.
         const std::string user = throttleName(authorization);
-        const bool guess = !_authenticator.remembers(authorization);
+        std::shared_ptr<void> turn;  // held till the verification below is over
+        const bool guess = !_authenticator.remembersOrTakesTurn(authorization, turn);
         if (guess)
         {
             if (const unsigned wait = _throttle.admit(user, connection.clientAddress))
