@@ -1,19 +1,22 @@
-// When the server gives the heap's freed memory back to the system. glibc keeps what a
-// request freed in the arena of the thread that freed it; after a burst of large answers
-// spread over the workers' arenas the server would stay many times its idle size. Trimming
-// (malloc_trim) after every request would cost small requests more than they cost, so the
-// heap is trimmed once at least `dirtyBytes` of answers went out since the last trim, and
-// then either at once (the answer was that large itself) or when the last request in
-// flight ends (a burst of smaller ones is over).
+// Gives the heap's freed memory back to the system once the server is quiet. glibc keeps
+// what a request freed in the arena of the thread that freed it; after a burst of large
+// answers spread over the workers' arenas the server would stay many times its idle size.
+// Trimming (malloc_trim) between requests would cost each of them the page faults of
+// touching that memory again, so the heap is trimmed only when nothing has been in flight
+// for `quiet` and at least `dirtyBytes` of answers went out since the last trim.
 //
-// Thread safety: began() and ended() may be called from any thread; the trim runs on the
-// thread whose ended() decided it, outside the lock.
+// Thread safety: began() and ended() may be called from any thread. The trim runs on the
+// trimmer's own thread.
 #ifndef QEL_SERVER_HTTP_HEAPTRIMMER_H
 #define QEL_SERVER_HTTP_HEAPTRIMMER_H
 
+#include <chrono>
+#include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <mutex>
+#include <thread>
 
 namespace qel
 {
@@ -24,21 +27,35 @@ class HeapTrimmer
 {
 public:
     using Trim = std::function<void()>;
+    static constexpr std::chrono::milliseconds kQuiet{1000};
     static constexpr size_t kDirtyBytes = 1024 * 1024;
 
     // `trim` gives the memory back (malloc_trim by default; tests count the calls).
-    explicit HeapTrimmer(Trim trim = nullptr, size_t dirtyBytes = kDirtyBytes);
+    explicit HeapTrimmer(
+        Trim trim = nullptr, std::chrono::milliseconds quiet = kQuiet,
+        size_t dirtyBytes = kDirtyBytes);
+    ~HeapTrimmer();  // stops the thread; a trim under way is finished first
+
+    HeapTrimmer(const HeapTrimmer&) = delete;
+    HeapTrimmer& operator=(const HeapTrimmer&) = delete;
 
     void began();
-    // The request that began has ended with an answer of `answerBytes`.
+    // A request that began has ended with an answer of `answerBytes`.
     void ended(size_t answerBytes);
 
 private:
+    void run();
+
     const Trim _trim;
+    const std::chrono::milliseconds _quiet;
     const size_t _dirtyBytes;
     std::mutex _mutex;
+    std::condition_variable _changed;
     size_t _inFlight = 0;  // REQUIRES: _mutex held
     size_t _answered = 0;  // bytes answered since the last trim; REQUIRES: _mutex held
+    uint64_t _begun = 0;   // requests begun so far: one restarts the quiet; REQUIRES: _mutex held
+    bool _stop = false;    // REQUIRES: _mutex held
+    std::thread _thread;   // last: starts once the rest is made
 };
 
 }  // namespace http
