@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <atomic>
 #include <cstdio>
+#include <memory>
 #include <net/if.h>
 #include <unistd.h>
 
@@ -438,39 +439,25 @@ void CIMObjectPath::set(
     const Array<CIMKeyBinding>& keyBindings)
 {
     _checkHost(host);
-    CIMObjectPathRep* rep = new CIMObjectPathRep();
-    try
-    {
-        rep->host = host;
-        rep->nameSpace = nameSpace;
-        rep->className = className;
-        rep->keyBindings = keyBindings;
-        _normaliseReferences(rep->keyBindings);
-        _sortKeys(rep->keyBindings);
-    }
-    catch (...)
-    {
-        delete rep;
-        throw;
-    }
+    std::unique_ptr<CIMObjectPathRep> rep(new CIMObjectPathRep());
+    rep->host = host;
+    rep->nameSpace = nameSpace;
+    rep->className = className;
+    rep->keyBindings = keyBindings;
+    _normaliseReferences(rep->keyBindings);
+    _sortKeys(rep->keyBindings);
     _unref(_rep);
-    _rep = rep;
+    _rep = rep.release();
 }
 
 void CIMObjectPath::set(const String& objectName)
 {
-    CIMObjectPathRep* rep = new CIMObjectPathRep();
-    try
-    {
-        PathParser(objectName).parse(*rep);
-    }
-    catch (...)
-    {
-        delete rep;
-        throw;
-    }
+    // Texts that are not paths are common (callers try key values as references), so a
+    // refusal passes through here as a cleanup, not a catch and a second throw.
+    std::unique_ptr<CIMObjectPathRep> rep(new CIMObjectPathRep());
+    PathParser(objectName).parse(*rep);
     _unref(_rep);
-    _rep = rep;
+    _rep = rep.release();
 }
 
 const String& CIMObjectPath::getHost() const

@@ -7,6 +7,10 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <string>
 #include <vector>
 
@@ -141,6 +145,32 @@ size_t _encodeUtf8(char* out, const Char16* s, Uint32 n)
     return k;
 }
 
+// Widens the leading bytes of str below 0x80 into out (room for n units) and returns their
+// count; sixteen at a time where the processor allows.
+size_t _widenAscii(Char16* out, const char* str, size_t n)
+{
+    size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 16 <= n; i += 16)
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(str + i));
+        if (_mm_movemask_epi8(bytes) != 0)
+            break;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(bytes, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(bytes, zero));
+    }
+#endif
+    for (; i < n; ++i)
+    {
+        const unsigned char c = static_cast<unsigned char>(str[i]);
+        if (c & 0x80)
+            break;
+        out[i] = Char16(c);
+    }
+    return i;
+}
+
 }  // namespace
 
 CString String::getCString() const
@@ -158,15 +188,10 @@ void String::_appendUtf8(const char* str, size_t n)
         return;
     if (n >= 0xFFFFFFFFu - _rep->size)
         throw std::bad_alloc();
-    size_t ascii = 0;
-    while (ascii < n && !(static_cast<unsigned char>(str[ascii]) & 0x80))
-        ++ascii;
-    if (ascii == n)
+    // Plain ASCII is widened in place; any other text is decoded from its start below.
+    _reserve(_rep->size + Uint32(n));
+    if (_widenAscii(_rep->data() + _rep->size, str, n) == n)
     {
-        _reserve(_rep->size + Uint32(n));
-        Char16* d = _rep->data() + _rep->size;
-        for (size_t i = 0; i < n; ++i)
-            d[i] = Char16(static_cast<unsigned char>(str[i]));
         _rep->size += Uint32(n);
         _rep->data()[_rep->size] = 0;
         return;
