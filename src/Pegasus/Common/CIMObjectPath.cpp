@@ -58,23 +58,40 @@ inline void _unref(CIMObjectPathRep* rep)
         delete rep;
 }
 
-[[noreturn]] void _throwMalformed(const String& text, const char* reason)
-{
-    String message(text);
-    message.append(", reason:\"");
-    message.append(reason);
-    message.append("\"");
-    throw MalformedObjectNameException(message);
-}
-
-[[noreturn]] void _throwMalformed(const String& text, const char* reason, const String& detail)
+// The refusal, made apart from its throw: the message is gone before the exception flies,
+// so the throwing frame has nothing to clean up (unwinding stops at every frame that has).
+MalformedObjectNameException
+_malformed(const String& text, const char* reason, const String& detail)
 {
     String message(text);
     message.append(", reason:\"");
     message.append(reason);
     message.append(detail);
     message.append("\"");
-    throw MalformedObjectNameException(message);
+    return MalformedObjectNameException(message);
+}
+
+[[noreturn]] void _throwMalformed(const String& text, const char* reason, const String& detail)
+{
+    throw _malformed(text, reason, detail);
+}
+
+[[noreturn]] void _throwMalformed(const String& text, const char* reason)
+{
+    throw _malformed(text, reason, String::EMPTY);
+}
+
+MalformedObjectNameException _classNameRefusal(const String& text, const Char16* name, Uint32 n)
+{
+    String detail(name, n);
+    detail.append(" not a legal CIM name");
+    return _malformed(text, "class name ", detail);
+}
+
+// For a class name of n units at name, within text.
+[[noreturn]] void _throwClassNameRefusal(const String& text, const Char16* name, Uint32 n)
+{
+    throw _classNameRefusal(text, name, n);
 }
 
 void _checkHost(const String& host)
@@ -182,6 +199,20 @@ public:
     {
     }
 
+    // Texts that are not paths are common (callers try key values as references) and most
+    // are refused for their class name. When nothing before it can be refused (no host, no
+    // namespace), that refusal is thrown here, before anything is made that unwinding would
+    // have to clean up; parse() would throw the same.
+    void refuseClassNameAtOnce() const
+    {
+        if ((_n >= 2 && _p[0] == '/' && _p[1] == '/') || _findFrom(0, ':') != PEG_NOT_FOUND)
+            return;
+        const Uint32 dot = _findFrom(0, '.');
+        const Uint32 end = dot == PEG_NOT_FOUND ? _n : dot;
+        if (!CIMName::legal(_slice(0, end)))
+            _throwClassNameRefusal(_text, _p, end);
+    }
+
     void parse(CIMObjectPathRep& rep)
     {
         bool gotHost = _host(rep.host);
@@ -191,9 +222,7 @@ public:
         Uint32 dot = _findFrom(_i, '.');
         String className = _slice(_i, dot == PEG_NOT_FOUND ? _n : dot);
         if (!CIMName::legal(className))
-        {
-            _throwMalformed(_text, "class name ", className + String(" not a legal CIM name"));
-        }
+            _throwClassNameRefusal(_text, className.getChar16Data(), className.size());
         rep.className = CIMName(className);
         if (dot == PEG_NOT_FOUND)
             return;
@@ -203,7 +232,7 @@ public:
     }
 
 private:
-    [[noreturn]] void _fail(const char* reason) { _throwMalformed(_text, reason); }
+    [[noreturn]] void _fail(const char* reason) const { _throwMalformed(_text, reason); }
 
     Uint32 _findFrom(Uint32 from, char c) const
     {
@@ -363,6 +392,16 @@ private:
     Uint32 _n;
     Uint32 _i;
 };
+
+// A new rep read from a path's text; throws MalformedObjectNameException, leaving nothing.
+CIMObjectPathRep* _parsedRep(const String& objectName)
+{
+    PathParser parser(objectName);
+    parser.refuseClassNameAtOnce();
+    std::unique_ptr<CIMObjectPathRep> rep(new CIMObjectPathRep());
+    parser.parse(*rep);
+    return rep.release();
+}
 }  // namespace
 
 //
@@ -385,9 +424,8 @@ CIMObjectPath::CIMObjectPath(CIMObjectPath&& x) noexcept : _rep(x._rep)
     _ref(x._rep);
 }
 
-CIMObjectPath::CIMObjectPath(const String& objectName) : CIMObjectPath()
+CIMObjectPath::CIMObjectPath(const String& objectName) : _rep(_parsedRep(objectName))
 {
-    set(objectName);
 }
 
 CIMObjectPath::CIMObjectPath(
@@ -452,12 +490,9 @@ void CIMObjectPath::set(
 
 void CIMObjectPath::set(const String& objectName)
 {
-    // Texts that are not paths are common (callers try key values as references), so a
-    // refusal passes through here as a cleanup, not a catch and a second throw.
-    std::unique_ptr<CIMObjectPathRep> rep(new CIMObjectPathRep());
-    PathParser(objectName).parse(*rep);
+    CIMObjectPathRep* rep = _parsedRep(objectName);
     _unref(_rep);
-    _rep = rep.release();
+    _rep = rep;
 }
 
 const String& CIMObjectPath::getHost() const
