@@ -7,12 +7,12 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string>
+#include <vector>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
-#include <string>
-#include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
