@@ -394,7 +394,8 @@ private:
 };
 
 // A new rep read from a path's text; throws MalformedObjectNameException, leaving nothing.
-CIMObjectPathRep* _parsedRep(const String& objectName)
+// Made part of its two callers: a refusal's unwinding has one frame fewer to cross.
+__attribute__((always_inline)) inline CIMObjectPathRep* _parsedRep(const String& objectName)
 {
     PathParser parser(objectName);
     parser.refuseClassNameAtOnce();
