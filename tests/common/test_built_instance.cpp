@@ -1,11 +1,12 @@
-// Instances built from a class keep their properties together (one block, uncounted handles
-// in the instance, a name index shared with the class). Every handle behaves as a handle on
+// Instances built from a class, and clones of classes and instances, keep their properties
+// together (one block, uncounted handles in the object, a name index shared with the source). Every handle behaves as a handle on
 // a property of its own: it outlives the instance, sees and makes changes, and the result
 // filter never changes what a handle sees.
 #include "test_runtime_support.h"
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/ResultFilter.h>
 #include <gtest/gtest.h>
 
@@ -152,6 +153,44 @@ TEST(BuiltInstance, ClonesAndSharedPropertiesAreKeptApart)
     other.getProperty(0).setValue(CIMValue(Uint16(8)));
     other.getProperty(0).getValue().get(v);
     EXPECT_EQ(v, 8);
+}
+
+TEST(BuiltInstance, ClonedClassesAreIndependentAndTheirHandlesOutliveThem)
+{
+    // Cloned once and again, at sizes with and without an index (16).
+    for (Uint32 n : {1u, 15u, 16u, 17u, 65u})
+    {
+        SCOPED_TRACE(n);
+        CIMClass original = classOf(n);
+        original.getProperty(0).addQualifier(CIMQualifier(CIMName("Key"), CIMValue(true)));
+        CIMProperty kept;
+        {
+            CIMClass clone = original.clone();
+            CIMClass second = clone.clone();
+            kept = clone.getProperty(n - 1);
+            clone.getProperty(0).setValue(CIMValue(Uint16(7)));
+            clone.getProperty(0).removeQualifier(0);
+            second.removeProperty(0);
+            EXPECT_EQ(second.getPropertyCount(), n - 1);
+            EXPECT_EQ(clone.getPropertyCount(), n);
+            EXPECT_TRUE(original.getProperty(0).getValue().isNull());
+            EXPECT_EQ(original.getProperty(0).getQualifierCount(), 1u);
+            if (n > 1)
+            {
+                EXPECT_EQ(
+                    second.findProperty(CIMName(("P" + std::to_string(n - 1)).c_str())), n - 2);
+            }
+            const CIMInstance built = clone.buildInstance(true, true, CIMPropertyList());
+            Uint16 v = 0;
+            built.getProperty(0).getValue().get(v);
+            EXPECT_EQ(v, 7);
+            EXPECT_EQ(built.getProperty(0).getQualifierCount(), 0u);
+        }
+        // The clone is gone; its property lives on, and changes only itself.
+        kept.setValue(CIMValue(Uint16(9)));
+        EXPECT_EQ(str(kept.getName().getString()), "P" + std::to_string(n - 1));
+        EXPECT_TRUE(original.getProperty(n - 1).getValue().isNull());
+    }
 }
 
 }  // namespace

@@ -116,6 +116,12 @@ TEST(ObjectPathParse, MalformedTextsNameTheReason)
         {"root/my-ns:X", "invalid namespace name"},
         {"", "class name  not a legal CIM name"},
         {"1X.k=1", "class name 1X not a legal CIM name"},
+        {"2000000100000001", "class name 2000000100000001 not a legal CIM name"},
+        {".k=1", "class name  not a legal CIM name"},
+        // A ':' or a host before the class name: refused only once they were read.
+        {"1X.k=\"a:b\"", "class name 1X not a legal CIM name"},
+        {"root/x:1X.k=1", "class name 1X not a legal CIM name"},
+        {"//h/root:1X", "class name 1X not a legal CIM name"},
         {"root:", "class name  not a legal CIM name"},
         {"X.k", "invalid key-value pair, missing equal sign"},
         {"X.k=\"a\", j=\"b\"", "invalid key-value pair, invalid key name: j"},
@@ -145,6 +151,7 @@ TEST(ObjectPathParse, MalformedTextsNameTheReason)
 
     CIMObjectPath p("A.k=1");
     EXPECT_THROW(p.set("A.k=bad"), MalformedObjectNameException);
+    EXPECT_THROW(p.set("1X"), MalformedObjectNameException);
     EXPECT_THROW(p = String("//h"), MalformedObjectNameException);
     EXPECT_EQ(text(p), "A.k=1");
     CIMObjectPath b(p);  // copies are independent

@@ -118,3 +118,29 @@ TEST(StringSharing, CopiesAreIndependent)
     self.append(self.getChar16Data() + 1, 2);
     EXPECT_EQ(self, "xyxyyx");
 }
+
+TEST(StringUtf8, NonAsciiByteAtEveryPlaceAroundSixteen)
+{
+    // Leading ASCII is found sixteen bytes at a time: a multi-byte character or a bad byte
+    // at any place of texts around that width must still be decoded or refused.
+    for (size_t length : {1u, 15u, 16u, 17u, 31u, 32u, 33u})
+    {
+        for (size_t at = 0; at < length; ++at)
+        {
+            SCOPED_TRACE(testing::Message() << "length " << length << " at " << at);
+            std::string text(length, 'a');
+            text.replace(at, 1, "\xC3\xA9");
+            const String s(text.c_str());
+            EXPECT_EQ(s.size(), length);
+            EXPECT_EQ(Uint16(s[Uint32(at)]), 0xE9);
+            EXPECT_EQ(str(s), text);
+
+            std::string bad(length, 'a');
+            bad[at] = '\xFF';
+            const std::string message = thrownMessage<Exception>([&] { String b(bad.c_str()); });
+            const std::string head =
+                "The byte sequence starting at index " + std::to_string(at) + " is not valid";
+            EXPECT_EQ(message.compare(0, head.size(), head), 0) << message;
+        }
+    }
+}

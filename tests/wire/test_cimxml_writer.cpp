@@ -1,10 +1,16 @@
 // The writer's start tags are made once and then reused: every attribute they carry must
-// still follow the object written, whatever was written before on the same thread.
+// still follow the object written, whatever was written before on the same thread. Texts are
+// written straight from their UTF-16 units, plain runs several at a time: the bytes must be
+// those of the string's UTF-8 form, escaped.
 #include <Server/xml/CimXmlWriter.h>
+#include <Server/xml/XmlText.h>
 
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
 
 using namespace Pegasus;
 using namespace qel::cimxml;
@@ -146,6 +152,75 @@ TEST(WriterHeads, KeyBindingsOfEachKind)
              "</VALUE.REFERENCE></KEYBINDING>"
              "<KEYBINDING NAME=\"s\"><KEYVALUE VALUETYPE=\"string\">a&amp;b</KEYVALUE></KEYBINDING>"
              "</INSTANCENAME>");
+}
+
+}  // namespace
+
+namespace
+{
+
+// The reference: the bytes getCString() gives (up to the first NUL), escaped byte by byte.
+std::string escapedBytes(const String& text)
+{
+    const CString bytes = text.getCString();
+    std::string out;
+    appendEscaped(out, bytes, std::strlen(bytes));
+    return out;
+}
+
+TEST(WriterText, OneOddUnitAtEveryPlaceOfRunsAroundEightUnits)
+{
+    // Runs of plain ASCII are written several units at a time: an odd unit anywhere in a run
+    // of any length around that width must come out as the unit-by-unit path writes it.
+    const std::vector<std::vector<Uint16>> odd = {
+        {'&'},    {'<'},    {'>'},    {'"'},    {'\''},           {'\t'},   {'\n'},
+        {0x01},   {0x1F},   {0x7F},   {0x80},   {0xE9},           {0xFF},   {0x100},
+        {0x20AC}, {0x7FFF}, {0x8000}, {0xFFFD}, {0xD83D, 0xDE00}, {0xD83D}, {0xDE00},
+        {0},
+    };
+    for (Uint32 length : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 24u, 200u})
+    {
+        for (Uint32 at = 0; at < length; ++at)
+        {
+            for (const std::vector<Uint16>& unit : odd)
+            {
+                std::vector<Char16> units(length, Char16('a'));
+                units[at] = Char16(unit[0]);
+                if (unit.size() == 2)
+                    units.insert(units.begin() + at + 1, Char16(unit[1]));
+                const String text(units.data(), Uint32(units.size()));
+                SCOPED_TRACE(
+                    testing::Message() << "length " << length << ", unit " << std::hex << unit[0]
+                                       << " at " << std::dec << at);
+                std::string escaped;
+                appendEscaped(escaped, text);
+                EXPECT_EQ(escaped, escapedBytes(text));
+                EXPECT_EQ(toUtf8(text), std::string(text.getCString()));
+            }
+        }
+    }
+}
+
+TEST(WriterText, LongTextsAcrossTheBufferSlices)
+{
+    // Beyond a slice of the buffer (1024 bytes) and its whole (8192), with a special or
+    // a 4-byte character straddling each place.
+    for (Uint32 length : {170u, 171u, 1023u, 1024u, 1025u, 8191u, 8192u, 8193u, 20000u})
+    {
+        std::vector<Char16> units(length, Char16('x'));
+        for (Uint32 at = 7; at + 1 < length; at += 169)
+        {
+            units[at] = Char16('&');
+            units[at + 1] = Char16(0xD83D);
+            if (at + 2 < length)
+                units[at + 2] = Char16(0xDE00);
+        }
+        const String text(units.data(), length);
+        SCOPED_TRACE(length);
+        std::string escaped;
+        appendEscaped(escaped, text);
+        EXPECT_EQ(escaped, escapedBytes(text));
+    }
 }
 
 }  // namespace

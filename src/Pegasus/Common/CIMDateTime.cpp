@@ -347,6 +347,12 @@ void CIMDateTime::setInterval(
 String CIMDateTime::toString() const
 {
     char buf[26];
+    toChars(buf);
+    return String(buf, 25);
+}
+
+void CIMDateTime::toChars(char (&buf)[26]) const
+{
     char* p = buf;
     Uint64 usec = _usec;
     Uint64 micro = usec % SECOND;
@@ -382,7 +388,6 @@ String CIMDateTime::toString() const
         buf[i] = '*';
         --n;
     }
-    return String(buf, 25);
 }
 
 CIMDateTime CIMDateTime::getCurrentDateTime()

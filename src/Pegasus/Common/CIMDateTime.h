@@ -34,6 +34,8 @@ public:
     CIMDateTime& operator=(const CIMDateTime& x);
 
     String toString() const;
+    // The same 25 characters and a NUL, written into text: no String made.
+    void toChars(char (&text)[26]) const;
     void set(const String& str);
     void setTimeStamp(
         Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,

@@ -18,7 +18,20 @@ CIMObjectRep::CIMObjectRep(const CIMObjectPath& reference_) : reference(referenc
 CIMObjectRep::CIMObjectRep(const CIMObjectRep& x) : reference(x.reference)
 {
     x.qualifiers.cloneTo(qualifiers);
-    x.properties.cloneTo(properties);
+    // The copies of the properties are made in one block, as buildInstance makes an
+    // instance's: one allocation instead of one each (classes are cloned on every request
+    // that asks for one).
+    const Uint32 n = x.properties.size();
+    if (n == 0)
+        return;
+    propertyBlock = PropertyBlock::make(n);
+    properties.reserve(n);
+    for (Uint32 i = 0; i < n; i++)
+    {
+        properties.addCopyOf(
+            x.properties, i, CIMProperty(propertyBlock->emplace(*x.properties.at(i)._rep)));
+    }
+    properties.adoptIndexOf(x.properties);
 }
 
 CIMObjectRep::~CIMObjectRep()

@@ -143,8 +143,9 @@ void appendOne(Out& out, const String& v)
 template <class Out>
 void appendOne(Out& out, const CIMDateTime& v)
 {
-    const std::string text = toUtf8(v.toString());
-    out.append(text.data(), text.size());
+    char text[26];
+    v.toChars(text);
+    out.append(text, 25);
 }
 
 template <class T>
@@ -172,7 +173,8 @@ void appendArrayAs(std::vector<std::string>& out, const CIMValue& value)
 template <class T>
 void appendElementText(XmlBuffer& out, const T& v)
 {
-    // Numbers and booleans: digits, signs, letters of TRUE/FALSE/NaN/INF and "e+" only.
+    // Numbers and booleans: digits, signs, letters of TRUE/FALSE/NaN/INF and "e+" only;
+    // date-times: digits, '.', '+', '-', ':' and '*'. Nothing to escape.
     appendOne(out, v);
 }
 template <>
@@ -186,11 +188,6 @@ template <>
 void appendElementText(XmlBuffer& out, const String& v)
 {
     appendEscaped(out, v);
-}
-template <>
-void appendElementText(XmlBuffer& out, const CIMDateTime& v)
-{
-    appendEscaped(out, v.toString());
 }
 
 // A scalar of type T as the value holds it: read in place for texts, copied otherwise.

@@ -8,6 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace qel
 {
 namespace cimxml
@@ -58,9 +62,35 @@ size_t escapedByte(char* out, unsigned char c)
 // bytes stand for 2 units).
 constexpr size_t kUnitBytes = 6;
 
+#if defined(__SSE2__)
+// Eight units at d narrowed to bytes and stored at p (which has room for 8); returns how many
+// of them lead as plain ASCII (every unit below 0x80, no control character, and, when
+// `escape`, none of the five specials), 8 when all are. The scalar path takes the rest.
+inline unsigned plainAsciiRun8(const Pegasus::Char16* d, char* p, bool escape)
+{
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(d));
+    // Units of 0x100 and above saturate to 0xFF or 0 and so fail the checks below.
+    const __m128i bytes = _mm_packus_epi16(units, units);
+    // Signed: bytes of 0x80 and above are negative and count as below 0x20 too.
+    __m128i bad = _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20));
+    if (escape)
+    {
+        bad = _mm_or_si128(bad, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('&')));
+        bad = _mm_or_si128(bad, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')));
+        bad = _mm_or_si128(bad, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('>')));
+        bad = _mm_or_si128(bad, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')));
+        bad = _mm_or_si128(bad, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\'')));
+    }
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), bytes);
+    const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(bad)) & 0xFFu;
+    return mask == 0 ? 8u : static_cast<unsigned>(__builtin_ctz(mask));
+}
+#endif
+
 // Appends the UTF-8 form of `text` as String::getCString() encodes it (a lone surrogate as
 // its own 3-byte sequence) up to its first NUL, where that C string would end; escaped
-// when `escape`. Straight from the UTF-16 units into the buffer, a slice at a time.
+// when `escape`. Straight from the UTF-16 units into the buffer, a slice at a time; runs
+// of plain ASCII eight units at a time where the processor allows.
 void appendUtf8Text(XmlBuffer& out, const Pegasus::String& text, bool escape)
 {
     const Pegasus::Char16* d = text.getChar16Data();
@@ -72,9 +102,21 @@ void appendUtf8Text(XmlBuffer& out, const Pegasus::String& text, bool escape)
             std::min<Pegasus::Uint32>(n - i, XmlBuffer::kRoom / kUnitBytes);
         char* const start = out.room(slice * kUnitBytes);
         char* p = start;
-        for (const Pegasus::Uint32 end = i + slice; i < end; ++i)
+        const Pegasus::Uint32 end = i + slice;
+        while (i < end)
         {
+#if defined(__SSE2__)
+            if (end - i >= 8)
+            {
+                const unsigned plain = plainAsciiRun8(d + i, p, escape);
+                p += plain;
+                i += plain;
+                if (plain == 8)
+                    continue;
+            }
+#endif
             Pegasus::Uint32 cp = Pegasus::Uint16(d[i]);
+            ++i;
             if (cp < 0x80)
             {
                 if (cp == 0)
@@ -88,10 +130,10 @@ void appendUtf8Text(XmlBuffer& out, const Pegasus::String& text, bool escape)
                     p += escapedByte(p, static_cast<unsigned char>(cp));
                 continue;
             }
-            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && Pegasus::Uint16(d[i + 1]) >= 0xDC00 &&
-                Pegasus::Uint16(d[i + 1]) <= 0xDFFF)
+            if (cp >= 0xD800 && cp <= 0xDBFF && i < n && Pegasus::Uint16(d[i]) >= 0xDC00 &&
+                Pegasus::Uint16(d[i]) <= 0xDFFF)
             {
-                cp = 0x10000 + ((cp - 0xD800) << 10) + (Pegasus::Uint16(d[i + 1]) - 0xDC00);
+                cp = 0x10000 + ((cp - 0xD800) << 10) + (Pegasus::Uint16(d[i]) - 0xDC00);
                 ++i;
             }
             if (cp < 0x800)
