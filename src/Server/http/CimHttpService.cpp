@@ -13,6 +13,7 @@
 
 #include <boost/beast/http/rfc7230.hpp>
 
+#include <algorithm>
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -31,9 +32,6 @@ std::string localHostName()
         return "localhost";
     return buf;
 }
-
-// An answer is handed on in pieces of about this size (each ends with an object).
-constexpr size_t kPieceBytes = 16 * 1024;
 
 // True when the client's TE header lists "trailers": it can take an error after the
 // answer began.
@@ -293,7 +291,8 @@ HttpResponse CimHttpService::process(
     }
     auto stream = std::make_shared<ResponseBodyStream>(
         out, prefix, acceptsTrailers(request), _options.stream, start);
-    cimxml::ResponseEncoder encoder(cim, host, *stream, kPieceBytes);
+    cimxml::ResponseEncoder encoder(
+        cim, host, *stream, std::min(_options.stream.pieceBytes, _options.stream.startBytes));
     _executor.execute(cim, who, encoder);
     if (encoder.failed())
         response.setError(encoder.error());

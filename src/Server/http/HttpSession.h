@@ -23,11 +23,11 @@
 #include <boost/beast/ssl.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <strings.h>
+#include <vector>
 
 namespace qel
 {
@@ -348,37 +348,35 @@ private:
         lowest().expires_after(options().writeTimeout);
         if (!next->end)
         {
+            auto buffers = std::make_shared<std::vector<net::const_buffer>>();
+            size_t bytes = 0;
+            for (const std::string& p : next->pieces)
+            {
+                buffers->push_back(net::buffer(p));
+                bytes += p.size();
+            }
             net::async_write(
-                _stream, bhttp::make_chunk(net::buffer(next->piece)),
-                [self = this->shared_from_this(), next](beast::error_code ec, size_t)
+                _stream, bhttp::make_chunk(*buffers),
+                [self = this->shared_from_this(), next, buffers,
+                 bytes](beast::error_code ec, size_t)
                 {
                     if (ec || !self->_body)
                         return self->endStreamed(false);
-                    self->_body->written(next->piece.size());
+                    self->_body->written(bytes);
                     self->awaitPiece();
                 });
             return;
         }
         if (!next->complete && next->trailers.empty())
             return endStreamed(false);  // cut short: the missing last chunk tells the client
-        auto last = std::make_shared<std::string>();
-        if (!next->piece.empty())
-            *last += chunkText(next->piece);
-        *last += "0\r\n";
+        auto last = std::make_shared<std::string>("0\r\n");
         for (const auto& t : next->trailers)
             *last += t.first + ": " + t.second + "\r\n";
         *last += "\r\n";
         net::async_write(
             _stream, net::buffer(*last),
-            [self = this->shared_from_this(), last, next](beast::error_code ec, size_t)
+            [self = this->shared_from_this(), last](beast::error_code ec, size_t)
             { self->endStreamed(!ec); });
-    }
-
-    static std::string chunkText(const std::string& piece)
-    {
-        char size[24];
-        std::snprintf(size, sizeof size, "%zx\r\n", piece.size());
-        return size + piece + "\r\n";
     }
 
     // After a streamed answer: the next request when its last chunk went out on a kept-alive

@@ -153,11 +153,10 @@ ResponseBodyStream::Next ResponseBodyStream::take()
     }
     if (!_queue.empty())
     {
-        // Everything queued goes out as one chunk.
-        next.piece = std::move(_queue.front());
-        _queue.pop_front();
-        for (const std::string& p : _queue)
-            next.piece += p;
+        // Everything queued goes out as one chunk, written from the pieces as they are.
+        next.pieces.reserve(_queue.size());
+        for (std::string& p : _queue)
+            next.pieces.push_back(std::move(p));
         _queue.clear();
         return next;
     }

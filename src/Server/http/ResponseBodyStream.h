@@ -33,6 +33,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace qel
 {
@@ -41,7 +42,10 @@ namespace http
 
 struct ResponseStreamLimits
 {
-    size_t startBytes = 64 * 1024;                  // chunking begins past this (trailer clients)
+    size_t startBytes = 64 * 1024;  // chunking begins past this (trailer clients)
+    // The worker hands the answer on in pieces of about this size (each ends with an
+    // object), at most startBytes: each piece wakes the connection's thread once.
+    size_t pieceBytes = 64 * 1024;
     size_t bufferBytes = 4 * 1024 * 1024;           // queued output at most, per connection
     std::chrono::milliseconds writeTimeout{60000};  // longest wait for the client to read
 };
@@ -53,10 +57,10 @@ public:
     // What the consumer is told: more bytes, or the end of the body.
     struct Next
     {
-        std::string piece;              // may be empty at the end
-        bool end = false;               // no more pieces
-        bool complete = false;          // at the end: the document is whole
-        cimxml::HeaderFields trailers;  // at the end of a failed answer, for trailer clients
+        std::vector<std::string> pieces;  // to go out as one chunk; none at the end
+        bool end = false;                 // no more pieces
+        bool complete = false;            // at the end: the document is whole
+        cimxml::HeaderFields trailers;    // at the end of a failed answer, for trailer clients
     };
     // Hands the response head (status, headers, this stream as its body) to the connection.
     using Start = std::function<void(HttpResponse)>;
