@@ -3,6 +3,7 @@
 #include "CimHeaders.h"
 
 #include <Server/core/ServerLog.h>
+#include <Server/xml/Operations.h>
 #include <Server/xml/ProtocolError.h>
 #include <Server/xml/RequestCodec.h>
 #include <Server/xml/ResponseCodec.h>
@@ -39,6 +40,24 @@ bool acceptsTrailers(const HttpRequest& request)
 {
     const std::string te = request.header("TE");
     return boost::beast::http::ext_list(te).exists("trailers");
+}
+
+// Operations whose answer is one object or none: always small, so they are answered whole,
+// which spares them the streamed path's copies and hand-overs.
+bool answersAtMostOneObject(cimxml::Operation operation)
+{
+    switch (cimxml::entryOf(operation).result)
+    {
+        case cimxml::ResultKind::Nothing:
+        case cimxml::ResultKind::MethodResult:
+        case cimxml::ResultKind::PropertyValue:
+        case cimxml::ResultKind::Class:
+        case cimxml::ResultKind::Instance:
+        case cimxml::ResultKind::CreatedName:
+            return true;
+        default:
+            return false;
+    }
 }
 
 // The user name an attempt is counted under: the one in the credentials, or "" (never a
@@ -283,9 +302,12 @@ HttpResponse CimHttpService::process(
         out.headers.emplace_back("Ext", "");
     out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
     const String host(_options.hostName.c_str());
-    if (decoded.failed)
+    if (decoded.failed || answersAtMostOneObject(cim.operation))
     {
-        response.setError(decoded.error);
+        if (decoded.failed)
+            response.setError(decoded.error);
+        else
+            _executor.execute(cim, who, response);
         out.body = cimxml::encodeResponse(response, host, cim.nameSpace);
         return out;
     }
