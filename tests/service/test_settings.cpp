@@ -187,6 +187,7 @@ TEST_F(SettingsTest, PrintConfigOutputIsAConfigurationFile)
         "port = none\nbind = ::1\nsocket = /run/x.sock\nschema = a.mof\nschema = b.mof\n"
         "provider-dir = /p1\nprovider-dir = /p2\npassword-file = /pw\narray = /a.json\n"
         "array-state = none\ndemo = yes\nworkers = 3\nmax-body = 2048\nread-timeout = 9\n"
+        "response-buffer = 131072\nwrite-timeout = 7\n"
         "local-calls = socket\nlog-level = warning\nlog-target = syslog\naccess-log = no\n"
         "pull-timeout = 20\npull-max-timeout = 120\npull-max-object-count = 900\n"
         "pull-max-contexts = 12\npull-max-contexts-per-user = 3\n"

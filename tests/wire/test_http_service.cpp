@@ -6,11 +6,15 @@
 #include <Server/auth/PasswordHash.h>
 
 #include <Server/core/ServerLog.h>
+#include <Server/http/HeapTrimmer.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 using namespace qel::http;
 using namespace wiretest;
@@ -316,6 +320,80 @@ TEST(LoginThrottling, GuessesWaitTheirTurnRememberedUsersDoNotAndNoWorkerIsTaken
     EXPECT_EQ(headerOf(attempt("alice", "guess"), "Retry-After"), "2");
     // Six failures of alice verified, all from 127.0.0.1: one burst, one line.
     EXPECT_EQ(log.count("for user \"alice\""), 1u);
+}
+
+// Clients that log in at once with the same right password (a management application
+// opening its connections) are one attempt, not a burst of guesses to throttle.
+TEST(LoginThrottling, ClientsLoggingInTogetherWithOnePasswordAreAllLetIn)
+{
+    FrontEnd fe(HttpServerOptions(), 2);
+    const HttpRequest r = CimHttpServiceTest::goodRequestFor(basicAuth("alice", "wonderland"));
+    const int clients = 12;  // more than the free attempts
+    std::vector<int> status(clients);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < clients; ++i)
+        threads.emplace_back(
+            [&, i]
+            {
+                ConnectionInfo c;
+                c.clientAddress = "127.0.0.1";
+                status[i] = fe.service->process(r, c).status;
+            });
+    for (std::thread& t : threads)
+        t.join();
+    EXPECT_EQ(std::count(status.begin(), status.end(), 200), clients);
+}
+
+// Freed memory goes back to the system once enough was answered and nothing is in flight
+// for the quiet period; never while a request runs, and not for a few small answers.
+TEST(HeapTrimmer, TrimsOnceTheServerIsQuietAfterEnoughWasAnswered)
+{
+    using std::chrono::hours;
+    using std::chrono::milliseconds;
+    const size_t dirty = 1000;
+    struct Case
+    {
+        const char* name;
+        milliseconds quiet;
+        std::vector<long> steps;  // -1: a request begins; n >= 0: one ends, answering n bytes
+        int trims;                // once the trimmer has stopped
+    };
+    const Case cases[] = {
+        {"below the threshold", milliseconds(0), {-1, 600, -1, 399}, 0},
+        {"still in flight", milliseconds(0), {-1, -1, 5000}, 0},
+        {"a request begun within the quiet period", hours(1), {-1, 1000, -1}, 0},
+        {"quiet after enough answers, once", milliseconds(0), {-1, 600, -1, 400}, 1},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        std::mutex m;
+        std::condition_variable trimmed;
+        int trims = 0;
+        {
+            HeapTrimmer heap(
+                [&]
+                {
+                    std::lock_guard<std::mutex> g(m);
+                    ++trims;
+                    trimmed.notify_all();
+                },
+                c.quiet, dirty);
+            for (long s : c.steps)
+            {
+                if (s < 0)
+                    heap.began();
+                else
+                    heap.ended(static_cast<size_t>(s));
+            }
+            if (c.trims > 0)
+            {
+                std::unique_lock<std::mutex> lock(m);
+                trimmed.wait_for(lock, std::chrono::seconds(30), [&] { return trims > 0; });
+            }
+        }
+        EXPECT_EQ(trims, c.trims);
+    }
 }
 
 }  // namespace

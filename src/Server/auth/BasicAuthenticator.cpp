@@ -74,6 +74,30 @@ bool BasicAuthenticator::remembers(const std::string& authorization)
     return _remembered.contains(user, password, generation());
 }
 
+bool BasicAuthenticator::remembersOrTakesTurn(
+    const std::string& authorization, std::shared_ptr<void>& turn)
+{
+    std::string user, password;
+    const bool basic = parseBasicCredentials(authorization, user, password);
+    std::unique_lock<std::mutex> lock(_mutex);
+    _verified.wait(lock, [&] { return _underWay.count(authorization) == 0; });
+    _users.refresh();
+    if (basic && _remembered.contains(user, password, _users.generation()))
+        return true;
+    _underWay.insert(authorization);
+    turn = std::shared_ptr<void>(
+        this,
+        [this, authorization](void*)
+        {
+            {
+                std::lock_guard<std::mutex> g(_mutex);
+                _underWay.erase(authorization);
+            }
+            _verified.notify_all();
+        });
+    return false;
+}
+
 AuthResult BasicAuthenticator::authenticate(const std::string& authorization)
 {
     AuthResult result;

@@ -14,9 +14,12 @@
 #include "PasswordFile.h"
 #include "WatchedFile.h"
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <memory>
 #include <string>
+#include <unordered_set>
 
 namespace qel
 {
@@ -54,6 +57,13 @@ public:
     // whether an attempt is a guess.
     bool remembers(const std::string& authorization);
 
+    // As remembers(), once no other worker has its turn with these same credentials. When
+    // they are not remembered the caller gets the turn (`turn` set): until it lets go of it,
+    // other workers asking for the same credentials wait, so clients that log in together
+    // with one password pay one hash and are one attempt, not a burst of guesses. May block
+    // for as long as a verification takes: for workers only.
+    bool remembersOrTakesTurn(const std::string& authorization, std::shared_ptr<void>& turn);
+
     // Changes whenever a new version of the file has been loaded; a caller that remembers
     // a verified credential must verify again once this changes.
     uint64_t generation();
@@ -72,6 +82,9 @@ private:
     CredentialCache _remembered;
     std::mutex _mutex;
     WatchedFile<Users> _users;  // guarded by _mutex
+    // Credentials whose turn is taken (remembersOrTakesTurn); guarded by _mutex.
+    std::unordered_set<std::string> _underWay;
+    std::condition_variable _verified;  // a turn ended
 };
 
 // Splits "Basic <base64>" into user and password; false when the header is not that.

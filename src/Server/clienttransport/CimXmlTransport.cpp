@@ -4,6 +4,7 @@
 #include <Server/xml/HttpHeaders.h>
 #include <Server/xml/RequestCodec.h>
 #include <Server/xml/ResponseCodec.h>
+#include <Server/xml/ResponseDecoder.h>
 #include <Server/xml/XmlText.h>
 
 #include <Pegasus/Common/CIMStatusCode.h>
@@ -117,10 +118,26 @@ CimResponse CimXmlTransport::execute(const CimRequest& request)
         {"CIMOperation", "MethodCall"},
         {"CIMMethod", cimxml::cimMethodHeader(wire)},
         {"CIMObject", cimxml::cimObjectHeader(wire)},
+        // Large answers come in chunks; an error found after the first one comes in the
+        // trailers.
+        {"TE", "trailers"},
+        {"Connection", "TE"},
     };
     if (!_authorization.empty())
         headers.emplace_back("Authorization", _authorization);
-    const HttpResult reply = _connection->post(headers, cimxml::encodeRequest(wire));
+    // The answer's objects are decoded as its body arrives.
+    cimxml::ResponseDecoder decoder(wire);
+    HttpResult reply;
+    try
+    {
+        reply = _connection->post(
+            headers, cimxml::encodeRequest(wire),
+            [&decoder](const char* data, size_t size) { decoder.feed(data, size); });
+    }
+    catch (const cimxml::ResponseError& e)
+    {
+        throw CIMException(CIM_ERR_FAILED, String(e.what()));
+    }
     if (reply.status != 200)
     {
         std::string text =
@@ -133,9 +150,19 @@ CimResponse CimXmlTransport::execute(const CimRequest& request)
         throw CIMException(
             reply.status == 401 ? CIM_ERR_ACCESS_DENIED : CIM_ERR_FAILED, String(text.c_str()));
     }
+    CIMException late;
+    if (cimxml::errorFromTrailers(reply.trailers, late))
+    {
+        CimResponse failed;
+        failed.messageId = wire.messageId;
+        failed.operation = wire.operation;
+        failed.methodName = wire.methodName;
+        failed.setError(late);
+        return failed;
+    }
     try
     {
-        return cimxml::decodeResponse(reply.body.data(), reply.body.size(), wire);
+        return decoder.finish();
     }
     catch (const cimxml::ResponseError& e)
     {

@@ -57,8 +57,8 @@ public:
     }
 
     HttpResult post(
-        const std::vector<std::pair<std::string, std::string>>& headers,
-        const std::string& body) override
+        const std::vector<std::pair<std::string, std::string>>& headers, const std::string& body,
+        const BodyReader& reader) override
     {
         bhttp::request<bhttp::string_body> req{bhttp::verb::post, "/cimom", 11};
         req.set(bhttp::field::host, _hostHeader);
@@ -76,12 +76,28 @@ public:
                 open();
             bool gotAnything = false;
             beast::error_code ec;
-            HttpResult result = exchange(req, ec, gotAnything);
+            HttpResult result;
+            try
+            {
+                result = exchange(req, reader, ec, gotAnything);
+            }
+            catch (...)
+            {
+                close();  // the reader gave up in the middle of a reply
+                throw;
+            }
             if (!ec)
                 return result;
             close();
             if (ec == beast::error::timeout)
                 throw Pegasus::ConnectionTimeoutException();
+            if (result.status != 0)
+                throw Pegasus::CIMException(
+                    Pegasus::CIM_ERR_FAILED,
+                    Pegasus::String(("the answer from " + _description + " was cut short after " +
+                                     std::to_string(_received) +
+                                     " bytes of its body: " + ec.message())
+                                        .c_str()));
             // The server drops idle kept-alive connections; such a failure happens before the
             // request was read, so sending it again on a new connection is safe.
             if (!fresh && !gotAnything && attempt == 0)
@@ -165,29 +181,60 @@ private:
         _stream.reset();
     }
 
-    HttpResult
-    exchange(bhttp::request<bhttp::string_body>& req, beast::error_code& ec, bool& gotAnything)
+    // One request and its reply; `result.status` is set once the reply's head has come.
+    HttpResult exchange(
+        bhttp::request<bhttp::string_body>& req, const BodyReader& reader, beast::error_code& ec,
+        bool& gotAnything)
     {
         HttpResult result;
+        _received = 0;
         lowest().expires_after(_timeout);
         ec = run([&](auto handler) { bhttp::async_write(*_stream, req, handler); });
         if (ec)
             return result;
-        bhttp::response_parser<bhttp::string_body> parser;
+        bhttp::response_parser<bhttp::buffer_body> parser;
         parser.body_limit(kMaxReplyBytes);
         lowest().expires_after(_timeout);
         const size_t before = _buffer.size();
-        ec = run([&](auto handler) { bhttp::async_read(*_stream, _buffer, parser, handler); });
+        ec = run([&](auto handler)
+                 { bhttp::async_read_header(*_stream, _buffer, parser, handler); });
         gotAnything = parser.got_some() || _buffer.size() != before;
         if (ec)
             return result;
-        lowest().expires_never();
-        auto msg = parser.release();
+        const auto& msg = parser.get();
         result.status = static_cast<int>(msg.result_int());
+        size_t fields = 0;
         for (const auto& f : msg)
+        {
             result.headers.emplace_back(std::string(f.name_string()), std::string(f.value()));
-        result.body = std::move(msg.body());
-        if (!msg.keep_alive())
+            ++fields;
+        }
+        const bool streamed = reader && result.status == 200;
+        // The body as it comes, one buffer's worth at a time; a chunked one decoded.
+        _piece.resize(kReadBufferBytes);
+        while (!parser.is_done())
+        {
+            parser.get().body().data = _piece.data();
+            parser.get().body().size = _piece.size();
+            ec = run([&](auto handler) { bhttp::async_read(*_stream, _buffer, parser, handler); });
+            if (ec == bhttp::error::need_buffer)
+                ec = {};
+            const size_t n = _piece.size() - parser.get().body().size;
+            _received += n;
+            if (n != 0 && streamed)
+                reader(_piece.data(), n);
+            else if (n != 0)
+                result.body.append(_piece.data(), n);
+            if (ec)
+                return result;
+        }
+        lowest().expires_never();
+        // Fields past those of the head came after the body.
+        size_t index = 0;
+        for (const auto& f : parser.get())
+            if (index++ >= fields)
+                result.trailers.emplace_back(std::string(f.name_string()), std::string(f.value()));
+        if (!parser.get().keep_alive())
             close();
         return result;
     }
@@ -200,6 +247,8 @@ private:
     std::string _serverName;
     std::optional<Stream> _stream;
     beast::flat_buffer _buffer;
+    std::vector<char> _piece;  // where a reply's body is read into
+    size_t _received = 0;      // body bytes of the reply being read
 };
 
 }  // namespace

@@ -3,13 +3,18 @@
 #include "CimHeaders.h"
 
 #include <Server/core/ServerLog.h>
+#include <Server/xml/Operations.h>
 #include <Server/xml/ProtocolError.h>
 #include <Server/xml/RequestCodec.h>
 #include <Server/xml/ResponseCodec.h>
+#include <Server/xml/ResponseEncoder.h>
 #include <Server/xml/XmlText.h>
 
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <boost/beast/http/rfc7230.hpp>
+
+#include <algorithm>
 #include <unistd.h>
 
 using namespace Pegasus;
@@ -27,6 +32,32 @@ std::string localHostName()
     if (::gethostname(buf, sizeof buf - 1) != 0 || buf[0] == '\0')
         return "localhost";
     return buf;
+}
+
+// True when the client's TE header lists "trailers": it can take an error after the
+// answer began.
+bool acceptsTrailers(const HttpRequest& request)
+{
+    const std::string te = request.header("TE");
+    return boost::beast::http::ext_list(te).exists("trailers");
+}
+
+// Operations whose answer is one object or none: always small, so they are answered whole,
+// which spares them the streamed path's copies and hand-overs.
+bool answersAtMostOneObject(cimxml::Operation operation)
+{
+    switch (cimxml::entryOf(operation).result)
+    {
+        case cimxml::ResultKind::Nothing:
+        case cimxml::ResultKind::MethodResult:
+        case cimxml::ResultKind::PropertyValue:
+        case cimxml::ResultKind::Class:
+        case cimxml::ResultKind::Instance:
+        case cimxml::ResultKind::CreatedName:
+            return true;
+        default:
+            return false;
+    }
 }
 
 // The user name an attempt is counted under: the one in the credentials, or "" (never a
@@ -76,7 +107,7 @@ void CimHttpService::handle(
         HttpResponse response;
         try
         {
-            response = process(request, *connection, result, access);
+            response = process(request, *connection, result, access, done);
         }
         catch (const std::exception& e)
         {
@@ -84,12 +115,18 @@ void CimHttpService::handle(
             response = HttpResponse::text(500, "internal server error");
         }
         describeOutcome(access, response, result, std::chrono::steady_clock::now());
-        done(std::move(response));
+        const size_t answered =
+            response.stream ? response.stream->encodedBytes() : response.body.size();
+        if (!response.stream)  // else its head went out when the answer began
+            done(std::move(response));
+        _heap.ended(answered);
         writeAccessLog(access);
     };
     Submit& workers = connection->transport == Transport::Local ? _localWorkers : _tcpWorkers;
+    _heap.began();
     if (!workers(job))
     {
+        _heap.ended(0);
         HttpResponse busy = HttpResponse::text(503, "server busy or shutting down");
         busy.close = true;
         describeOutcome(access, busy, cimxml::CimResponse(), std::chrono::steady_clock::now());
@@ -179,9 +216,11 @@ bool CimHttpService::authenticate(
             who.user = connection.verifiedUser;
             return true;
         }
-        // A guess is anything but a pair verified shortly before; guesses are throttled.
+        // A guess is anything but a pair verified shortly before (or just now, for clients
+        // that came together with it); guesses are throttled.
         const std::string user = throttleName(authorization);
-        const bool guess = !_authenticator.remembers(authorization);
+        std::shared_ptr<void> turn;  // held till the verification below is over
+        const bool guess = !_authenticator.remembersOrTakesTurn(authorization, turn);
         if (guess)
         {
             if (const unsigned wait = _throttle.admit(user, connection.clientAddress))
@@ -219,12 +258,12 @@ HttpResponse CimHttpService::process(const HttpRequest& request, ConnectionInfo&
 {
     cimxml::CimResponse result;
     AccessRecord access;
-    return process(request, connection, result, access);
+    return process(request, connection, result, access, nullptr);
 }
 
 HttpResponse CimHttpService::process(
     const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& response,
-    AccessRecord& access)
+    AccessRecord& access, const ResponseBodyStream::Start& start)
 {
     if (std::optional<HttpResponse> refused = checkRequestLine(request))
         return *refused;
@@ -256,18 +295,37 @@ HttpResponse CimHttpService::process(
     response.messageId = cim.messageId;
     response.operation = cim.operation;
     response.methodName = cim.methodName;
-    if (decoded.failed)
-        response.setError(decoded.error);
-    else
-        _executor.execute(cim, who, response);
-
     HttpResponse out;
     out.status = 200;
-    out.body = cimxml::encodeResponse(response, String(_options.hostName.c_str()), cim.nameSpace);
     out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
     if (request.method == "M-POST")
         out.headers.emplace_back("Ext", "");
     out.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+    const String host(_options.hostName.c_str());
+    if (decoded.failed || answersAtMostOneObject(cim.operation))
+    {
+        if (decoded.failed)
+            response.setError(decoded.error);
+        else
+            _executor.execute(cim, who, response);
+        out.body = cimxml::encodeResponse(response, host, cim.nameSpace);
+        return out;
+    }
+    auto stream = std::make_shared<ResponseBodyStream>(
+        out, prefix, acceptsTrailers(request), _options.stream, start);
+    cimxml::ResponseEncoder encoder(
+        cim, host, *stream, std::min(_options.stream.pieceBytes, _options.stream.startBytes));
+    _executor.execute(cim, who, encoder);
+    if (encoder.failed())
+        response.setError(encoder.error());
+    if (stream->started())
+    {
+        out.stream = std::move(stream);
+        return out;
+    }
+    out.body = std::move(stream->wholeBody());
+    if (out.body.empty())
+        return HttpResponse::text(500, "the answer could not be encoded");
     return out;
 }
 

@@ -12,8 +12,10 @@
 #define QEL_SERVER_HTTP_CIMHTTPSERVICE_H
 
 #include "AccessLog.h"
+#include "HeapTrimmer.h"
 #include "HttpServer.h"
 #include "OperationExecutor.h"
+#include "ResponseBodyStream.h"
 
 #include <Server/auth/BasicAuthenticator.h>
 #include <Server/auth/CertificateAuthenticator.h>
@@ -33,6 +35,8 @@ struct CimHttpServiceOptions
     std::string realm = "qel-cimserver";
     // Completes the host of association results; empty: this machine's name.
     std::string hostName;
+    // How answers are streamed (see ResponseBodyStream.h).
+    ResponseStreamLimits stream;
     auth::ThrottleOptions throttle;
     // Users of verified client certificates; null when the server takes none.
     std::shared_ptr<auth::CertificateAuthenticator> certificates;
@@ -52,17 +56,18 @@ public:
         HttpRequest request, std::shared_ptr<ConnectionInfo> connection,
         std::function<void(HttpResponse)> done) override;
 
-    // The whole exchange on the calling thread (what a worker runs); public for tests.
+    // The whole exchange on the calling thread, the answer never chunked; public for tests.
     HttpResponse process(const HttpRequest& request, ConnectionInfo& connection);
 
 private:
-    // As above, leaving the operation's result in `result`: a worker lets go of it only
-    // once the encoded answer is on its way, so that freeing a large result (thousands of
-    // instances) overlaps the sending instead of delaying it. Notes the user and what was
-    // asked in `access`.
+    // As above, the answer encoded as the providers deliver it; once it outgrows the
+    // stream's start threshold its head goes to `start` and the rest follows through the
+    // stream, and the response returned then only carries that stream. How the operation
+    // ended is left in `result` (status and error only), the user and what was asked in
+    // `access`.
     HttpResponse process(
         const HttpRequest& request, ConnectionInfo& connection, cimxml::CimResponse& result,
-        AccessRecord& access);
+        AccessRecord& access, const ResponseBodyStream::Start& start);
     bool authenticate(
         const HttpRequest& request, ConnectionInfo& connection, ClientIdentity& who,
         HttpResponse& refusal);
@@ -81,6 +86,7 @@ private:
     OperationExecutor& _executor;
     Submit _tcpWorkers;
     Submit _localWorkers;
+    HeapTrimmer _heap;
 };
 
 }  // namespace http

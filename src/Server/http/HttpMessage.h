@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,12 +55,16 @@ struct HttpRequest
     bool hasHeader(const std::string& name) const;
 };
 
+class ResponseBodyStream;
+
 struct HttpResponse
 {
     int status = 200;
     HeaderList headers;
     std::string body;
     bool close = false;  // close the connection after this response
+    // Set: the body is sent in chunks as it comes from this stream (`body` is unused).
+    std::shared_ptr<ResponseBodyStream> stream;
     // Read nothing more on this connection for this long after the response (a client
     // told to retry later): no thread waits, the connection just is not listened to.
     std::chrono::seconds holdOff{0};

@@ -50,6 +50,10 @@ struct HttpServerOptions
     // How long a kept-alive connection may stay silent between requests, and the time
     // allowed for a request body and for sending an answer.
     std::chrono::milliseconds readTimeout{30000};
+    // Encoded answer held per connection at most while the client reads it, and how long
+    // the client may take nothing before the answer is abandoned and the connection closed.
+    size_t responseBufferBytes = 4 * 1024 * 1024;
+    std::chrono::milliseconds writeTimeout{60000};
     unsigned ioThreads = 2;
     size_t maxConnections = 1024;
     // Connections from one address that have not yet delivered a whole request.

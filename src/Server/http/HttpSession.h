@@ -5,12 +5,14 @@
 // Deadlines: from the accept, the TLS handshake and the first request head share one
 // (headerTimeout); a kept-alive connection may then stay silent for readTimeout, and a new
 // head must be complete within headerTimeout of its first byte; a body and an answer each
-// get readTimeout. A connection that misses one is closed without an answer.
+// get readTimeout, and each piece of a streamed answer writeTimeout. A connection that
+// misses one is closed without an answer (a streamed one without its last chunk).
 #ifndef QEL_SERVER_HTTP_HTTPSESSION_H
 #define QEL_SERVER_HTTP_HTTPSESSION_H
 
 #include "HttpParser.h"
 #include "HttpServer.h"
+#include "ResponseBodyStream.h"
 
 #include <Server/auth/CertificateIdentity.h>
 
@@ -25,6 +27,7 @@
 #include <memory>
 #include <optional>
 #include <strings.h>
+#include <vector>
 
 namespace qel
 {
@@ -277,6 +280,8 @@ private:
 
     void write(HttpResponse response, bool forceClose = false)
     {
+        if (response.stream)
+            return writeStreamed(std::move(response));
         auto res = std::make_shared<bhttp::response<bhttp::string_body>>();
         res->version(_version);
         res->result(static_cast<unsigned>(response.status));
@@ -300,6 +305,95 @@ private:
             });
     }
 
+    // A streamed answer: the head with chunked transfer coding, then each piece as a chunk
+    // as the worker encodes it, then the last chunk (with the error trailers of a failed
+    // answer). Each write has the write timeout; a failed one abandons the answer.
+    void writeStreamed(HttpResponse response)
+    {
+        _body = response.stream;
+        auto res = std::make_shared<bhttp::response<bhttp::empty_body>>();
+        res->version(_version);
+        res->result(static_cast<unsigned>(response.status));
+        for (const auto& h : response.headers)
+            res->insert(h.first, h.second);
+        if (_body->trailersAllowed())
+            res->set(bhttp::field::trailer, _body->trailerNames());
+        _keepAlive = _keepAlive && !response.close;
+        res->keep_alive(_keepAlive);
+        res->chunked(true);
+        auto serializer = std::make_shared<bhttp::response_serializer<bhttp::empty_body>>(*res);
+        lowest().expires_after(options().writeTimeout);
+        bhttp::async_write_header(
+            _stream, *serializer,
+            [self = this->shared_from_this(), res, serializer](beast::error_code ec, size_t)
+            {
+                if (ec)
+                    return self->endStreamed(false);
+                self->awaitPiece();
+            });
+    }
+
+    void awaitPiece()
+    {
+        _body->whenReady(
+            [self = this->shared_from_this()]
+            { net::post(self->_stream.get_executor(), [self] { self->writePiece(); }); });
+    }
+
+    void writePiece()
+    {
+        if (!_body)
+            return;  // closed meanwhile
+        auto next = std::make_shared<ResponseBodyStream::Next>(_body->take());
+        lowest().expires_after(options().writeTimeout);
+        if (!next->end)
+        {
+            auto buffers = std::make_shared<std::vector<net::const_buffer>>();
+            size_t bytes = 0;
+            for (const std::string& p : next->pieces)
+            {
+                buffers->push_back(net::buffer(p));
+                bytes += p.size();
+            }
+            net::async_write(
+                _stream, bhttp::make_chunk(*buffers),
+                [self = this->shared_from_this(), next, buffers,
+                 bytes](beast::error_code ec, size_t)
+                {
+                    if (ec || !self->_body)
+                        return self->endStreamed(false);
+                    self->_body->written(bytes);
+                    self->awaitPiece();
+                });
+            return;
+        }
+        if (!next->complete && next->trailers.empty())
+            return endStreamed(false);  // cut short: the missing last chunk tells the client
+        auto last = std::make_shared<std::string>("0\r\n");
+        for (const auto& t : next->trailers)
+            *last += t.first + ": " + t.second + "\r\n";
+        *last += "\r\n";
+        net::async_write(
+            _stream, net::buffer(*last),
+            [self = this->shared_from_this(), last](beast::error_code ec, size_t)
+            { self->endStreamed(!ec); });
+    }
+
+    // After a streamed answer: the next request when its last chunk went out on a kept-alive
+    // connection, else the connection closes (the worker may still be encoding).
+    void endStreamed(bool whole)
+    {
+        if (!_body)
+            return;  // closed meanwhile
+        _body->abandon();
+        _body.reset();
+        if (!whole)
+            return closeNow();
+        if (!_keepAlive)
+            return finish();
+        awaitNextRequest();
+    }
+
     // The orderly end after a last answer: TLS says goodbye first.
     void finish()
     {
@@ -318,6 +412,11 @@ private:
     void closeNow()
     {
         _pause.cancel();
+        if (_body)
+        {
+            _body->abandon();  // a worker waiting to hand on more stops
+            _body.reset();
+        }
         beast::error_code ec;
         lowest().socket().shutdown(net::socket_base::shutdown_both, ec);
         lowest().close();
@@ -335,6 +434,7 @@ private:
     bool _arrived = false;  // the next request has begun arriving
     bool _keepAlive = true;
     unsigned _version = 11;
+    std::shared_ptr<ResponseBodyStream> _body;  // the streamed answer being sent
 };
 
 }  // namespace session

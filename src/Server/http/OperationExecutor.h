@@ -5,6 +5,8 @@
 
 #include <Server/xml/Messages.h>
 
+#include <Pegasus/Common/CIMResponseSink.h>
+
 #include <string>
 
 namespace qel
@@ -27,6 +29,13 @@ public:
     virtual void execute(
         const cimxml::CimRequest& request, const ClientIdentity& client,
         cimxml::CimResponse& response) = 0;
+    // Runs the operation with its answer going to `sink` as it is made; exactly one of
+    // sink.complete() and sink.fail() ends it. What the sink throws while taking an object
+    // ends the operation as a failure. This one runs the operation whole, then hands its
+    // result to the sink; executors that can deliver as they go override it.
+    virtual void execute(
+        const cimxml::CimRequest& request, const ClientIdentity& client,
+        Pegasus::CIMResponseSink& sink);
 };
 
 }  // namespace http

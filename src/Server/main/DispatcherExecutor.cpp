@@ -16,6 +16,13 @@ void DispatcherExecutor::execute(
     const cimxml::CimRequest& request, const http::ClientIdentity& client,
     cimxml::CimResponse& response)
 {
+    CIMResponseCollector collector(request.operation, response);
+    execute(request, client, collector);
+}
+
+void DispatcherExecutor::execute(
+    const cimxml::CimRequest& request, const http::ClientIdentity& client, CIMResponseSink& sink)
+{
     OperationContext context;
     try
     {
@@ -24,20 +31,19 @@ void DispatcherExecutor::execute(
     }
     catch (...)
     {
-        response.setError(currentExceptionAsCIMException());
+        sink.fail(currentExceptionAsCIMException());
         return;
     }
-    CIMResponseCollector collector(request.operation, response);
     // Clients may name the discovery namespace by its short alias.
     const CIMNamespaceName nameSpace = interop::resolveNamespaceAlias(request.nameSpace);
     if (nameSpace == request.nameSpace)
     {
-        _dispatcher.execute(context, request, collector);
+        _dispatcher.execute(context, request, sink);
         return;
     }
     cimxml::CimRequest resolved(request);
     resolved.nameSpace = nameSpace;
-    _dispatcher.execute(context, resolved, collector);
+    _dispatcher.execute(context, resolved, sink);
 }
 
 }  // namespace server

@@ -20,6 +20,10 @@ public:
     void execute(
         const cimxml::CimRequest& request, const http::ClientIdentity& client,
         cimxml::CimResponse& response) override;
+    // The dispatcher's answer as it is made (the sink's delivery says when objects come).
+    void execute(
+        const cimxml::CimRequest& request, const http::ClientIdentity& client,
+        Pegasus::CIMResponseSink& sink) override;
 
 private:
     Pegasus::Dispatcher& _dispatcher;

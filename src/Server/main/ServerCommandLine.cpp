@@ -193,6 +193,22 @@ const std::vector<ServerOption> kOptions = {
          return one(std::to_string(
              std::chrono::duration_cast<std::chrono::seconds>(s.server.http.readTimeout).count()));
      }},
+    {"response-buffer", "BYTES",
+     "encoded answer held per connection while the client reads it\n"
+     "(default 4 MiB)",
+     false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.responseBufferBytes = number(v, 64 * 1024, 1ul << 30); },
+     [](const S& s) { return one(std::to_string(s.server.http.responseBufferBytes)); }},
+    {"write-timeout", "SECS",
+     "time a client may take nothing of an answer before it is closed\n(default 60)", false,
+     [](S& s, const std::string& v, bool)
+     { s.server.http.writeTimeout = std::chrono::seconds(number(v, 1, 86400)); },
+     [](const S& s)
+     {
+         return one(std::to_string(
+             std::chrono::duration_cast<std::chrono::seconds>(s.server.http.writeTimeout).count()));
+     }},
     {"pull-timeout", "SECS",
      "how long an open enumeration waits for its next pull when the client\n"
      "names no OperationTimeout (default 30)",

@@ -123,6 +123,8 @@ void WireServer::start()
         Pegasus::ThreadPool* localPool = parts->localPool.get();
         http::CimHttpServiceOptions serviceOptions;
         serviceOptions.hostName = Pegasus::String(_core->dispatcher().hostName()).getCString();
+        serviceOptions.stream.bufferBytes = _options.http.responseBufferBytes;
+        serviceOptions.stream.writeTimeout = _options.http.writeTimeout;
         serviceOptions.certificates = certificates;
         parts->service = std::make_unique<http::CimHttpService>(
             serviceOptions, *parts->authenticator, *parts->executor,

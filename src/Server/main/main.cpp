@@ -10,6 +10,7 @@
 #include "DemoCertificate.h"
 #include "DemoUsers.h"
 #include "DescriptorLimit.h"
+#include "HeapTuning.h"
 #include "LogTarget.h"
 #include "ServerCommandLine.h"
 #include "ServerLayout.h"
@@ -222,6 +223,7 @@ int main(int argc, char** argv)
         }
     }
     fitConnectionsToDescriptors(cmd.server.http);
+    tuneHeap();
 
     // Signals are taken by sigwait below, never by a worker thread.
     sigset_t signals;

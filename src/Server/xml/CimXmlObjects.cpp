@@ -404,18 +404,20 @@ CIMException CimXmlReader::error(pugi::xml_node node)
         count.add();
         instances.append(instance(c));
     }
-    // A code this runtime does not know cannot be held as a CIMStatusCode: it arrives as
-    // CIM_ERR_FAILED with the server's number kept in front of its description.
-    if (n > CIM_ERR_SERVER_IS_SHUTTING_DOWN)
-    {
-        const std::string number = "CIM status code " + std::to_string(n);
-        return CIMException(
-            CIM_ERR_FAILED,
-            description.size() == 0 ? String(number.c_str())
-                                    : String((number + ": ").c_str()) + description,
-            instances);
-    }
-    return CIMException(static_cast<CIMStatusCode>(n), description, instances);
+    return statusException(n, description, instances);
+}
+
+CIMException
+statusException(long code, const String& description, const Array<CIMInstance>& instances)
+{
+    if (code <= CIM_ERR_SERVER_IS_SHUTTING_DOWN)
+        return CIMException(static_cast<CIMStatusCode>(code), description, instances);
+    const std::string number = "CIM status code " + std::to_string(code);
+    return CIMException(
+        CIM_ERR_FAILED,
+        description.size() == 0 ? String(number.c_str())
+                                : String((number + ": ").c_str()) + description,
+        instances);
 }
 
 }  // namespace cimxml

@@ -56,6 +56,13 @@ std::string elementText(pugi::xml_node node);
 // by its byte offset.
 void checkCount(pugi::xml_node owner, const char* element, size_t count, size_t limit);
 
+// The exception for a peer's status code `code` (1 and up): a code this runtime does not
+// know cannot be held as a CIMStatusCode, so it arrives as CIM_ERR_FAILED with the number
+// kept in front of the description.
+Pegasus::CIMException statusException(
+    long code, const Pegasus::String& description,
+    const Pegasus::Array<Pegasus::CIMInstance>& instances = Pegasus::Array<Pegasus::CIMInstance>());
+
 class CimXmlReader
 {
 public:

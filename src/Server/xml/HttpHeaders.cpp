@@ -1,8 +1,15 @@
 #include "HttpHeaders.h"
 
+#include "CimXmlReader.h"
+#include "CimXmlWriter.h"
+#include "ProtocolError.h"
 #include "XmlText.h"
 
+#include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/ValueText.h>
+
 #include <cctype>
+#include <cstdlib>
 #include <strings.h>
 
 using namespace Pegasus;
@@ -32,6 +39,26 @@ std::string trimmed(const std::string& s)
         return std::string();
     size_t e = s.find_last_not_of(" \t");
     return s.substr(b, e - b + 1);
+}
+
+// Longer CIMError trailers are left out: clients bound the size of a header section.
+constexpr size_t kMaxErrorTrailer = 4096;
+
+const std::string* field(const HeaderFields& fields, const char* name)
+{
+    // Any "NN-" prefix of an M-POST answer is skipped.
+    for (const auto& f : fields)
+    {
+        const std::string& n = f.first;
+        const size_t dash = n.size() > 3 && n[2] == '-' &&
+                                    std::isdigit(static_cast<unsigned char>(n[0])) &&
+                                    std::isdigit(static_cast<unsigned char>(n[1]))
+                                ? 3
+                                : 0;
+        if (strcasecmp(n.c_str() + dash, name) == 0)
+            return &f.second;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -124,6 +151,71 @@ bool cimObjectMatches(const std::string& header, const CimRequest& request)
     {
         return false;
     }
+}
+
+HeaderFields errorTrailers(const CIMException& error, const std::string& prefix)
+{
+    std::string element;
+    writeError(element, error);
+    String description = cimStatusCodeToString(error.getCode());
+    if (error.getMessage().size() != 0)
+        description = description + ": " + error.getMessage();
+    HeaderFields trailers{
+        {prefix + "CIMStatusCode", std::to_string(static_cast<int>(error.getCode()))},
+        {prefix + "CIMStatusCodeDescription", uriEncode(toUtf8(description))},
+    };
+    std::string encoded = uriEncode(element);
+    if (encoded.size() <= kMaxErrorTrailer)
+        trailers.emplace_back(prefix + "CIMError", std::move(encoded));
+    return trailers;
+}
+
+std::string errorTrailerNames(const std::string& prefix)
+{
+    return prefix + "CIMStatusCode, " + prefix + "CIMStatusCodeDescription, " + prefix + "CIMError";
+}
+
+bool errorFromTrailers(const HeaderFields& trailers, CIMException& error)
+{
+    const std::string* code = field(trailers, "CIMStatusCode");
+    if (code == nullptr)
+        return false;
+    const std::string number = trimmed(*code);
+    char* end = nullptr;
+    const long n = std::strtol(number.c_str(), &end, 10);
+    const bool numeric = !number.empty() && *end == '\0';
+    if (numeric && n == 0)
+        return false;
+    if (const std::string* cimError = field(trailers, "CIMError"))
+    {
+        std::string element;
+        try
+        {
+            pugi::xml_document doc;
+            if (uriDecode(trimmed(*cimError), element))
+            {
+                parseDocument(doc, element.data(), element.size());
+                CimXmlReader reader;
+                error = reader.error(doc.document_element());
+                return true;
+            }
+        }
+        catch (const Exception&)
+        {
+        }
+        catch (const ProtocolError&)
+        {
+        }
+    }
+    // Without a readable CIMError: the number (anything else is a failure all the same)
+    // and the description.
+    std::string description;
+    const std::string* text = field(trailers, "CIMStatusCodeDescription");
+    if (text == nullptr || !uriDecode(trimmed(*text), description))
+        description = "the answer failed after it had begun (CIMStatusCode " + number + ")";
+    const String message = ValueText::messageText(description);
+    error = numeric && n > 0 ? statusException(n, message) : CIMException(CIM_ERR_FAILED, message);
+    return true;
 }
 
 }  // namespace cimxml

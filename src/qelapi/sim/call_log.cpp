@@ -121,7 +121,11 @@ void CallLog::add(const char* call, const CallArgs& args, const api_evtparam_t* 
     slot->args.assign(args.joined());  // reuses the slot's buffer
     slot->hasEvent = event != nullptr;
     if (event)
-        slot->event = *event;
+    {
+        if (!slot->event)
+            slot->event = std::make_unique<api_evtparam_t>();
+        *slot->event = *event;
+    }
     slot->result = result;
 }
 
@@ -149,7 +153,7 @@ std::vector<CallRecord> CallLog::entries()
         }
         r.hasEvent = s.hasEvent;
         if (s.hasEvent)
-            r.event = s.event;
+            r.event = *s.event;
         r.result = s.result;
         out.push_back(std::move(r));
     }

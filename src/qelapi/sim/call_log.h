@@ -7,6 +7,7 @@
 
 #include "qelsim_control.h"
 
+#include <memory>
 #include <mutex>
 
 namespace qelsim
@@ -48,8 +49,10 @@ private:
         uint64_t seq = 0;
         const char* call = nullptr;  // a name of the call table (static)
         std::string args;            // as CallArgs::joined
+        // Made for the first call with an event that the slot holds, and kept: few calls carry
+        // one, and the record (about 480 bytes) would otherwise be most of every slot.
+        std::unique_ptr<api_evtparam_t> event;
         bool hasEvent = false;
-        api_evtparam_t event{};
         int result = 0;
     };
 
