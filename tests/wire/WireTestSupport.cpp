@@ -238,4 +238,21 @@ cimPost(const std::string& body, const std::string& authorization, const std::st
     return r;
 }
 
+qel::http::HttpRequest
+cimRequest(const std::string& method, std::string body, const std::string& authorization)
+{
+    qel::http::HttpRequest r;
+    r.method = "POST";
+    r.target = "/cimom";
+    r.headers = {
+        {"Content-Type", "application/xml; charset=\"utf-8\""},
+        {"CIMProtocolVersion", "1.0"},
+        {"CIMOperation", "MethodCall"},
+        {"CIMMethod", method},
+        {"CIMObject", "root%2Fqel"},
+        {"Authorization", authorization}};
+    r.body = std::move(body);
+    return r;
+}
+
 }  // namespace wiretest

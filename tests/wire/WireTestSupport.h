@@ -117,6 +117,10 @@ std::string enumerateNamesBody();
 std::string cimPost(
     const std::string& body, const std::string& authorization,
     const std::string& extraHeaders = "");
+// A CIM-XML request as the service takes it from the HTTP front: POST /cimom calling
+// `method` in root/qel.
+qel::http::HttpRequest
+cimRequest(const std::string& method, std::string body, const std::string& authorization);
 
 }  // namespace wiretest
 

@@ -242,10 +242,7 @@ CimResponse roundTrip(const CimRequest& request, const CimResponse& answer, std:
 
 CimResponse answerTo(const CimRequest& r)
 {
-    CimResponse a;
-    a.messageId = r.messageId;
-    a.operation = r.operation;
-    a.methodName = r.methodName;
+    CimResponse a(r);
     return a;
 }
 

@@ -25,10 +25,7 @@ CimRequest request(Operation op)
 
 CimResponse answer(const CimRequest& r)
 {
-    CimResponse a;
-    a.messageId = r.messageId;
-    a.operation = r.operation;
-    a.methodName = r.methodName;
+    CimResponse a(r);
     return a;
 }
 

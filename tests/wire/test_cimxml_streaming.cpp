@@ -126,10 +126,7 @@ const Case kCases[] = {
 
 CimResponse answerOf(const CimRequest& r, const Case& c)
 {
-    CimResponse a;
-    a.messageId = r.messageId;
-    a.operation = r.operation;
-    a.methodName = r.methodName;
+    CimResponse a(r);
     c.fill(a);
     return a;
 }

@@ -76,18 +76,8 @@ public:
 protected:
     static HttpRequest goodRequest()
     {
-        HttpRequest r;
-        r.method = "POST";
-        r.target = "/cimom";
-        r.headers = {
-            {"Content-Type", "application/xml; charset=\"utf-8\""},
-            {"CIMProtocolVersion", "1.0"},
-            {"CIMOperation", "MethodCall"},
-            {"CIMMethod", "EnumerateInstanceNames"},
-            {"CIMObject", "root%2Fqel"},
-            {"Authorization", basicAuth("alice", "wonderland")}};
-        r.body = enumerateNamesBody();
-        return r;
+        return cimRequest(
+            "EnumerateInstanceNames", enumerateNamesBody(), basicAuth("alice", "wonderland"));
     }
 
     static FrontEnd* frontEnd;

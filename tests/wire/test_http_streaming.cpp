@@ -188,16 +188,8 @@ TEST(StreamedHttp, LargeAnswersAreChunkedAndReadBackAsTheWholeAnswerWouldBe)
         EXPECT_EQ(raw.find("Content-Length:") != std::string::npos, !c.chunked);
 
         // The never-chunked path gives the reference answer.
-        qel::http::HttpRequest request;
-        request.method = "POST";
-        request.target = "/cimom";
-        request.headers = {
-            {"Content-Type", "application/xml; charset=\"utf-8\""},
-            {"CIMOperation", "MethodCall"},
-            {"CIMMethod", "EnumerateInstances"},
-            {"CIMObject", "root%2Fqel"},
-            {"Authorization", basicAuth("alice", "wonderland")}};
-        request.body = enumerateBody(c.className);
+        const qel::http::HttpRequest request = cimRequest(
+            "EnumerateInstances", enumerateBody(c.className), basicAuth("alice", "wonderland"));
         qel::http::ConnectionInfo connection;
         const qel::http::HttpResponse whole = fe.service->process(request, connection);
         qel::cimxml::CimRequest asked;

@@ -259,6 +259,13 @@ struct PEGASUS_COMMON_LINKAGE CIMOperationRequest
 
 struct PEGASUS_COMMON_LINKAGE CIMOperationResponse
 {
+    CIMOperationResponse() = default;
+    // The answer to `request`, as yet empty: its message ID, operation and method name.
+    explicit CIMOperationResponse(const CIMOperationRequest& request)
+        : messageId(request.messageId), operation(request.operation), methodName(request.methodName)
+    {
+    }
+
     std::string messageId;
     CIMOperationType operation = CIMOperationType::GetInstance;
     String methodName;

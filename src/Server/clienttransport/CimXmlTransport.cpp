@@ -153,10 +153,7 @@ CimResponse CimXmlTransport::execute(const CimRequest& request)
     CIMException late;
     if (cimxml::errorFromTrailers(reply.trailers, late))
     {
-        CimResponse failed;
-        failed.messageId = wire.messageId;
-        failed.operation = wire.operation;
-        failed.methodName = wire.methodName;
+        CimResponse failed(wire);
         failed.setError(late);
         return failed;
     }

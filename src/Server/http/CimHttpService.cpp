@@ -292,9 +292,7 @@ HttpResponse CimHttpService::process(
         return *refused;
     const cimxml::CimRequest& cim = decoded.request;
 
-    response.messageId = cim.messageId;
-    response.operation = cim.operation;
-    response.methodName = cim.methodName;
+    response = cimxml::CimResponse(cim);
     HttpResponse out;
     out.status = 200;
     out.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");

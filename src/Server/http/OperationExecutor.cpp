@@ -12,10 +12,7 @@ namespace http
 void OperationExecutor::execute(
     const cimxml::CimRequest& request, const ClientIdentity& client, CIMResponseSink& sink)
 {
-    cimxml::CimResponse r;
-    r.messageId = request.messageId;
-    r.operation = request.operation;
-    r.methodName = request.methodName;
+    cimxml::CimResponse r(request);
     execute(request, client, r);
     if (r.failed)
         return sink.fail(r.error);
