@@ -3,22 +3,25 @@
 #ifndef Pegasus_UintArgs_h
 #define Pegasus_UintArgs_h
 
+#include <string>
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Linkage.h>
 #include <Pegasus/Common/String.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
-class PEGASUS_COMMON_LINKAGE Uint32Arg
+// The one body of Uint32Arg and Uint64Arg; `Self` is the class made from it.
+template <class T, class Self>
+class NullableUintArg
 {
 public:
     // NULL.
-    Uint32Arg() = default;
-    Uint32Arg(Uint32 x) : _value(x), _null(false) {}
+    NullableUintArg() = default;
+    NullableUintArg(T x) : _value(x), _null(false) {}
 
     // The value; 0 when NULL (test isNull() first).
-    const Uint32& getValue() const { return _value; }
-    void setValue(Uint32 x)
+    const T& getValue() const { return _value; }
+    void setValue(T x)
     {
         _value = x;
         _null = false;
@@ -31,38 +34,28 @@ public:
         _null = true;
     }
     // The number, or "NULL".
-    String toString();
-    Boolean equal(const Uint32Arg& x) const { return _null == x._null && _value == x._value; }
+    String toString() { return String(_null ? "NULL" : std::to_string(_value).c_str()); }
+    Boolean equal(const Self& x) const
+    {
+        const NullableUintArg& other = x;
+        return _null == other._null && _value == other._value;
+    }
 
 private:
-    Uint32 _value = 0;
+    T _value = 0;
     bool _null = true;
 };
 
-class PEGASUS_COMMON_LINKAGE Uint64Arg
+class PEGASUS_COMMON_LINKAGE Uint32Arg : public NullableUintArg<Uint32, Uint32Arg>
 {
 public:
-    Uint64Arg() = default;
-    Uint64Arg(Uint64 x) : _value(x), _null(false) {}
+    using NullableUintArg::NullableUintArg;
+};
 
-    const Uint64& getValue() const { return _value; }
-    void setValue(Uint64 x)
-    {
-        _value = x;
-        _null = false;
-    }
-    Boolean isNull() const { return _null; }
-    void setNullValue()
-    {
-        _value = 0;
-        _null = true;
-    }
-    String toString();
-    Boolean equal(const Uint64Arg& x) const { return _null == x._null && _value == x._value; }
-
-private:
-    Uint64 _value = 0;
-    bool _null = true;
+class PEGASUS_COMMON_LINKAGE Uint64Arg : public NullableUintArg<Uint64, Uint64Arg>
+{
+public:
+    using NullableUintArg::NullableUintArg;
 };
 
 PEGASUS_NAMESPACE_END
